@@ -1,0 +1,43 @@
+# What every target of the project shares: the language level, the warnings, the output folders and
+# whether a Qt for the target platform was found.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+
+find_package(Qt6 6.4 QUIET COMPONENTS Core Gui)
+set(RATAIP_HAVE_QT ${Qt6_FOUND})
+if(NOT RATAIP_HAVE_QT)
+    message(STATUS "No Qt 6.4 or later for this platform: only what is free of Qt is built")
+endif()
+
+# Carries the warnings that are errors and the root of the include paths ("folder/header.h").
+add_library(rataip_common INTERFACE)
+target_include_directories(rataip_common INTERFACE "$<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>")
+if(MSVC)
+    target_compile_options(rataip_common INTERFACE /W4 /WX /permissive- /utf-8)
+else()
+    target_compile_options(rataip_common INTERFACE
+        -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+endif()
+if(WIN32)
+    target_compile_definitions(rataip_common INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
+
+set(RATAIP_SANITIZER "" CACHE STRING "Sanitizers of this build, as -fsanitize takes them")
+if(RATAIP_SANITIZER)
+    add_compile_options(-fsanitize=${RATAIP_SANITIZER} -fno-omit-frame-pointer
+        -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${RATAIP_SANITIZER})
+endif()
+
+option(RATAIP_COVERAGE "Build with line coverage" OFF)
+if(RATAIP_COVERAGE)
+    add_compile_options(--coverage -O0)
+    add_link_options(--coverage)
+endif()
