@@ -1,0 +1,99 @@
+#pragma once
+
+#include "irsdk/blockmemory.h"
+#include "irsdk/irsdk.h"
+
+#include <cstdint>
+#include <memory>
+
+/**
+ * What the link needs of the operating system, with one source a platform. Everything is opened
+ * with the right to read alone. Every failure is a value; nothing is printed.
+ */
+namespace irsdk {
+
+/** The simulator's block: an object that is found by its name, then mapped whole. */
+class BlockObject {
+public:
+    BlockObject();
+    ~BlockObject();
+    BlockObject(const BlockObject&) = delete;
+    BlockObject& operator=(const BlockObject&) = delete;
+
+    /** Finds the object; None when it is open afterwards. */
+    [[nodiscard]] irsdk_Error open();
+    [[nodiscard]] bool isOpen() const;
+
+    /** Maps the open object; None when it is mapped afterwards. */
+    [[nodiscard]] irsdk_Error map();
+    [[nodiscard]] bool isMapped() const { return m_mapped; }
+
+    /** The mapped bytes; empty while not mapped. */
+    [[nodiscard]] const BlockMemory& memory() const { return m_memory; }
+
+    /**
+     * Whether the object still has all the bytes that were mapped. Cheap enough to be asked before
+     * every read.
+     */
+    [[nodiscard]] bool isWhole() const;
+
+    /** Whether the object can no longer be found by its name, so that nobody will write to it. */
+    [[nodiscard]] bool isAbandoned() const;
+
+    void close();
+
+private:
+    struct Handle;
+    std::unique_ptr<Handle> m_handle;
+    BlockMemory m_memory;
+    bool m_mapped = false;
+};
+
+/** The event that the simulator signals for every completed buffer. */
+class DataValidEvent {
+public:
+    DataValidEvent();
+    ~DataValidEvent();
+    DataValidEvent(const DataValidEvent&) = delete;
+    DataValidEvent& operator=(const DataValidEvent&) = delete;
+
+    /** Finds the event; None when it is open afterwards. */
+    [[nodiscard]] irsdk_Error open();
+    [[nodiscard]] bool isOpen() const;
+
+    /** Prepares a wait, before the caller looks for data: a later completion will end the wait. */
+    void arm();
+
+    /** Prepares the wait anew after a look that consumed a completion; the caller looks again. */
+    void rearm();
+
+    /** Waits until the event is signalled, at most `timeOut` milliseconds (above 0). */
+    void wait(int timeOut);
+
+    /**
+     * Waits on, for the rest of the caller's time, when the wait after rearm() may have been ended
+     * by the very completion that was consumed. False, at once, where the platform has no such
+     * wait.
+     */
+    [[nodiscard]] bool waitOn(int timeOut);
+
+    void close();
+
+private:
+    struct Handle;
+    std::unique_ptr<Handle> m_handle;
+};
+
+/** Puts the thread to sleep for `milliseconds` (above 0). */
+void sleepFor(int milliseconds);
+
+/** Seconds of the system's calendar clock, in 64 bits. */
+std::int64_t systemSeconds();
+
+/** Fetches the number of the simulator's broadcast message; 0 if there is none. */
+unsigned int registerBroadcastMessage();
+
+/** Sends the broadcast message to whoever listens, without waiting for anyone. */
+void sendBroadcastMessage(unsigned int message, std::int64_t wParam, std::int64_t lParam);
+
+}  // namespace irsdk

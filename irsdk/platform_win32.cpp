@@ -1,0 +1,163 @@
+#include "irsdk/platform.h"
+
+#include <time.h>
+#include <windows.h>
+
+namespace irsdk {
+
+namespace {
+
+constexpr const wchar_t* kBlockName = L"Local\\IRSDKMemMapFileName";
+constexpr const wchar_t* kEventName = L"Local\\IRSDKDataValidEvent";
+constexpr const wchar_t* kBroadcastName = L"IRSDK_BROADCASTMSG";
+
+/**
+ * Bytes of the view from its base on. The mapping's own size cannot be asked for, so the view may
+ * look longer by up to a page; those bytes exist and are zero.
+ */
+std::size_t viewSize(const void* view) {
+    MEMORY_BASIC_INFORMATION region{};
+    return VirtualQuery(view, &region, sizeof region) == 0 ? 0 : region.RegionSize;
+}
+
+irsdk_Error reasonOf(DWORD error, irsdk_Error absent, irsdk_Error foreign) {
+    return error == ERROR_ACCESS_DENIED ? foreign : absent;
+}
+
+}  // namespace
+
+struct BlockObject::Handle {
+    HANDLE mapping = nullptr;
+    void* view = nullptr;
+
+    Handle() = default;
+    ~Handle() { close(); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    void close() {
+        if (view != nullptr) {
+            UnmapViewOfFile(view);
+        }
+        if (mapping != nullptr) {
+            CloseHandle(mapping);
+        }
+        view = nullptr;
+        mapping = nullptr;
+    }
+};
+
+BlockObject::BlockObject() : m_handle(std::make_unique<Handle>()) {}
+BlockObject::~BlockObject() = default;
+
+irsdk_Error BlockObject::open() {
+    m_handle->mapping = OpenFileMappingW(FILE_MAP_READ, FALSE, kBlockName);
+    return m_handle->mapping != nullptr
+               ? irsdk_Error::None
+               : reasonOf(GetLastError(), irsdk_Error::NoBlock, irsdk_Error::ForeignBlock);
+}
+
+bool BlockObject::isOpen() const {
+    return m_handle->mapping != nullptr;
+}
+
+irsdk_Error BlockObject::map() {
+    void* view = MapViewOfFile(m_handle->mapping, FILE_MAP_READ, 0, 0, 0);
+    if (view == nullptr) {
+        return irsdk_Error::MapFailed;
+    }
+    const std::size_t size = viewSize(view);
+    if (size < sizeof(irsdk_header)) {
+        UnmapViewOfFile(view);
+        return irsdk_Error::BlockTooSmall;
+    }
+    m_handle->view = view;
+    m_memory = BlockMemory(static_cast<const char*>(view), size);
+    m_mapped = true;
+    return irsdk_Error::None;
+}
+
+// A section cannot become shorter while a view of it exists.
+bool BlockObject::isWhole() const {
+    return m_mapped;
+}
+
+// A name lives as long as any handle, ours included, so the name always leads to this object.
+bool BlockObject::isAbandoned() const {
+    return false;
+}
+
+void BlockObject::close() {
+    m_mapped = false;
+    m_memory = BlockMemory();
+    m_handle->close();
+}
+
+struct DataValidEvent::Handle {
+    HANDLE event = nullptr;
+
+    Handle() = default;
+    ~Handle() { close(); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    void close() {
+        if (event != nullptr) {
+            CloseHandle(event);
+        }
+        event = nullptr;
+    }
+};
+
+DataValidEvent::DataValidEvent() : m_handle(std::make_unique<Handle>()) {}
+DataValidEvent::~DataValidEvent() = default;
+
+irsdk_Error DataValidEvent::open() {
+    m_handle->event = OpenEventW(SYNCHRONIZE, FALSE, kEventName);
+    return m_handle->event != nullptr
+               ? irsdk_Error::None
+               : reasonOf(GetLastError(), irsdk_Error::NoEvent, irsdk_Error::ForeignEvent);
+}
+
+bool DataValidEvent::isOpen() const {
+    return m_handle->event != nullptr;
+}
+
+// The event keeps a signal until a wait takes it; nothing has to be prepared.
+void DataValidEvent::arm() {}
+
+// Takes the signal of the completion that was consumed already.
+void DataValidEvent::rearm() {
+    WaitForSingleObject(m_handle->event, 0);
+}
+
+void DataValidEvent::wait(int timeOut) {
+    WaitForSingleObject(m_handle->event, static_cast<DWORD>(timeOut));
+}
+
+bool DataValidEvent::waitOn(int /*timeOut*/) {
+    return false;
+}
+
+void DataValidEvent::close() {
+    m_handle->close();
+}
+
+void sleepFor(int milliseconds) {
+    Sleep(static_cast<DWORD>(milliseconds));
+}
+
+std::int64_t systemSeconds() {
+    return _time64(nullptr);
+}
+
+unsigned int registerBroadcastMessage() {
+    return RegisterWindowMessageW(kBroadcastName);
+}
+
+void sendBroadcastMessage(unsigned int message, std::int64_t wParam, std::int64_t lParam) {
+    SendNotifyMessageW(HWND_BROADCAST, message, static_cast<WPARAM>(wParam),
+                       static_cast<LPARAM>(lParam));
+}
+
+}  // namespace irsdk
