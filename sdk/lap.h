@@ -1,0 +1,133 @@
+#pragma once
+
+#include "sdk/channel.h"
+#include "sdk/lapheader.h"
+#include "sdk/sample.h"
+
+#include <QDebug>
+#include <QMap>
+#include <QMetaType>
+#include <QSharedPointer>
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+#include <cstddef>
+#include <vector>
+
+namespace TLM::SDK {
+
+/**
+ * A lap: its header with the lap values, the channels recorded sample by sample, and the channels
+ * calculated from them. A name may exist among both kinds; the two are independent.
+ *
+ * A name that is not there is an ordinary answer: a null channel, a default Value, no effect. A
+ * null channel is never stored.
+ *
+ * Laps travel as QSharedPointer<Lap>. A copy of a lap shares its Channel objects: a sample added to
+ * one lap is seen through the other. Who wants an independent copy MUST copy the channels.
+ *
+ * @code
+ * Lap lap;
+ * lap.addSample(sample);  // once a tick
+ * QSharedPointer<Channel> speed = lap.channel("speed");
+ * for (long long i = 0; speed && i < speed->samples.size(); ++i) {
+ *     if (speed->isValid(i)) plot(i, speed->sample(i));
+ * }
+ * @endcode
+ */
+class Lap : public LapHeader {
+public:
+    using ChannelMap = QMap<QString, QSharedPointer<Channel>>;
+
+    /** Empties both kinds of channels and the lap values; the header's fields stay. */
+    void clear();
+
+    /**
+     * Number of entries of the first recorded channel in name order, without any of the first
+     * calculated one, else 0.
+     */
+    int size() const;
+
+    /** True when there is no channel of either kind; lap values do not count. */
+    bool isEmpty() const { return m_channels.isEmpty() && m_calculatedChannels.isEmpty(); }
+
+    /** The recorded channels by name. */
+    ChannelMap const& channels() const { return m_channels; }
+
+    /** The lap values. */
+    DynamicData const& values() const { return *this; }
+
+    /**
+     * The lap value of that name. "Lap time" gives the header's lap time when no lap value bears
+     * that name.
+     */
+    Value value(QString const& name) const;
+
+    QSharedPointer<Channel> channel(QString const& name) const { return m_channels.value(name); }
+    QSharedPointer<Channel> calculatedChannel(QString const& name) const {
+        return m_calculatedChannels.value(name);
+    }
+
+    bool containsRecordedChannel(QString const& name) const { return m_channels.contains(name); }
+    bool containsCalculatedChannel(QString const& name) const {
+        return m_calculatedChannels.contains(name);
+    }
+    bool containsChannel(QString const& name) const {
+        return containsRecordedChannel(name) || containsCalculatedChannel(name);
+    }
+
+    /** Removes a recorded channel; a calculated one of that name stays. */
+    void removeChannel(QString const& name);
+    /** Removes a calculated channel; a recorded one of that name stays. */
+    void removeCalculatedChannel(QString const& name) { m_calculatedChannels.remove(name); }
+
+    /** Stores a recorded channel, replacing one of that name. The lap takes ownership of `channel`.
+     */
+    void addChannel(Channel* channel, QString const& name);
+    void addChannel(QSharedPointer<Channel> const& channel, QString const& name);
+    void addCalculatedChannel(QSharedPointer<Channel> const& channel, QString const& name);
+
+    /** Names in ascending order. */
+    QStringList getAvailableRecordedChannels() const { return m_channels.keys(); }
+    QStringList getAvailableCalculatedChannels() const { return m_calculatedChannels.keys(); }
+
+    /**
+     * Appends one entry to every recorded channel: the sample's value of that name as a number, or
+     * the missing marker. A value that is no number counts as 0.
+     *
+     * A name that the lap does not know yet becomes a channel with the value's unit, filled up with
+     * missing markers to the length of the first channel in name order, less one. That first
+     * channel has usually received this sample's entry already. When the new name sorts before all
+     * others it has not, and the new channel stays one entry short for ever: hosts know recordings
+     * made so.
+     */
+    void addSample(Sample const& sample);
+
+    /**
+     * A hint: channels that addSample() creates from now on take room for `samples` entries at
+     * once, so that hundreds of them need not grow in the same tick. It changes no result, is
+     * bounded, and survives clear().
+     */
+    void reserve(qsizetype samples);
+
+private:
+    /** A recorded channel and its name, as the map holds them. */
+    struct Column {
+        QStringView name;
+        Channel* channel;
+    };
+
+    void listColumns();
+    void insertNewChannel(std::size_t column, QString const& name, Value const& value);
+
+    ChannelMap m_channels;
+    ChannelMap m_calculatedChannels;
+    // The recorded channels side by side in name order, empty until a sample comes. A step in the
+    // map costs as much as an append, and there are thousands of both in a tick. The map owns what
+    // the columns point at, and a copy of this lap shares it.
+    std::vector<Column> m_columns;
+    qsizetype m_expectedSamples = 0;
+};
+
+}  // namespace TLM::SDK

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "sdk/carinfo.h"
+#include "sdk/dynamicdata.h"
+
+#include <QDateTime>
+#include <QMetaType>
+#include <QString>
+#include <QTime>
+#include <QUuid>
+
+#include <cstdint>
+
+namespace TLM::SDK {
+
+/** The kind of session a lap belongs to. 4 is a kind of the host's that no live plugin produces. */
+enum class Session : std::int32_t {
+    Unknown = -1,        // not known, or of another kind
+    OfflineTesting = 0,  // alone on the track
+    Practice = 1,        // open practice
+    Qualify = 2,         // qualifying
+    Warmup = 3,          // before the race
+    Race = 5,            // the race
+};
+
+/** How a lap began. */
+enum class LapType : std::int32_t {
+    Unknown = -1,   // not classified yet
+    OutLap = 0,     // in the pits
+    FlyingLap = 1,  // at the line
+};
+
+/**
+ * A lap without its channels: which car drove it, when, how long it took, where it sits in session
+ * and stint, and the lap's named values.
+ *
+ * A stream carries the car record alone (see CarInfo's operators). A header read back keeps its own
+ * fields and its values as they were before.
+ */
+class LapHeader : public CarInfo, public DynamicData {
+public:
+    /** When the lap was driven; null when not known. */
+    QDateTime dateTime() const { return m_dateTime; }
+    void setDateTime(QDateTime const& dateTime) { m_dateTime = dateTime; }
+
+    /** The file that the lap belongs to, if any. */
+    QString fileName() const { return m_fileName; }
+    void setFileName(QString const& fileName) { m_fileName = fileName; }
+
+    /** The lap time; null (and so not valid) when there is none. */
+    QTime lapTime() const { return m_lapTime; }
+    void setLapTime(QTime const& lapTime) { m_lapTime = lapTime; }
+
+    /** The plugin that produced the lap. */
+    QString pluginName() const { return m_pluginName; }
+    void setPlugin(QString const& pluginName) { m_pluginName = pluginName; }
+
+    QUuid lapId() const { return m_lapId; }
+    void setLapId(QUuid const& lapId) { m_lapId = lapId; }
+
+    QUuid stintId() const { return m_stintId; }
+    void setStintId(QUuid const& stintId) { m_stintId = stintId; }
+
+    QUuid sessionId() const { return m_sessionId; }
+    void setSessionId(QUuid const& sessionId) { m_sessionId = sessionId; }
+
+    /** Number of the lap within the session. */
+    int lapInSession() const { return m_lapInSession; }
+    void setLapInSession(int lapInSession) { m_lapInSession = lapInSession; }
+
+    /** Number of the lap within its stint. */
+    int lapInStint() const { return m_lapInStint; }
+    void setLapInStint(int lapInStint) { m_lapInStint = lapInStint; }
+
+    /** Number of the stint within the session. */
+    int stintInSession() const { return m_stintInSession; }
+    void setStintInSession(int stintInSession) { m_stintInSession = stintInSession; }
+
+    Session session() const { return m_session; }
+    void setSession(Session const& session) { m_session = session; }
+
+    LapType lapType() const { return m_lapType; }
+    void setLapType(LapType const& lapType) { m_lapType = lapType; }
+
+    /** Whether the lap was driven to its end. */
+    bool completed() const { return m_completed; }
+    void setCompleted(bool completed) { m_completed = completed; }
+
+private:
+    QDateTime m_dateTime;
+    QString m_fileName;
+    QTime m_lapTime;
+    QString m_pluginName;
+    QUuid m_lapId;
+    QUuid m_stintId;
+    QUuid m_sessionId;
+    std::int32_t m_lapInSession = 0;
+    std::int32_t m_lapInStint = 0;
+    std::int32_t m_stintInSession = 0;
+    Session m_session = Session::Unknown;
+    LapType m_lapType = LapType::Unknown;
+    bool m_completed = false;
+};
+
+}  // namespace TLM::SDK

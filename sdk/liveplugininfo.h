@@ -1,0 +1,42 @@
+#pragma once
+
+#include "sdk/carinfo.h"
+
+#include <QDataStream>
+#include <QList>
+#include <QMetaType>
+#include <QString>
+
+namespace TLM::SDK {
+
+/**
+ * What a live plugin offers at the moment: its cars, its own name and that of its source. A host
+ * builds its car selection from it.
+ */
+class LivePluginInfo {
+public:
+    QString pluginName() const { return m_pluginName; }
+    void setPluginName(QString const& pluginName) { m_pluginName = pluginName; }
+
+    QString sourceName() const { return m_sourceName; }
+    void setSourceName(QString const& sourceName) { m_sourceName = sourceName; }
+
+    /** The cars in the order in which the plugin lists them. */
+    QList<CarInfo> cars;
+
+private:
+    QString m_pluginName;
+    QString m_sourceName;
+};
+
+/** Writes source name, plugin name, the number of cars as a signed 32-bit integer, and the cars. */
+QDataStream& operator<<(QDataStream& stream, LivePluginInfo const& info);
+
+/**
+ * Reads what was written. A stream that fails on the way still gives as many cars as it announced,
+ * the rest of them as an empty car record reads; the stream's status tells. A count below 0 gives
+ * none.
+ */
+QDataStream& operator>>(QDataStream& stream, LivePluginInfo& info);
+
+}  // namespace TLM::SDK

@@ -1,0 +1,14 @@
+#include "sdk/plugininterfacelive.h"
+
+#include <QStringBuilder>
+
+namespace TLM::SDK {
+
+PluginInterfaceLive::~PluginInterfaceLive() = default;
+
+void PluginInterfaceLive::message(QString const& text, int verbose) {
+    const QString line = QLatin1Char('[') % sourceName() % QLatin1String(" plugin] ") % text;
+    emit emitter.sendMessage(line, verbose);
+}
+
+}  // namespace TLM::SDK
