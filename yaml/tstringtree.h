@@ -1,0 +1,93 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+/**
+ * A tree whose nodes hold named texts and named children, both ordered by name (case-sensitive, by
+ * UTF-16 code units).
+ *
+ * Nothing here reports an error: a text that is not there is a null text, a node that is not there
+ * a null pointer.
+ *
+ * A path names its parts by slashes, "DriverInfo/Drivers/7/UserName". Every slash separates: a
+ * leading, trailing or doubled one names the empty key, and the empty path names the one part that
+ * is empty.
+ *
+ * A node owns its children; pointers to them stay good until clear() or the node's end. Not
+ * thread-safe.
+ */
+class TStringTree {
+public:
+    /** An empty node under `parent`, which is not owned; null for a root. */
+    explicit TStringTree(TStringTree* parent);
+    virtual ~TStringTree();
+
+    // Children point back at their parent, so a node stays where it is.
+    TStringTree(TStringTree const&) = delete;
+    TStringTree& operator=(TStringTree const&) = delete;
+
+    /** Deletes all children; the node's own values stay. */
+    void clear();
+
+    bool hasParent() const { return m_parent != nullptr; }
+    TStringTree* parent() const { return m_parent; }
+
+    /** The text under `key`, a null text when there is none. */
+    QString value(const QString& key) const { return value(QStringView(key)); }
+    QString value(QStringView key) const;
+
+    /** The child under `key`, null when there is none. */
+    TStringTree* sub(const QString& key) { return sub(QStringView(key)); }
+    const TStringTree* sub(const QString& key) const { return sub(QStringView(key)); }
+    TStringTree* sub(QStringView key);
+    const TStringTree* sub(QStringView key) const;
+
+    /** Stores `value` under `key`. A text that is there already and equal is left alone. */
+    void set(const QString& key, const QString& value);
+    /** The same for slices: neither key nor value is copied when nothing changes. */
+    void set(QStringView key, QStringView value);
+
+    /** The child under `key`, made when there is none. */
+    TStringTree* addSub(const QString& key);
+    TStringTree* addSub(QStringView key);
+
+    /** The node that `path` leads to, or null. */
+    TStringTree* pathSub(const QString& path);
+    const TStringTree* pathSub(const QString& path) const;
+
+    /** The text that `path` names, its last part being the text's key, or a null text. */
+    QString pathValue(const QString& path) const;
+
+    /** Stores `value` at `path`, making the nodes on the way. */
+    void pathSet(const QString& path, const QString& value);
+
+    /**
+     * A number that grows with every change anywhere in the tree that this node belongs to, so that
+     * what was derived from the tree need not be derived again while nothing changed.
+     */
+    std::uint64_t revision() const { return *m_revision; }
+
+    /** Keys of the children in ascending order. */
+    QStringList subTreesKeys() const;
+    /** Keys of the texts in ascending order. */
+    QStringList valueKeys() const;
+
+private:
+    // Finds the entry of a slice without making a QString of it.
+    struct ByCodeUnits {
+        using is_transparent = void;
+        bool operator()(QStringView left, QStringView right) const noexcept { return left < right; }
+    };
+
+    std::map<QString, QString, ByCodeUnits> m_values;
+    std::map<QString, std::unique_ptr<TStringTree>, ByCodeUnits> m_subs;
+    TStringTree* m_parent;
+    std::uint64_t m_ownRevision = 0;  // the root's is the tree's
+    std::uint64_t* m_revision;
+};

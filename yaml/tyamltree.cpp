@@ -1,0 +1,163 @@
+#include "yaml/tyamltree.h"
+
+#include <QStringView>
+
+#include <iterator>
+#include <optional>
+
+namespace {
+
+constexpr QStringView kSeparator = u": ";
+
+// A line and what its beginning says.
+struct Line {
+    explicit Line(QStringView lineText) : text(lineText) {
+        while (leadingSpaces < text.size() && text[leadingSpaces] == u' ') {
+            ++leadingSpaces;
+        }
+        isBlank = leadingSpaces == text.size();
+        hasDash = !isBlank && text[leadingSpaces] == u'-';
+    }
+
+    qsizetype indentation() const {
+        if (isBlank) {
+            return 0;
+        }
+        return hasDash ? leadingSpaces + 1 : leadingSpaces;
+    }
+
+    QStringView text;
+    qsizetype leadingSpaces = 0;
+    bool isBlank;
+    bool hasDash;
+};
+
+// A blank line has no indentation, so that none is opened before it.
+bool opensSection(const Line& line, const Line& following) {
+    return !line.hasDash && following.indentation() > line.indentation();
+}
+
+// Hands out the lines that end with a line break; what follows the last break is no line.
+class ClosedLines {
+public:
+    explicit ClosedLines(QStringView text) : m_rest(text) {}
+
+    std::optional<Line> next() {
+        const qsizetype end = m_rest.indexOf(u'\n');
+        if (end < 0) {
+            return std::nullopt;
+        }
+        const Line line(m_rest.first(end));
+        m_rest = m_rest.sliced(end + 1);
+        return line;
+    }
+
+private:
+    QStringView m_rest;
+};
+
+// Puts line after line into a tree.
+class TreeBuilder {
+public:
+    explicit TreeBuilder(TStringTree* root) : m_node(root) {}
+
+    // `following` is the line after `line`, if there is one.
+    //
+    // A section line is always followed by a deeper one, else it would be none. So two sections
+    // side by side need no step up between them: the lines of the first lie between.
+    void take(const Line& line, const std::optional<Line>& following) {
+        if (line.text.isEmpty()) {
+            return;
+        }
+        // A line of spaces counts as what the line before it was.
+        if (!line.isBlank) {
+            m_isListItem = line.hasDash;
+        }
+        const bool climbs = line.indentation() < m_indentation;
+        const bool isSection = following && opensSection(line, *following);
+        climbTo(line.indentation());
+        m_indentation = line.indentation();
+
+        // Only a line of spaces can be both, and then the way it was reached decides.
+        if (isSection && !(climbs && m_isListItem)) {
+            openSection(line.text);
+        } else if (m_isListItem) {
+            openListEntry(line.text);
+        } else {
+            storeValue(line.text);
+        }
+    }
+
+private:
+    // One level a column. A text that jumped inwards by several columns in one line leads above
+    // where it began, and at the root that ends.
+    void climbTo(qsizetype indentation) {
+        for (; m_indentation > indentation && m_node->hasParent(); --m_indentation) {
+            m_node = m_node->parent();
+        }
+    }
+
+    void openSection(QStringView line) {
+        const QStringView name = line.trimmed();
+        if (name.size() > 1) {
+            m_node = m_node->addSub(name.chopped(1));
+        }
+    }
+
+    void openListEntry(QStringView line) {
+        const qsizetype separator = line.lastIndexOf(kSeparator);
+        const QStringView key = separator < 0 ? line : line.sliced(separator + kSeparator.size());
+        m_node = m_node->addSub(key.trimmed());
+    }
+
+    void storeValue(QStringView line) {
+        const qsizetype separator = line.indexOf(kSeparator);
+        if (separator < 0) {
+            m_node->set(line.trimmed(), u"");
+            return;
+        }
+        const QStringView rest = line.sliced(separator + kSeparator.size());
+        const qsizetype secondSeparator = rest.indexOf(kSeparator);
+        m_node->set(line.first(separator).trimmed(),
+                    secondSeparator < 0 ? rest : rest.first(secondSeparator));
+    }
+
+    TStringTree* m_node;
+    qsizetype m_indentation = 0;
+    bool m_isListItem = false;
+};
+
+}  // namespace
+
+TYamlTree::TYamlTree() : TStringTree(nullptr) {}
+
+void TYamlTree::setYaml(const char* yaml) {
+    const QString text = QString::fromLatin1(yaml);
+    ClosedLines lines(text);
+    const std::optional<Line> documentStart = lines.next();
+    if (!documentStart) {
+        return;
+    }
+    TreeBuilder builder(this);
+    for (std::optional<Line> line = lines.next(); line;) {
+        const std::optional<Line> following = lines.next();
+        builder.take(*line, following);
+        line = following;
+    }
+}
+
+int TYamlTree::countLeadingSpaces(const QString& line, bool& isListItem) {
+    const Line shape(line);
+    if (!shape.isBlank) {
+        isListItem = shape.hasDash;
+    }
+    return static_cast<int>(shape.indentation());
+}
+
+bool TYamlTree::isNewSection(const QList<QString>::iterator& line,
+                             const QList<QString>::iterator& end) {
+    if (line == end || std::next(line) == end) {
+        return false;
+    }
+    return opensSection(Line(*line), Line(*std::next(line)));
+}
