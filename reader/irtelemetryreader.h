@@ -1,0 +1,196 @@
+#pragma once
+
+#include "irsdk/layout.h"
+#include "reader/recordercar.h"
+#include "reader/resultstable.h"
+#include "reader/samplegenerations.h"
+#include "reader/samplingplan.h"
+#include "sdk/lap.h"
+#include "sdk/sample.h"
+#include "yaml/tyamltree.h"
+
+#include <QList>
+#include <QSharedPointer>
+#include <QString>
+#include <QStringList>
+#include <QUuid>
+
+#include <optional>
+#include <vector>
+
+/**
+ * Turns the simulator's snapshots into samples of every car and into laps.
+ *
+ * Nothing here fails loudly: what a session text or a snapshot lacks leaves the values as they
+ * were, numbers that do not parse are 0, and variables that lie outside their buffer are not there.
+ * The accessors of one car take a slot from 0 to 63 and do not check it.
+ *
+ * The reader is the session-info tree: the tree's operations are called on it. It has one
+ * RecorderCar for each of the simulator's 64 car slots; the slot number is the simulator's car
+ * index. Not thread-safe: every call comes from the thread of the plugin's tick, in this order:
+ *
+ *     reader.setYaml(text);      // when the simulator rewrote it
+ *     reader.updateCarList();
+ *     reader.prepareTick();
+ *     reader.getRawData(&header, table, snapshot, length);
+ *     reader.processData();
+ *     reader.sample(car); reader.isLapReady(car); reader.lap(car);
+ */
+class iRTelemetryReader : public TYamlTree {
+public:
+    iRTelemetryReader();
+    ~iRTelemetryReader() override;
+
+    /**
+     * Forgets the own car, the session and whether this is a replay. The tree, the table of
+     * variable names and what the cars' recorders hold stay.
+     */
+    void initialize();
+
+    /** Sets the number of car slots; the slots that remain keep their contents. */
+    void resize(int count);
+
+    /** Whether the values come from a recording on disk; tells every car slot too. */
+    void setDiskLoading(bool on);
+
+    /** The user's own car as the session text numbers it, -1 while unknown. May exceed the slots.
+     */
+    [[nodiscard]] int myCarIdx() const;
+
+    [[nodiscard]] const QString& driverName(int car) const;
+    [[nodiscard]] const QString& teamName(int car) const;
+    [[nodiscard]] const QString& carName(int car) const;
+    [[nodiscard]] const QString& className(int car) const;
+
+    /** The car's TLM::SDK::CarStatus as a number. */
+    [[nodiscard]] int status(int car) const;
+
+    /** True for the user's own car alone. */
+    [[nodiscard]] bool detailedTelemetry(int car) const;
+
+    /** The recorder of slot `car`, to look at. */
+    [[nodiscard]] const RecorderCar& recorderCar(int car) const;
+
+    /**
+     * The values of slot `car` in this tick. A sample that was once handed out to be changed is
+     * filled the slow way from then on; ask through a constant reader to look only.
+     */
+    TLM::SDK::Sample& sample(int car);
+    [[nodiscard]] const TLM::SDK::Sample& sample(int car) const;
+
+    /**
+     * Merges the zero-terminated session text into the tree and settles, with the first text that
+     * says it, whether this is a replay.
+     */
+    void setYaml(const char* yaml);
+
+    /** Refreshes own car and names from the tree; true when a name or a status changed. */
+    bool updateCarList();
+
+    /**
+     * The session's id from its identity text, padded to 32 hexadecimal digits; the null id when
+     * the text is longer or holds anything else.
+     */
+    [[nodiscard]] QUuid sessionId(const QString& id) const;
+
+    /** Whether a new session has begun since the last tick. */
+    [[nodiscard]] bool isSessionRestarted() const;
+
+    /** Rolls every car's state over to a new tick and starts the lap behind a closed one. */
+    void prepareTick();
+
+    /**
+     * Puts every variable of a snapshot into the cars' samples. `vars` points at `header->numVars`
+     * descriptions; `data` is the snapshot of `dataLength` bytes. A variable that does not lie
+     * within the snapshot is skipped. Nothing is kept but values.
+     */
+    void getRawData(const irsdk_header* header, const irsdk_varHeader* vars, const char* data,
+                    qint64 dataLength);
+
+    /** The same for a caller that vouches for every offset and count. */
+    void getRawData(const irsdk_header* header, const irsdk_varHeader* vars, const char* data);
+
+    /** Moves every car's recording on by the tick whose values getRawData took. */
+    void processData();
+
+    /** Puts what the tree says of track, weekend, fuel, driver and session into a lap. */
+    void getSessionInfo(int carIdx, TLM::SDK::Lap* lap);
+
+    /** Derives the channels of a closed lap that the simulator does not deliver. */
+    void preprocessLap(int car);
+
+    /** Closes the car's lap, driven to its end or not, and marks it ready, also an empty one. */
+    void processLap(int index, bool completed);
+
+    /**
+     * Replaces the readings at the start of a lap's channel that are left over from the lap before,
+     * back from the first good one, by values that rise with lap distance.
+     */
+    void normalizeChannelBeginning(int car, const QString& name);
+
+    /** In a replay, drops the running lap time that the replay does not keep. */
+    void cleanupLap(int car);
+
+    [[nodiscard]] bool isLapReady(int car) const;
+    [[nodiscard]] QSharedPointer<TLM::SDK::Lap> lap(int car) const;
+    [[nodiscard]] bool isCarInWorld(int car) const;
+
+    /** The same for the user's own car; false, null and nothing while it has no slot. */
+    [[nodiscard]] bool isMyLapReady() const;
+    [[nodiscard]] QSharedPointer<TLM::SDK::Lap> myLap() const;
+    void processMyLap(bool completed);
+
+private:
+    /** Where a car is. In its stall it may be on pit road too. */
+    struct Place {
+        bool inPitStall = false;
+        bool onPitRoad = false;
+        bool onTrack = false;
+    };
+
+    [[nodiscard]] bool hasOwnCarSlot() const;
+    [[nodiscard]] bool isReplay() const;
+    [[nodiscard]] bool isLive() const;
+
+    void settleReplay();
+    void updateOwnCarIndex();
+    bool updateDrivers();
+    bool updateDriver(int index, TStringTree* drivers);
+    [[nodiscard]] bool hasStatusChanged() const;
+
+    void fillVariableTable(const irsdk_varHeader* vars, qsizetype count);
+    void resolveSamplingPlan(const irsdk_varHeader* vars, qsizetype count, qint64 dataLength);
+    void distributeSessionClock();
+
+    void addWeekend(TLM::SDK::Lap& lap, TStringTree& weekend);
+    void addDriverInfo(TLM::SDK::Lap& lap, TStringTree& driverInfo, int carIdx);
+    void addSession(TLM::SDK::Lap& lap);
+    [[nodiscard]] QString sessionTypeText(int session);
+
+    [[nodiscard]] int ownSessionNumber() const;
+    void processCar(int index, int sessionNumber, bool sessionChanged);
+    [[nodiscard]] Place readOwnCar(RecorderCar& car) const;
+    [[nodiscard]] Place readOtherCar(int index) const;
+    [[nodiscard]] const QVariant* known(int index, KnownValue value) const;
+    void readPosition(int index);
+    [[nodiscard]] bool isStandingBySpeed(int index) const;
+    void settleSessionType(RecorderSample& current, int sessionNumber);
+    void recordSample(int index);
+
+    void addTimeAndDistance(TLM::SDK::Lap& lap) const;
+
+    qint32 m_replay = -1;  // -1 not yet known, 0 live, 1 replay
+    QStringList m_varNames;
+    QStringList m_varUnits;
+    QList<RecorderCar> m_cars;
+    std::optional<quint64> m_carListRevision;  // of the tree that the car list was made from
+    bool m_sampleHandedOut = false;            // of any car
+    ResultsTable m_results;
+    SamplingPlan m_plan;
+    std::vector<SampleGenerations> m_generations;  // of each slot's sample
+    qint32 m_myCarIdx = -1;
+    bool m_reserved = false;  // cleared with the rest; nothing reads it
+    bool m_diskLoading = false;
+    quint64 m_sessionNum = 0;
+    quint64 m_lastSessionNum = 0;
+};

@@ -1,0 +1,195 @@
+#include "reader/irtelemetryreader.h"
+#include "reader/numbers.h"
+#include "reader/sessiontype.h"
+
+#include <QColor>
+
+#include <array>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+using TLM::SDK::Lap;
+
+namespace {
+
+/** A text of the tree and the name under which a lap carries it. */
+struct NamedText {
+    QStringView key;
+    QString name;
+};
+
+// The tables are made once: 64 laps may be closed in one tick.
+
+const auto& weekendTexts() {
+    static const std::array texts{
+        NamedText{u"TrackDisplayShortName", u"Track short name"_s},
+        NamedText{u"TrackCity", u"Track city"_s},
+        NamedText{u"TrackCountry", u"Track country"_s},
+        NamedText{u"TrackNumTurns", u"Track turns"_s},
+        NamedText{u"TrackSkies", u"Skies"_s},
+        NamedText{u"Official", u"Official"_s},
+        NamedText{u"Category", u"Category"_s},
+    };
+    return texts;
+}
+
+const auto& weekendNumbers() {
+    static const std::array numbers{
+        NamedText{u"TrackLength", u"Track length"_s},
+        NamedText{u"TrackSurfaceTemp", u"Track surface temperature"_s},
+        NamedText{u"TrackAirTemp", u"Air temperature"_s},
+    };
+    return numbers;
+}
+
+const auto& driverTexts() {
+    static const std::array texts{
+        NamedText{u"TeamName", u"Team"_s},
+        NamedText{u"AbbrevName", u"Driver abbreviation"_s},
+        NamedText{u"IRating", u"iRating"_s},
+        NamedText{u"LicString", u"License"_s},
+        NamedText{u"Initials", u"Driver initials"_s},
+        NamedText{u"UserID", u"iRacing UserID"_s},
+        NamedText{u"CarPath", u"iRacing car path"_s},
+        NamedText{u"CarClassID", u"iRacing car class ID"_s},
+        NamedText{u"CarID", u"iRacing car ID"_s},
+        NamedText{u"CarClassShortName", u"Class"_s},
+        NamedText{u"ClubName", u"Club"_s},
+        NamedText{u"DivisionName", u"Division"_s},
+    };
+    return texts;
+}
+
+/** A text like "5.51 km": the number, and the unit behind the first blank. */
+struct NumberWithUnit {
+    double number;
+    QString unit;
+
+    explicit NumberWithUnit(const QString& text) {
+        const QStringList parts = text.simplified().split(u' ');
+        number = parts.first().toDouble();
+        unit = parts.value(1);
+    }
+};
+
+void setText(Lap& lap, const QString& name, const QString& text) {
+    lap.setValue(name, QVariant(text), QString());
+}
+
+void setNumberWithUnit(Lap& lap, const QString& name, const QString& text) {
+    const NumberWithUnit value(text);
+    lap.setValue(name, QVariant(value.number), value.unit);
+}
+
+void addWeekendNumbers(Lap& lap, const TStringTree& weekend) {
+    for (const NamedText& row : weekendNumbers()) {
+        setNumberWithUnit(lap, row.name, weekend.value(row.key));
+    }
+    setNumberWithUnit(lap, u"Weekend temperature"_s,
+                      weekend.pathValue(u"WeekendOptions/WeatherTemp"_s));
+    const NumberWithUnit northOffset(weekend.value(u"TrackNorthOffset"_s));
+    lap.setValue(u"YawOffset"_s, QVariant(northOffset.number), QString());
+}
+
+void addFuel(Lap& lap, const TStringTree& driverInfo) {
+    // What counts as no fuel density at all.
+    constexpr double zeroDensity = 1e-12;
+    const double tank = driverInfo.value(u"DriverCarFuelMaxLtr"_s).toDouble();
+    const double allowed = driverInfo.value(u"DriverCarMaxFuelPct"_s).toDouble();
+    const double density = driverInfo.value(u"DriverCarFuelKgPerLtr"_s).toDouble();
+    const double maximum = tank * allowed;
+    lap.setValue(u"Maximum fuel level"_s, QVariant(maximum), u"l"_s);
+    lap.setValue(u"Maximum fuel percent"_s, QVariant(allowed), u"pu"_s);
+    if (std::fabs(density) > zeroDensity) {
+        lap.setValue(u"Kg per fuel litre"_s, QVariant(density), QString());
+        lap.setValue(u"Maximum fuel weight"_s, QVariant(maximum * density), u"kg"_s);
+    }
+}
+
+void addPreferredFuelUnit(Lap& lap, const QString& fuelLevel) {
+    const QStringList parts = fuelLevel.simplified().split(u' ');
+    if (parts.size() == 2) {
+        setText(lap, u"Preferred fuel unit"_s, parts[1] == "kg"_L1 ? u"weight"_s : u"volume"_s);
+    }
+}
+
+void addCalculator(Lap& lap, const TStringTree& calculator) {
+    const QStringList keys = calculator.valueKeys();
+    for (const QString& key : keys) {
+        const QStringList parts = calculator.value(key).trimmed().split(u' ', Qt::SkipEmptyParts);
+        if (!parts.isEmpty()) {
+            lap.setValue(key, QVariant(parts.first()), parts.value(1));
+        }
+    }
+}
+
+QColor licenceColor(QString text) {
+    text.replace("0x"_L1, "#"_L1);
+    // Asked first, because QColor warns about every name that it does not know.
+    return QColor::isValidColorName(text) ? QColor(text) : QColor();
+}
+
+void addDriver(Lap& lap, const TStringTree& driver) {
+    lap.setDriverName(driver.value(u"UserName"_s));
+    lap.setCarName(driver.value(u"CarScreenName"_s));
+    for (const NamedText& row : driverTexts()) {
+        setText(lap, row.name, driver.value(row.key));
+    }
+    lap.setValue(u"Licence color"_s, QVariant::fromValue(licenceColor(driver.value(u"LicColor"_s))),
+                 QString());
+}
+
+}  // namespace
+
+void iRTelemetryReader::getSessionInfo(int carIdx, Lap* lap) {
+    lap->setCarId(QString::number(carIdx));
+    if (TStringTree* weekend = sub(u"WeekendInfo"_s)) {
+        addWeekend(*lap, *weekend);
+    }
+    if (TStringTree* driverInfo = sub(u"DriverInfo"_s)) {
+        addDriverInfo(*lap, *driverInfo, carIdx);
+    }
+    addSession(*lap);
+}
+
+void iRTelemetryReader::addWeekend(Lap& lap, TStringTree& weekend) {
+    lap.setTrackName(weekend.value(u"TrackDisplayName"_s));
+    const QString identity = weekend.value(u"SessionID"_s) + weekend.value(u"SubSessionID"_s);
+    m_sessionNum = identity.toULongLong();
+    lap.setSessionId(sessionId(identity));
+    lap.setTrackConfig(weekend.value(u"TrackConfigName"_s));
+    for (const NamedText& row : weekendTexts()) {
+        setText(lap, row.name, weekend.value(row.key));
+    }
+    addWeekendNumbers(lap, weekend);
+}
+
+void iRTelemetryReader::addDriverInfo(Lap& lap, TStringTree& driverInfo, int carIdx) {
+    addFuel(lap, driverInfo);
+    addPreferredFuelUnit(lap, pathValue(u"CarSetup/Chassis/Rear/FuelLevel"_s));
+    for (const QString& path :
+         {u"CarSetup/TiresAero/AeroCalculator"_s, u"CarSetup/TiresAero/AeroBalanceCalc"_s}) {
+        if (const TStringTree* calculator = pathSub(path)) {
+            addCalculator(lap, *calculator);
+        }
+    }
+    if (const TStringTree* driver = driverInfo.pathSub("Drivers/"_L1 + QString::number(carIdx))) {
+        addDriver(lap, *driver);
+    }
+}
+
+void iRTelemetryReader::addSession(Lap& lap) {
+    if (!hasOwnCarSlot()) {
+        return;
+    }
+    const int session = reader::toInt(m_cars.at(m_myCarIdx).sample.value(u"sessionnum"_s).value);
+    const QString type = sessionTypeText(session);
+    setText(lap, u"Session name"_s, type);
+    if (const auto kind = reader::sessionOfType(type)) {
+        lap.setSession(*kind);
+    }
+}
+
+QString iRTelemetryReader::sessionTypeText(int session) {
+    return pathValue("SessionInfo/Sessions/"_L1 + QString::number(session) + "/SessionType"_L1);
+}

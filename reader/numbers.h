@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QVariant>
+
+#include <limits>
+
+/**
+ * Conversions of readings to the recorder's integers that are defined for every reading. Qt rounds
+ * a real number by a cast, which is undefined for NaN and for what the integer cannot hold; the
+ * simulator's memory may hold either.
+ */
+namespace reader {
+
+/** `number` rounded, the nearest int when no int can hold it, 0 for NaN. */
+[[nodiscard]] inline int toInt(double number) {
+    using Limits = std::numeric_limits<int>;
+    if (number >= static_cast<double>(Limits::max())) {
+        return Limits::max();
+    }
+    if (number <= static_cast<double>(Limits::min())) {
+        return Limits::min();
+    }
+    return number == number ? qRound(number) : 0;
+}
+
+/**
+ * `number` rounded, the largest number when it is too large, 0 for NaN. A negative number wraps
+ * around as Qt's conversion has it, down to the smallest signed one; below there is 0.
+ */
+[[nodiscard]] inline quint64 toULongLong(double number) {
+    constexpr double signedRange = 9223372036854775808.0;
+    if (number >= 2.0 * signedRange) {
+        return std::numeric_limits<quint64>::max();
+    }
+    if (number >= signedRange) {
+        return static_cast<quint64>(number);
+    }
+    return number > -signedRange ? static_cast<quint64>(qRound64(number)) : 0;
+}
+
+[[nodiscard]] inline bool isReal(const QVariant& value) {
+    const int type = value.typeId();
+    return type == QMetaType::Float || type == QMetaType::Double;
+}
+
+/** QVariant::toInt, saturated; 0 for what is no number. */
+[[nodiscard]] inline int toInt(const QVariant& value) {
+    return isReal(value) ? toInt(value.toDouble()) : value.toInt();
+}
+
+/** QVariant::toULongLong, saturated; 0 for what is no number. */
+[[nodiscard]] inline quint64 toULongLong(const QVariant& value) {
+    return isReal(value) ? toULongLong(value.toDouble()) : value.toULongLong();
+}
+
+/** `counter` + 1; the largest int stays as it is. */
+[[nodiscard]] constexpr int incrementSaturated(int counter) {
+    return counter == std::numeric_limits<int>::max() ? counter : counter + 1;
+}
+
+}  // namespace reader

@@ -1,0 +1,182 @@
+#include "reader/recordercar.h"
+
+#include "sdk/utilities.h"
+
+#include <algorithm>
+#include <cmath>
+
+using TLM::SDK::CarStatus;
+using TLM::SDK::Lap;
+using TLM::SDK::Session;
+
+namespace {
+
+// Cars further round the lap than this stand on the grid before a race, not on an out lap.
+constexpr double gridLapDistance = 0.65;
+
+// A pit exit beyond this lies before the line: the out lap begins behind it.
+constexpr double pitExitBeforeLineLapDistance = 0.8;
+
+// A running lap time that falls by more than this has begun anew; less is a correction of it.
+constexpr float lapTimeFallSeconds = 5.0F;
+
+constexpr float zeroLapTimeSeconds = 1e-5F;
+
+constexpr qint32 sessionStateRacing = 4;
+
+bool isOffTrack(CarStatus status) {
+    return status == CarStatus::Undefined || status == CarStatus::NotInWorld ||
+           status == CarStatus::InPitStall || status == CarStatus::InPitlane;
+}
+
+bool startsOutLap(CarStatus previous) {
+    return previous == CarStatus::WaitingForStart || previous == CarStatus::InPitStall ||
+           previous == CarStatus::Undefined;
+}
+
+}  // namespace
+
+RecorderCar::RecorderCar()
+    : lap(QSharedPointer<Lap>::create()), nextLap(QSharedPointer<Lap>::create()) {}
+
+void RecorderCar::expectSamples(qsizetype count) {
+    m_expectedSamples = count;
+    lap->reserve(count);
+    nextLap->reserve(count);
+}
+
+void RecorderCar::expectSamplesLike(const Lap& ended) {
+    // An eighth to spare for a slower lap; a lap that broke off early says little about the next.
+    const qsizetype samples = ended.size();
+    m_expectedSamples = std::max(samples + samples / 8, m_expectedSamples / 2);
+}
+
+void RecorderCar::startStint() {
+    current.stintId = QUuid::createUuid();
+    current.stintInSession += 1;
+    current.lapInStint = 0;
+}
+
+void RecorderCar::startLap() {
+    sample.clear();
+    ++sampleRevision;
+    expectSamplesLike(*lap);
+    lap = nextLap;
+    nextLap = QSharedPointer<Lap>::create();
+    nextLap->reserve(m_expectedSamples);
+    current.lapInStint += 1;
+    lapReady = false;
+    lap->setLapInSession(current.lap);
+    current.lapId = QUuid::createUuid();
+    lap->setLapInStint(current.lapInStint);
+}
+
+void RecorderCar::prepareTick() {
+    previous = current;
+    if (lapReady) {
+        startLap();
+        lapReady = false;
+    }
+}
+
+void RecorderCar::updateCarStatus(bool inPitStall, bool onPitRoad, bool onTrack) {
+    if (inPitStall) {
+        current.status = CarStatus::InPitStall;
+    } else if (onPitRoad) {
+        current.status = CarStatus::InPitlane;
+    } else if (onTrack && updateOnTrackStatus() == OnTrackStatus::Settled) {
+        updateLapCompleted();
+    }
+}
+
+double RecorderCar::lapDistance() const {
+    return static_cast<double>(current.lapDistPct);
+}
+
+bool RecorderCar::isBeforeRaceStart() const {
+    return current.sessionType == static_cast<qint32>(Session::Race) && current.sessionState >= 1 &&
+           current.sessionState < sessionStateRacing;
+}
+
+bool RecorderCar::isRacingAfterFormation() const {
+    return current.sessionType == static_cast<qint32>(Session::Race) &&
+           current.sessionState == sessionStateRacing && previous.status == CarStatus::OutLap;
+}
+
+RecorderCar::OnTrackStatus RecorderCar::updateOnTrackStatus() {
+    if (isBeforeRaceStart()) {
+        if (previous.status == CarStatus::OutLap) {
+            current.status = CarStatus::OutLap;
+            return OnTrackStatus::Settled;
+        }
+        return waitForStartOrBeginOutLap(gridLapDistance);
+    }
+    if (isRacingAfterFormation()) {
+        current.status = lapDistance() > gridLapDistance ? CarStatus::OutLap : CarStatus::FlyingLap;
+        return OnTrackStatus::Settled;
+    }
+    if (previous.status == CarStatus::InPitlane) {
+        return waitForStartOrBeginOutLap(pitExitBeforeLineLapDistance);
+    }
+    if (startsOutLap(previous.status)) {
+        return beginOutLap();
+    }
+    return OnTrackStatus::Settled;
+}
+
+RecorderCar::OnTrackStatus RecorderCar::waitForStartOrBeginOutLap(double lastDistanceOfOutLap) {
+    return lapDistance() > lastDistanceOfOutLap ? waitForStart() : beginOutLap();
+}
+
+RecorderCar::OnTrackStatus RecorderCar::beginOutLap() {
+    current.status = CarStatus::OutLap;
+    startLap();
+    startStint();
+    return OnTrackStatus::Settled;
+}
+
+RecorderCar::OnTrackStatus RecorderCar::waitForStart() {
+    current.status = CarStatus::WaitingForStart;
+    current.lapCompleted = false;
+    return OnTrackStatus::Waiting;
+}
+
+void RecorderCar::updateLapCompleted() {
+    current.lapCompleted = isLapCompleted();
+    if (current.lapCompleted && current.status == CarStatus::OutLap) {
+        current.status = CarStatus::FlyingLap;
+    }
+}
+
+bool RecorderCar::isLapCompleted() const {
+    if (previous.lap < 0 || current.status == CarStatus::WaitingForStart ||
+        previous.status == CarStatus::WaitingForStart || previous.lapAborted) {
+        return false;
+    }
+    return detailedTelemetry ? isOwnLapCompleted() : current.lap != previous.lap;
+}
+
+bool RecorderCar::isOwnLapCompleted() const {
+    if (current.status == CarStatus::FlyingLap && previous.status == CarStatus::OutLap) {
+        return true;
+    }
+    const float time = current.lapCurrentLapTime;
+    const float timeBefore = previous.lapCurrentLapTime;
+    if (std::fabs(time) <= zeroLapTimeSeconds) {
+        return current.lap >= 0 && previous.lap < current.lap;
+    }
+    const bool hasBegunAnew = timeBefore - time > lapTimeFallSeconds &&
+                              TLM::SDK::isValidValue(static_cast<double>(timeBefore));
+    // A recording may begin within a lap, with a running time that is not positive yet.
+    return diskLoading ? hasBegunAnew : hasBegunAnew && time > 0.0F && timeBefore > 0.0F;
+}
+
+bool RecorderCar::isLapAborted() const {
+    if (previous.lap < 0 || current.status == CarStatus::WaitingForStart) {
+        return false;
+    }
+    if (diskLoading) {
+        return current.lap == 0 && previous.lap != 0;
+    }
+    return !isOffTrack(previous.status) && isOffTrack(current.status);
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "reader/samplingplan.h"
+#include "sdk/sample.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+/** Values that the recorder looks at in every tick of every car. */
+enum class KnownValue {
+    LapDistPct,
+    SessionState,
+    SessionTick,
+    OnPitRoad,
+    Speed,  // the key with a capital S
+};
+
+inline constexpr std::size_t knownValueCount = 5;
+
+/** The sample key of a known value. */
+[[nodiscard]] const QString& keyOf(KnownValue value);
+
+/**
+ * Writes the values of one car's sample tick after tick without building a key, looking up a name
+ * or taking memory, also while the host keeps samples of earlier ticks.
+ *
+ * A sample that the host keeps shares its values with the car's sample, and writing to shared
+ * values would copy them all. So a few generations of the values are kept: when the newest is
+ * shared, the sample goes on with one that nobody holds any more. Nothing is ever written to values
+ * that somebody else holds. A host that keeps every sample costs a copy of the values a tick.
+ *
+ * Whoever changes the sample's values by other means MUST use another `revision` from then on: the
+ * places of the values are remembered, and a generation that missed a change must not come back.
+ */
+class SampleGenerations {
+public:
+    /**
+     * Puts `plan`'s values of slot `car` into `sample`, read from the snapshot at `data`; the other
+     * values of the sample stay. `tick` is the own car's session tick.
+     */
+    void write(TLM::SDK::Sample& sample, const SamplingPlan& plan, int car, quint64 revision,
+               const char* data, quint64 tick);
+
+    /**
+     * A known value of the sample that write() was called for, null when the sample has none.
+     * Nothing when the sample has changed since: then it has to be looked up.
+     */
+    [[nodiscard]] std::optional<const QVariant*> find(KnownValue value, quint64 revision) const;
+
+private:
+    using ValueMap = TLM::SDK::DynamicData::ValueMap;
+
+    /** What remembered places belong to. */
+    struct Stamp {
+        quint64 planVersion = 0;
+        quint64 revision = 0;
+
+        bool operator==(const Stamp&) const = default;
+    };
+
+    /** Where things are in the map of one generation. */
+    struct Places {
+        std::vector<void*> planned;  // the numbers themselves, grouped by reading
+        std::array<const QVariant*, knownValueCount> known{};
+    };
+
+    /** Values that were those of the sample, and the places in them. */
+    struct Generation {
+        ValueMap values;
+        Places places;
+        Stamp stamp;
+    };
+
+    /** What an entry of the map is, by its rank. */
+    struct Rank {
+        int planned = -1;  // index into Places::planned
+        int known = -1;    // index into Places::known
+    };
+
+    void resolve(ValueMap& values, const std::vector<PlannedValue>& planned);
+    void rank(const ValueMap& values, const std::vector<PlannedValue>& planned);
+    void locate(ValueMap& values);
+    void store(const char* data, quint64 tick) const;
+    [[nodiscard]] bool takeFreeGeneration(ValueMap& values);
+    void continueWithCopy(ValueMap& values);
+
+    // Enough for a host that keeps the last two samples while a third is on its way to it.
+    static constexpr std::size_t spareCount = 3;
+
+    Stamp m_stamp;
+    Places m_places;
+    std::vector<qint64> m_offsets;  // in a snapshot, in the order of the places
+    std::array<std::size_t, readingCount + 1> m_groups{};  // first place of each reading
+    std::vector<Rank> m_ranks;                             // in the order of the map
+    std::array<Generation, spareCount> m_spares;
+    std::size_t m_nextSpare = 0;
+};
