@@ -1,0 +1,101 @@
+#pragma once
+
+#include "irsdk/irsdk.h"
+#include "plugin/samplelists.h"
+#include "reader/irtelemetryreader.h"
+#include "sdk/plugininterfacelive.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <string>
+#include <vector>
+
+class ConnectionGuard;
+
+/**
+ * The object that a host loads: it connects to the simulator and hands over cars, samples and laps.
+ *
+ * Failures are told by signals alone. Calls in the wrong state (connecting twice, disconnecting
+ * twice, probing while connected, anything before initialize()) do nothing or report that there is
+ * no connection. The simulator may end, hang or return at any moment: after 101 ticks without data
+ * the plugin says "Sim is down" and disconnects. A slot of the host may call any operation of this
+ * object, run an event loop of its own or delete this object: what is left of a tick is dropped
+ * once its connection has ended, and a tick never runs within a tick.
+ *
+ * The object MUST be used on the thread that owns it, and there MUST be only one in a process,
+ * because the link to the simulator is one a process.
+ */
+class iRPluginLive : public QObject, public TLM::SDK::PluginInterfaceLive {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID TLM_SDK_PLUGININTERFACELIVE_IID)
+    Q_INTERFACES(TLM::SDK::PluginInterfaceLive)
+
+public:
+    iRPluginLive();
+
+    /** Closes the link without a word to the host. */
+    ~iRPluginLive() override;
+
+    /**
+     * Sets everything up and announces 64 cars with the ids "0" to "63". Called again, it
+     * disconnects first and starts afresh.
+     */
+    void initialize() override;
+
+    /** The plugin has no settings: both do nothing. */
+    void saveSettings(const QString& path) override;
+    void loadSettings(const QString& path) override;
+
+    QString sourceName() const override;
+    QString pluginName() const override;
+    QString pluginVersion() const override;
+
+    void checkConnectionAvailability() override;
+    void connectToSource() override;
+    void disconnectFromSource() override;
+
+public slots:
+    /** Takes at most one new snapshot. Called by the timer while connected. */
+    void tick();
+
+    /** Announces the car list when a name or a status in it changed. */
+    void updateCarList();
+
+private:
+    [[nodiscard]] bool isInitialized() const;
+    void createTimer();
+    void announceCarList();
+    void closeSilently();
+
+    [[nodiscard]] bool awaitFreshData();
+    void resizeDataBuffer(int length);
+    [[nodiscard]] int dataBufferLength() const;
+    void startConnection();
+    void endConnection();
+    void closeOpenLaps();
+    void logLinkFailure();
+
+    void reportSimulatorDown(const ConnectionGuard& guard);
+    [[nodiscard]] bool processSnapshot(const ConnectionGuard& guard);
+    void refreshSessionInfo(const irsdk_header& header);
+    [[nodiscard]] bool deliver(const ConnectionGuard& guard);
+    void handOverLap(int car);
+
+    iRTelemetryReader reader;
+    QTimer* timer = nullptr;  // a child of this object
+    int tickWaitMs = 0;
+    int connectWaitMs = 0;
+    int lastSessionInfoUpdate = -1;
+    std::vector<char> dataBuffer;
+
+    // Work space of a tick, kept so that a tick takes no memory.
+    std::vector<char> snapshot;
+    std::vector<irsdk_varHeader> varHeaders;
+    std::string sessionInfo;
+    SampleLists sampleLists;
+
+    quint64 connectionNumber = 0;  // another one after each connection and each disconnection
+    bool isTicking = false;
+    irsdk_Error loggedError = irsdk_Error::None;
+};

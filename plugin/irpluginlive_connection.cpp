@@ -1,0 +1,122 @@
+#include "plugin/connectionguard.h"
+#include "plugin/irpluginlive.h"
+
+#include <QLoggingCategory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Q_LOGGING_CATEGORY(linkLog, "rataip.link")
+
+constexpr int carCount = 64;
+
+/** A simulator that is not there is everyday life and not worth a line. */
+bool isWorthALine(irsdk_Error error) {
+    return error != irsdk_Error::None && error != irsdk_Error::NoBlock &&
+           error != irsdk_Error::NoEvent;
+}
+
+}  // namespace
+
+void iRPluginLive::connectToSource() {
+    if (connected) {
+        return;
+    }
+    if (isInitialized() && awaitFreshData()) {
+        startConnection();
+        return;
+    }
+    emit emitter.sendNotConnected();
+}
+
+bool iRPluginLive::awaitFreshData() {
+    irsdk_header header{};
+    if (irsdk_startup() && irsdk_copyHeader(header) && header.bufferLength > 0) {
+        resizeDataBuffer(header.bufferLength);
+        if (irsdk_waitForDataReady(connectWaitMs, dataBuffer.data(), dataBufferLength())) {
+            loggedError = irsdk_Error::None;
+            return true;
+        }
+    }
+    logLinkFailure();
+    // Also after half an opening: what was opened may belong to a simulator that is gone by the
+    // next attempt.
+    irsdk_shutdown();
+    return false;
+}
+
+void iRPluginLive::resizeDataBuffer(int length) {
+    if (length != dataBufferLength()) {
+        dataBuffer.assign(static_cast<std::size_t>(length), '\0');
+    }
+}
+
+int iRPluginLive::dataBufferLength() const {
+    return static_cast<int>(dataBuffer.size());
+}
+
+void iRPluginLive::startConnection() {
+    int update = 0;
+    if (irsdk_copySessionInfoStr(sessionInfo, update)) {
+        reader.setYaml(sessionInfo.c_str());
+    }
+    connected = true;
+    ++connectionNumber;
+    const ConnectionGuard guard(this, connectionNumber);
+    emit emitter.sendConnected();
+    if (guard.isSameConnection()) {
+        updateCarList();
+    }
+    if (guard.isSameConnection()) {
+        message(u"Connected"_s, 0);
+    }
+    if (guard.isSameConnection()) {
+        timer->start();
+    }
+}
+
+void iRPluginLive::disconnectFromSource() {
+    if (!connected) {
+        return;
+    }
+    endConnection();
+    const ConnectionGuard guard(this, connectionNumber);
+    closeOpenLaps();
+    irsdk_shutdown();
+    emit emitter.sendDisconnected();
+    if (!guard.isDeleted()) {
+        message(u"Disconnected"_s, 0);
+    }
+}
+
+void iRPluginLive::endConnection() {
+    timer->stop();
+    connected = false;
+    ++connectionNumber;
+}
+
+void iRPluginLive::closeOpenLaps() {
+    for (int car = 0; car < carCount; ++car) {
+        reader.processLap(car, false);
+    }
+}
+
+void iRPluginLive::checkConnectionAvailability() {
+    if (connected) {
+        return;
+    }
+    const bool available = isInitialized() && awaitFreshData();
+    if (available) {
+        irsdk_shutdown();
+    }
+    emit emitter.sendConnectivityAvailable(available);
+}
+
+void iRPluginLive::logLinkFailure() {
+    const irsdk_Error error = irsdk_lastError();
+    if (isWorthALine(error) && error != loggedError) {
+        qCWarning(linkLog) << "No data from the simulator:" << irsdk_errorText(error);
+        loggedError = error;
+    }
+}

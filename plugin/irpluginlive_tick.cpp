@@ -1,0 +1,113 @@
+#include "plugin/connectionguard.h"
+#include "plugin/irpluginlive.h"
+#include "sdk/lap.h"
+#include "sdk/sample.h"
+
+#include <QScopeGuard>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using TLM::SDK::Lap;
+using TLM::SDK::Sample;
+
+namespace {
+
+constexpr int carCount = 64;
+
+// So many ticks in a row may pass without a snapshot.
+constexpr qint32 toleratedMisses = 100;
+
+}  // namespace
+
+void iRPluginLive::tick() {
+    // Outlives a connection on purpose: after "Sim is down" the next connection ends with its first
+    // tick if that finds nothing new either.
+    static qint32 bytesNotReady = 0;
+
+    // A slot of the host may run an event loop, and with it the timer, in the middle of a tick.
+    if (!connected || isTicking) {
+        return;
+    }
+    const ConnectionGuard guard(this, connectionNumber);
+    isTicking = true;
+    const auto endTick = qScopeGuard([this, &guard] {
+        if (!guard.isDeleted()) {
+            isTicking = false;
+        }
+    });
+
+    if (!irsdk_waitForDataReady(tickWaitMs, dataBuffer.data(), dataBufferLength())) {
+        if (++bytesNotReady > toleratedMisses) {
+            reportSimulatorDown(guard);
+        }
+    } else if (processSnapshot(guard)) {
+        bytesNotReady = 0;
+    }
+}
+
+void iRPluginLive::reportSimulatorDown(const ConnectionGuard& guard) {
+    logLinkFailure();
+    message(u"Sim is down"_s, 0);
+    if (guard.isSameConnection()) {
+        disconnectFromSource();
+    }
+}
+
+bool iRPluginLive::processSnapshot(const ConnectionGuard& guard) {
+    irsdk_header header{};
+    if (!irsdk_copyHeader(header) || dataBuffer.empty()) {
+        return false;
+    }
+    // A slot of the host may have the buffer resized before the tick is over.
+    snapshot = dataBuffer;
+    refreshSessionInfo(header);
+    updateCarList();
+    if (!guard.isSameConnection()) {
+        return false;
+    }
+    if (!irsdk_copyVarHeaders(varHeaders)) {
+        return false;
+    }
+    header.numVars = static_cast<qint32>(varHeaders.size());
+    reader.prepareTick();
+    reader.getRawData(&header, varHeaders.data(), snapshot.data(),
+                      static_cast<qint64>(snapshot.size()));
+    reader.processData();
+    return deliver(guard);
+}
+
+void iRPluginLive::refreshSessionInfo(const irsdk_header& header) {
+    int update = 0;
+    // A text that is rewritten over and over while it is copied is tried again in the next tick.
+    if (header.sessionInfoUpdate != lastSessionInfoUpdate &&
+        irsdk_copySessionInfoStr(sessionInfo, update)) {
+        lastSessionInfoUpdate = update;
+        reader.setYaml(sessionInfo.c_str());
+    }
+}
+
+bool iRPluginLive::deliver(const ConnectionGuard& guard) {
+    QList<Sample>& samples = sampleLists.take(carCount);
+    for (int car = 0; car < carCount; ++car) {
+        samples[car] = std::as_const(reader).sample(car);
+        if (reader.isLapReady(car)) {
+            handOverLap(car);
+            if (!guard.isSameConnection()) {
+                return false;
+            }
+        }
+    }
+    emit emitter.sendSamples(samples);
+    if (!guard.isDeleted()) {
+        sampleLists.release();
+    }
+    return true;
+}
+
+void iRPluginLive::handOverLap(int car) {
+    const QSharedPointer<Lap> lap = reader.lap(car);
+    lap->setPlugin(pluginName());
+    lap->setSource(sourceName());
+    emit emitter.sendTelemetryLap(lap);
+}

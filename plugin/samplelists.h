@@ -1,0 +1,32 @@
+#pragma once
+
+#include "sdk/sample.h"
+
+#include <QList>
+
+#include <array>
+#include <cstddef>
+
+/**
+ * The lists in which the samples of a tick go to the host, used again and again.
+ *
+ * A list that the host keeps is never touched: the next tick takes another one, or a new one when
+ * the host keeps them all. A list that it has let go of gives its values back first, because as
+ * long as they stand in any list the reader cannot write to them.
+ */
+class SampleLists {
+public:
+    /** A list of `count` samples without values that nobody else holds, good until the next call.
+     */
+    QList<TLM::SDK::Sample>& take(qsizetype count);
+
+    /** Takes the values out of the lists that nobody else holds. */
+    void release();
+
+private:
+    // As many as the generations of values behind them.
+    static constexpr std::size_t listCount = 4;
+
+    std::array<QList<TLM::SDK::Sample>, listCount> m_lists;
+    std::size_t m_oldest = 0;
+};
