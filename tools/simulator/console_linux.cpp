@@ -1,0 +1,89 @@
+#include "tools/simulator/console.h"
+
+#include <array>
+#include <csignal>
+#include <poll.h>
+#include <unistd.h>
+#include <utility>
+
+namespace simulator {
+
+namespace {
+
+// Written by the signal handler, so nothing else is allowed here.
+volatile std::sig_atomic_t stopAsked = 0;
+
+void askToStop(int) {
+    stopAsked = 1;
+}
+
+}  // namespace
+
+class Console::Input {
+public:
+    bool ended() const { return m_ended && m_pending.empty(); }
+
+    std::optional<std::string> takeLine() {
+        const std::size_t end = m_pending.find('\n');
+        if (end == std::string::npos) {
+            return m_ended && !m_pending.empty() ? std::optional(std::exchange(m_pending, {}))
+                                                 : std::nullopt;
+        }
+        std::string line = m_pending.substr(0, end);
+        m_pending.erase(0, end + 1);
+        return line;
+    }
+
+    void read(std::chrono::milliseconds atMost) {
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        if (m_ended || ::poll(&input, 1, static_cast<int>(atMost.count())) <= 0) {
+            return;
+        }
+        std::array<char, 4096> bytes{};
+        const ssize_t count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+        if (count <= 0) {
+            m_ended = true;
+        } else {
+            m_pending.append(bytes.data(), static_cast<std::size_t>(count));
+        }
+    }
+
+private:
+    std::string m_pending;
+    bool m_ended = false;
+};
+
+Console::Console(bool readsLines) : m_input(readsLines ? std::make_shared<Input>() : nullptr) {
+    struct sigaction action {};
+    action.sa_handler = askToStop;
+    sigemptyset(&action.sa_mask);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        ::sigaction(number, &action, nullptr);
+    }
+    // Whoever read the output may be gone; that must not end the simulator without order.
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+Console::~Console() = default;
+
+bool Console::stopRequested() const {
+    return stopAsked != 0;
+}
+
+std::optional<std::string> Console::nextLine(std::chrono::milliseconds atMost) {
+    if (!m_input || stopRequested()) {
+        return std::nullopt;
+    }
+    std::optional<std::string> line = m_input->takeLine();
+    if (!line) {
+        m_input->read(atMost);
+        line = m_input->takeLine();
+    }
+    return line;
+}
+
+bool Console::inputEnded() const {
+    return m_input && m_input->ended();
+}
+
+}  // namespace simulator

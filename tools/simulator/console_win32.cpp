@@ -1,0 +1,118 @@
+#include "tools/simulator/console.h"
+
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <windows.h>
+
+// After windows.h, which it needs.
+#include <timeapi.h>
+
+namespace simulator {
+
+namespace {
+
+std::atomic<bool> stopAsked = false;
+std::atomic<bool> done = false;
+
+// Runs on a thread of the system's. After a closed console or a log-off the process is killed as
+// soon as this returns, so it stays until the run has ended in order.
+BOOL WINAPI askToStop(DWORD event) {
+    stopAsked = true;
+    constexpr int kPatienceSteps = 400;
+    constexpr DWORD kStepMilliseconds = 10;
+    const bool killed = event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT;
+    for (int step = 0; killed && !done && step < kPatienceSteps; ++step) {
+        ::Sleep(kStepMilliseconds);
+    }
+    return TRUE;
+}
+
+constexpr UINT kTimerMilliseconds = 1;
+
+}  // namespace
+
+// The handle of standard input cannot be waited for when it is a pipe, so a thread reads it. It
+// shares ownership of what it fills: it may still wait for input when the console is gone.
+class Console::Input : public std::enable_shared_from_this<Console::Input> {
+public:
+    void start() {
+        std::thread([self = shared_from_this()] { self->readAll(); }).detach();
+    }
+
+    bool ended() {
+        const std::lock_guard lock(m_mutex);
+        return m_ended && m_pending.empty();
+    }
+
+    std::optional<std::string> takeLine(std::chrono::milliseconds atMost) {
+        std::unique_lock lock(m_mutex);
+        m_arrived.wait_for(lock, atMost, [this] { return m_ended || hasLine(); });
+        const std::size_t end = m_pending.find('\n');
+        if (end == std::string::npos) {
+            return m_ended && !m_pending.empty() ? std::optional(std::exchange(m_pending, {}))
+                                                 : std::nullopt;
+        }
+        std::string line = m_pending.substr(0, end);
+        m_pending.erase(0, end + 1);
+        return line;
+    }
+
+private:
+    bool hasLine() const { return m_pending.find('\n') != std::string::npos; }
+
+    void readAll() {
+        const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+        std::array<char, 4096> bytes{};
+        DWORD count = 0;
+        while (::ReadFile(input, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) !=
+                   0 &&
+               count > 0) {
+            const std::lock_guard lock(m_mutex);
+            m_pending.append(bytes.data(), count);
+            m_arrived.notify_one();
+        }
+        const std::lock_guard lock(m_mutex);
+        m_ended = true;
+        m_arrived.notify_one();
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_arrived;
+    std::string m_pending;
+    bool m_ended = false;
+};
+
+Console::Console(bool readsLines) : m_input(readsLines ? std::make_shared<Input>() : nullptr) {
+    ::SetConsoleCtrlHandler(askToStop, TRUE);
+    // The usual timer ticks 64 times a second, about as seldom as snapshots are due.
+    ::timeBeginPeriod(kTimerMilliseconds);
+    if (m_input) {
+        m_input->start();
+    }
+}
+
+Console::~Console() {
+    ::timeEndPeriod(kTimerMilliseconds);
+    done = true;
+}
+
+bool Console::stopRequested() const {
+    return stopAsked;
+}
+
+std::optional<std::string> Console::nextLine(std::chrono::milliseconds atMost) {
+    if (!m_input || stopRequested()) {
+        return std::nullopt;
+    }
+    return m_input->takeLine(atMost);
+}
+
+bool Console::inputEnded() const {
+    return m_input && m_input->ended();
+}
+
+}  // namespace simulator

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "tools/simulator/random.h"
+
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/** A model of car and the class that it races in. */
+struct CarModel {
+    int id;
+    int classId;
+    const char* path;
+    const char* screenName;
+    const char* screenNameShort;
+    const char* className;
+    int classColor;
+    double pace;  // share of the track's speed
+    double estimatedLapFactor;
+};
+
+/** Who sits in a car, as the session information tells it. Texts are Latin-1. */
+struct Driver {
+    std::string userName;
+    std::string abbreviation;
+    std::string initials;
+    int userId = 0;
+    std::string teamName;
+    int teamId = 0;
+    int number = 0;
+    int rating = 0;
+    std::string licence;
+    int licenceLevel = 0;
+    int licenceColor = 0;
+    std::string club;
+    std::string division;
+    const CarModel* model = nullptr;
+};
+
+/** Draws the drivers of `cars` slots; no two share a name or a number. */
+std::vector<Driver> drawDrivers(int cars, Random random);
+
+}  // namespace simulator

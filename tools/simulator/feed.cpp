@@ -1,0 +1,47 @@
+#include "tools/simulator/feed.h"
+
+#include "tools/simulator/sessiontext.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr std::uint64_t kPlaybackStream = 8;
+
+}  // namespace
+
+Feed::Feed(const Options& options)
+    : m_options(options),
+      m_world(options),
+      m_playback(options.replay, m_world.track().lapTime(),
+                 Random(options.seed).stream(kPlaybackStream)),
+      m_table(options),
+      m_layout(m_table, options),
+      m_snapshot(m_table.bufferLength()) {}
+
+void Feed::attach(std::span<std::byte> memory) {
+    m_block.emplace(memory, m_layout, m_table);
+    m_shownRevision = 0;
+    refreshText();
+    m_block->setRunning(true);
+}
+
+void Feed::publishNextTick() {
+    m_playback.advance();
+    for (int step = 0; step < m_playback.speed(); ++step) {
+        m_world.advance();
+    }
+    refreshText();
+    m_table.write({m_world, m_playback}, m_snapshot);
+    m_block->publish(m_snapshot);
+}
+
+void Feed::refreshText() {
+    if (m_shownRevision == m_world.revision() && !m_options.sessionInfoEveryTick) {
+        return;
+    }
+    m_shownRevision = m_world.revision();
+    m_block->showText(sessionText(m_world, m_options.replay));
+}
+
+}  // namespace simulator

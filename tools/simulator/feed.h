@@ -1,0 +1,61 @@
+#pragma once
+
+#include "tools/simulator/block.h"
+#include "tools/simulator/options.h"
+#include "tools/simulator/playback.h"
+#include "tools/simulator/variabletable.h"
+#include "tools/simulator/world.h"
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace simulator {
+
+/**
+ * The simulator without its surroundings: moves the world tick by tick and keeps a block of memory
+ * up to date with it. The same options give the same bytes at every tick.
+ */
+class Feed {
+public:
+    explicit Feed(const Options& options);
+
+    /** Bytes that the block needs. */
+    std::size_t blockSize() const { return m_layout.size; }
+
+    /** Lays out the block in `memory` and shows the session text; no snapshot is there yet. */
+    void attach(std::span<std::byte> memory);
+
+    /** Moves the world on and publishes it; to be called after attach() only. */
+    void publishNextTick();
+
+    void setRunning(bool running) { m_block->setRunning(running); }
+
+    /** Closes the laps being driven, for the log. */
+    void finish() { m_world.finish(); }
+
+    std::vector<LapRecord> takeLaps() { return m_world.takeLaps(); }
+
+    const World& world() const { return m_world; }
+    const Playback& playback() const { return m_playback; }
+    const VariableTable& table() const { return m_table; }
+    const BlockLayout& layout() const { return m_layout; }
+
+    /** Snapshots published so far. */
+    std::int32_t tickCount() const { return m_block ? m_block->tickCount() : 0; }
+
+private:
+    void refreshText();
+
+    Options m_options;
+    World m_world;
+    Playback m_playback;
+    VariableTable m_table;
+    BlockLayout m_layout;
+    std::vector<std::byte> m_snapshot;
+    std::optional<Block> m_block;
+    int m_shownRevision = 0;
+};
+
+}  // namespace simulator

@@ -1,0 +1,205 @@
+#include "tools/simulator/runner.h"
+
+#include "tools/simulator/text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <string_view>
+#include <thread>
+
+namespace simulator {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// Longest sleep before Ctrl-C and messages are looked after.
+constexpr milliseconds kSlice(20);
+
+// A delay longer than this is not caught up with a burst of ticks.
+constexpr std::chrono::seconds kForgivenDelay(1);
+
+// The last lap asked for is also to be seen in the results, which follow within 2 s.
+constexpr double kSecondsAfterLastLap = 3.0;
+
+}  // namespace
+
+Runner::Runner(const Options& options)
+    : m_options(options), m_console(options.lockstep || options.commands), m_feed(options) {}
+
+int Runner::run() {
+    if (const std::string complaint = start(); !complaint.empty()) {
+        std::cerr << "rataip-simulator: " << complaint << '\n';
+        return kCouldNotStart;
+    }
+    if (m_options.lockstep) {
+        runInLockstep();
+    } else {
+        runByClock();
+    }
+    m_feed.setRunning(false);
+    // Those who wait find the status instead of running into their time-out.
+    m_publisher.signal();
+    m_feed.finish();
+    m_log.add(m_feed.takeLaps());
+    say("Ended after " + std::to_string(m_feed.world().tick()) + " ticks.");
+    return kEndedInOrder;
+}
+
+std::string Runner::start() {
+    if (std::string complaint = m_publisher.open(m_feed.blockSize()); !complaint.empty()) {
+        return complaint;
+    }
+    if (!m_options.log.empty() && !m_log.open(m_options.log)) {
+        return "The log \"" + m_options.log + "\" cannot be written.";
+    }
+    m_feed.attach(m_publisher.memory());
+    if (!m_publisher.remark().empty()) {
+        std::cerr << "rataip-simulator: " << m_publisher.remark() << '\n';
+    }
+    const World& world = m_feed.world();
+    say("Publishing " + std::to_string(world.entrants().size()) + " cars on " +
+        world.track().description().displayName + ", " +
+        sessionTypeText(world.weekend().plan().type) + (m_options.replay ? " (replay)" : "") +
+        ", own car " + std::to_string(world.ownSlot()) + ", seed " +
+        std::to_string(m_options.seed) + ".");
+    return {};
+}
+
+void Runner::runByClock() {
+    const std::chrono::duration<double> exactInterval(kSecondsPerTick / m_options.speed);
+    // Each deadline is counted from the start, so that rounding and late wake-ups do not add up.
+    Clock::time_point start = Clock::now();
+    std::int64_t ticksSinceStart = 0;
+    while (!ended()) {
+        publishTick();
+        ++ticksSinceStart;
+        while (const std::optional<std::string> line = m_console.nextLine(milliseconds(0))) {
+            obey(*line);
+        }
+        if (m_options.flatOut) {
+            continue;
+        }
+        const auto deadline =
+            start + std::chrono::duration_cast<Clock::duration>(exactInterval * ticksSinceStart);
+        if (m_stalled || Clock::now() - deadline > kForgivenDelay) {
+            m_stalled = false;
+            start = Clock::now();
+            ticksSinceStart = 0;
+            continue;
+        }
+        while (Clock::now() < deadline && !m_console.stopRequested()) {
+            std::this_thread::sleep_until(std::min(deadline, Clock::now() + kSlice));
+        }
+    }
+}
+
+void Runner::runInLockstep() {
+    while (!ended() && !m_console.inputEnded()) {
+        if (const std::optional<std::string> line = m_console.nextLine(kSlice)) {
+            obey(*line);
+        }
+        printMessages();
+    }
+}
+
+void Runner::publishTick() {
+    m_feed.publishNextTick();
+    m_publisher.signal();
+    const std::vector<LapRecord> laps = m_feed.takeLaps();
+    m_log.add(laps);
+    for (const LapRecord& lap : laps) {
+        if (lap.car == m_feed.world().ownSlot()) {
+            say("Own car: lap " + std::to_string(lap.lap) + ", " + lapKindText(lap.kind) + ", " +
+                (lap.complete ? "complete, " : "not complete, ") +
+                (lap.seconds ? fixedText(*lap.seconds, 4) + " s." : std::string("no time.")));
+        }
+    }
+    printMessages();
+}
+
+bool Runner::ended() {
+    if (m_quit || m_console.stopRequested()) {
+        return true;
+    }
+    const World& world = m_feed.world();
+    if (m_options.laps > 0 && !m_lapsDrivenAt && world.ownLapsCompleted() >= m_options.laps) {
+        m_lapsDrivenAt = world.tick();
+    }
+    const bool lapsDone =
+        m_lapsDrivenAt && secondsOf(world.tick() - *m_lapsDrivenAt) >= kSecondsAfterLastLap;
+    const bool timeDone = m_options.duration > 0.0 && secondsOf(world.tick()) >= m_options.duration;
+    return lapsDone || timeDone;
+}
+
+void Runner::obey(const std::string& line) {
+    const std::string_view text = trimmed(line);
+    const std::size_t blank = std::min(text.find(' '), text.size());
+    const std::string_view word = text.substr(0, blank);
+    const std::string argument(trimmed(text.substr(blank)));
+    double seconds = 0.0;
+    if (word.empty() || word == "step") {
+        step(argument);
+    } else if (word == "quit" && argument.empty()) {
+        m_quit = true;
+    } else if (word == "stall" && readNumber(argument, seconds) && seconds >= 0.0) {
+        stall(seconds);
+    } else if (word == "status" && (argument == "on" || argument == "off")) {
+        m_feed.setRunning(argument == "on");
+        m_publisher.signal();
+        answer("ok");
+    } else {
+        answer("unknown command: " + std::string(text));
+    }
+}
+
+void Runner::step(const std::string& count) {
+    long long ticks = 1;
+    if (!m_options.lockstep || (!count.empty() && (!readWhole(count, ticks) || ticks < 1))) {
+        answer(m_options.lockstep ? "unknown command: step " + count
+                                  : "step is for lock step only");
+        return;
+    }
+    for (; ticks > 0 && !ended(); --ticks) {
+        publishTick();
+    }
+    answer("tick " + std::to_string(m_feed.tickCount()));
+}
+
+void Runner::stall(double seconds) {
+    rest(seconds);
+    m_stalled = true;
+    answer("ok");
+}
+
+void Runner::rest(double seconds) {
+    const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                        std::chrono::duration<double>(seconds));
+    while (Clock::now() < end && !m_console.stopRequested()) {
+        std::this_thread::sleep_until(std::min(end, Clock::now() + kSlice));
+    }
+}
+
+void Runner::answer(const std::string& text) {
+    if (!m_options.quiet) {
+        std::cout << text << std::endl;
+    }
+}
+
+void Runner::say(const std::string& text) {
+    answer(text);
+}
+
+void Runner::printMessages() {
+    for (const BroadcastMessage& message : m_publisher.takeMessages()) {
+        const auto word = static_cast<std::uint64_t>(message.wparam);
+        const auto code = static_cast<std::uint16_t>(word);
+        const auto argument = static_cast<std::int16_t>(static_cast<std::uint16_t>(word >> 16U));
+        say("Broadcast message " + std::to_string(code) + " (" + std::to_string(argument) + ", " +
+            std::to_string(message.lparam) + "), number " + std::to_string(message.message) + ".");
+    }
+}
+
+}  // namespace simulator

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "tools/simulator/console.h"
+#include "tools/simulator/feed.h"
+#include "tools/simulator/laplog.h"
+#include "tools/simulator/options.h"
+#include "tools/simulator/publisher.h"
+
+#include <optional>
+#include <string>
+
+namespace simulator {
+
+/** Exit statuses of the program. */
+enum ExitStatus { kEndedInOrder = 0, kCouldNotStart = 1, kBadOptions = 2 };
+
+/**
+ * One run of the simulator as a program: publishes in real time or step by step, obeys commands,
+ * keeps the log, and takes its objects away at the end.
+ */
+class Runner {
+public:
+    explicit Runner(const Options& options);
+
+    /** Runs until the end that was asked for; the exit status. */
+    int run();
+
+private:
+    std::string start();
+    void runByClock();
+    void runInLockstep();
+    void publishTick();
+    bool ended();
+    void obey(const std::string& line);
+    void step(const std::string& count);
+    void stall(double seconds);
+    void rest(double seconds);
+    void answer(const std::string& text);
+    void say(const std::string& text);
+    void printMessages();
+
+    Options m_options;
+    Console m_console;
+    Feed m_feed;
+    Publisher m_publisher;
+    LapLog m_log;
+    bool m_quit = false;
+    bool m_stalled = false;  // since the clock was last looked at
+    std::optional<Tick> m_lapsDrivenAt;
+};
+
+}  // namespace simulator
