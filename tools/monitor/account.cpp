@@ -1,0 +1,183 @@
+#include "tools/monitor/account.h"
+
+#include "sdk/carstatus.h"
+#include "tools/host/laptext.h"
+
+#include <chrono>
+
+namespace rataip::monitor {
+
+using TLM::SDK::CarInfo;
+using TLM::SDK::DataEmitter;
+using TLM::SDK::Lap;
+using TLM::SDK::LapHeader;
+using TLM::SDK::LivePluginInfo;
+using TLM::SDK::Sample;
+
+namespace {
+
+using Clock = host::TickMeter::Clock;
+
+constexpr std::chrono::milliseconds statusIntervalOnTerminal{500};
+// Lines that pile up in a log come less often.
+constexpr std::chrono::milliseconds statusIntervalElsewhere{5000};
+
+constexpr qsizetype carIdWidth = 2;
+constexpr qsizetype driverWidth = 22;
+constexpr qsizetype teamWidth = 22;
+constexpr qsizetype carWidth = 26;
+constexpr qsizetype classWidth = 10;
+constexpr qsizetype typeWidth = 7;
+constexpr qsizetype completionWidth = 13;
+constexpr qsizetype timeWidth = 11;
+constexpr int samplesWidth = 5;
+
+/** "* 7  Driver": the own car, whose telemetry is complete, carries the star. */
+QString carText(const CarInfo& car) {
+    const QChar mark = car.detailedTelemetry() ? QLatin1Char('*') : QLatin1Char(' ');
+    return mark + car.carId().rightJustified(carIdWidth) + QStringLiteral("  ") +
+           car.driverName().leftJustified(driverWidth);
+}
+
+QString carListText(const CarInfo& car) {
+    QString text =
+        QStringLiteral("  %1  %2  %3  %4")
+            .arg(carText(car), car.teamName().leftJustified(teamWidth),
+                 car.carName().leftJustified(carWidth), car.className().leftJustified(classWidth));
+    // A source lists its cars before it knows what they do; that is not worth a word.
+    if (car.status() != TLM::SDK::CarStatus::Undefined) {
+        text += QStringLiteral("  ") + TLM::SDK::carStatusToString(car.status());
+    }
+    while (text.endsWith(QLatin1Char(' '))) {
+        text.chop(1);
+    }
+    return text;
+}
+
+QString headerText(const LapHeader& header) {
+    return QStringLiteral("%1  %2  %3  %4")
+        .arg(carText(header), host::lapTypeText(header.lapType()).leftJustified(typeWidth),
+             host::completionText(header.completed()).leftJustified(completionWidth),
+             host::lapTimeText(header.lapTime()).rightJustified(timeWidth));
+}
+
+QString lapText(const Lap& lap) {
+    return QStringLiteral("Lap  %1  %2 samples  %3 channels")
+        .arg(headerText(lap))
+        .arg(lap.size(), samplesWidth)
+        .arg(host::channelCount(lap));
+}
+
+}  // namespace
+
+Account::Account(const DataEmitter& emitter, Console& console)
+    : m_console(console), m_ticks(Clock::now()) {
+    m_statusTimer.setInterval(console.isTerminal() ? statusIntervalOnTerminal
+                                                   : statusIntervalElsewhere);
+    connect(&m_statusTimer, &QTimer::timeout, this, &Account::showStatus);
+
+    connect(&emitter, &DataEmitter::sendConnected, this, &Account::onConnected);
+    connect(&emitter, &DataEmitter::sendDisconnected, this, &Account::onDisconnected);
+    connect(&emitter, &DataEmitter::sendNotConnected, this, &Account::onNotConnected);
+    connect(&emitter, &DataEmitter::sendConnectivityAvailable, this,
+            &Account::onConnectivityAvailable);
+    connect(&emitter, &DataEmitter::sendTelemetryLap, this, &Account::onTelemetryLap);
+    connect(&emitter, &DataEmitter::sendTelemetryLapHeader, this, &Account::onTelemetryLapHeader);
+    connect(&emitter, &DataEmitter::sendCarListChanged, this, &Account::onCarListChanged);
+    connect(&emitter, &DataEmitter::sendSample, this, &Account::onSample);
+    connect(&emitter, &DataEmitter::sendSamples, this, &Account::onSamples);
+    connect(&emitter, &DataEmitter::sendSessionInfo, this, &Account::onSessionInfo);
+    connect(&emitter, &DataEmitter::sendMessage, this, &Account::onMessage);
+    connect(&emitter, &DataEmitter::sendProgress, this, &Account::onProgress);
+}
+
+void Account::showWaiting() {
+    m_console.print(QStringLiteral("Waiting for the simulator ..."));
+}
+
+void Account::showSummary() {
+    m_statusTimer.stop();
+    m_console.setStatus({});
+    m_console.print(QStringLiteral("%1 laps, %2 ticks received, %3 lost, %4 connections")
+                        .arg(m_laps)
+                        .arg(m_ticks.received())
+                        .arg(m_ticks.lost())
+                        .arg(m_connections));
+}
+
+void Account::onConnected() {
+    ++m_connections;
+    m_ticks.beginConnection(Clock::now());
+    m_statusTimer.start();
+}
+
+void Account::onDisconnected() {
+    m_statusTimer.stop();
+    m_console.setStatus({});
+}
+
+// An attempt that failed is told by showWaiting(), once for many of them.
+void Account::onNotConnected() {}
+
+void Account::onConnectivityAvailable(bool available) {
+    m_console.print(available ? QStringLiteral("The simulator can be reached")
+                              : QStringLiteral("The simulator cannot be reached"));
+}
+
+void Account::onTelemetryLap(const QSharedPointer<Lap>& lap) {
+    if (!lap->isEmpty()) {
+        ++m_laps;
+        m_console.print(lapText(*lap));
+    }
+}
+
+void Account::onTelemetryLapHeader(const LapHeader& header) {
+    m_console.print(QStringLiteral("Lap announced  ") + headerText(header));
+}
+
+void Account::onCarListChanged(const LivePluginInfo& pluginInfo) {
+    const qsizetype countBefore = m_cars.count();
+    const QList<CarInfo> news = m_cars.update(pluginInfo);
+    if (news.isEmpty() && m_cars.count() == countBefore) {
+        return;
+    }
+    m_console.print(QStringLiteral("%1 cars, of which new or changed: %2")
+                        .arg(m_cars.count())
+                        .arg(news.size()));
+    for (const CarInfo& car : news) {
+        m_console.print(carListText(car));
+    }
+}
+
+void Account::onSample(const Sample& sample) {
+    onSamples({sample});
+}
+
+void Account::onSamples(const QList<Sample>& samples) {
+    m_ticks.add(host::sessionTick(samples));
+}
+
+// The record is empty: what is known of the session comes with the laps.
+void Account::onSessionInfo() {}
+
+void Account::onMessage(const QString& message) {
+    m_console.print(message);
+}
+
+void Account::onProgress(int percent) {
+    m_console.print(QStringLiteral("Progress: %1 %").arg(percent));
+}
+
+void Account::showStatus() {
+    const double rate = m_ticks.takeRate(Clock::now());
+    m_console.setStatus(QStringLiteral("%1 ticks/s, %2 lost; %3 cars, %4 on track, %5 in the pits; "
+                                       "%6 laps")
+                            .arg(rate, 0, 'f', 1)
+                            .arg(m_ticks.lost())
+                            .arg(m_cars.count())
+                            .arg(m_cars.countOnTrack())
+                            .arg(m_cars.countInPits())
+                            .arg(m_laps));
+}
+
+}  // namespace rataip::monitor

@@ -1,0 +1,144 @@
+#include "tools/host/liveplugin.h"
+#include "tools/host/pluginfile.h"
+#include "tools/host/sourceconnector.h"
+#include "tools/monitor/account.h"
+#include "tools/monitor/console.h"
+#include "tools/monitor/exitstatus.h"
+#include "tools/monitor/goal.h"
+#include "tools/monitor/interrupt.h"
+#include "tools/monitor/lapsaver.h"
+#include "tools/monitor/options.h"
+#include "tools/monitor/screen.h"
+#include "tools/monitor/terminal.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QTextStream>
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+namespace {
+
+using rataip::host::LivePlugin;
+using rataip::host::SourceConnector;
+using rataip::monitor::Account;
+using rataip::monitor::Console;
+using rataip::monitor::ExitStatus;
+using rataip::monitor::Goal;
+using rataip::monitor::Interrupt;
+using rataip::monitor::LapSaver;
+using rataip::monitor::Options;
+using rataip::monitor::ParsedArguments;
+using TLM::SDK::DataEmitter;
+
+int exitCode(ExitStatus status) {
+    return static_cast<int>(status);
+}
+
+int fail(ExitStatus status, const QString& sentence) {
+    QTextStream(stderr) << "rataip-monitor: " << sentence << '\n';
+    return exitCode(status);
+}
+
+LivePlugin::LoadResult loadPlugin(const QString& requestedPath) {
+    if (!requestedPath.isEmpty()) {
+        return LivePlugin::load(requestedPath);
+    }
+    const QStringList places =
+        rataip::host::standardPluginPaths(QCoreApplication::applicationDirPath());
+    const QString path = rataip::host::firstExistingFile(places);
+    if (path.isEmpty()) {
+        return {nullptr, QStringLiteral("found no plugin at %1; name its file as argument")
+                             .arg(places.join(QStringLiteral(" or ")))};
+    }
+    return LivePlugin::load(path);
+}
+
+/** Lets the plugin run until the goal says that it is over. */
+int watch(LivePlugin& plugin, const Options& options) {
+    Interrupt interrupt;
+    QTextStream out(stdout);
+    Console console(out, rataip::monitor::isStandardOutputTerminal());
+
+    TLM::SDK::PluginInterfaceLive& source = plugin.source();
+    const DataEmitter& emitter = *source.dataEmitter();
+    console.print(QStringLiteral("%1 %2 for %3, from %4")
+                      .arg(source.pluginName(), source.pluginVersion(), source.sourceName(),
+                           plugin.filePath()));
+    Account account(emitter, console);
+    std::optional<LapSaver> saver;
+    if (!options.exportFolder.isEmpty()) {
+        saver.emplace(emitter, console, options.exportFolder);
+    }
+    SourceConnector connector(source, options.wait);
+    Goal goal(options.laps, options.duration);
+
+    QObject::connect(&emitter, &DataEmitter::sendSamples, &goal, &Goal::onTick);
+    QObject::connect(&emitter, &DataEmitter::sendTelemetryLap, &goal,
+                     [&goal](const QSharedPointer<TLM::SDK::Lap>& lap) {
+                         if (!lap->isEmpty()) {
+                             goal.onLap();
+                         }
+                     });
+    QObject::connect(&connector, &SourceConnector::waiting, &account, &Account::showWaiting);
+    QObject::connect(&connector, &SourceConnector::gaveUp, &goal, &Goal::onSourceGone);
+    QObject::connect(&interrupt, &Interrupt::requested, &goal, &Goal::onInterrupted);
+    // Queued, so that the plugin's tick is over and the event loop runs.
+    QObject::connect(
+        &goal, &Goal::ended, &connector,
+        [&connector, &account, &saver](ExitStatus status) {
+            connector.stop();
+            if (saver) {
+                saver->finish();
+            }
+            account.showSummary();
+            QCoreApplication::exit(exitCode(status));
+        },
+        Qt::QueuedConnection);
+
+    source.initialize();
+    goal.start();
+    connector.start();
+    return QCoreApplication::exec();
+}
+
+/** The pictures of laps take fonts, everything else goes without. */
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
+    if (rataip::monitor::asksForExport(argc, argv)) {
+        rataip::monitor::doWithoutScreen();
+        return std::make_unique<QGuiApplication>(argc, argv);
+    }
+    return std::make_unique<QCoreApplication>(argc, argv);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
+    rataip::monitor::prepareStandardOutput();
+    // The plugin's diagnostics would cut the account to pieces; the environment can bring them
+    // back.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+
+    const ParsedArguments parsed = rataip::monitor::parseArguments(QCoreApplication::arguments());
+    if (!parsed.error.isEmpty()) {
+        return fail(ExitStatus::BadArguments, parsed.error + QStringLiteral(" (see --help)"));
+    }
+    if (parsed.request == ParsedArguments::Request::ShowHelp) {
+        QTextStream(stdout) << rataip::monitor::helpText();
+        return exitCode(ExitStatus::Ok);
+    }
+    if (parsed.request == ParsedArguments::Request::ShowVersion) {
+        QTextStream(stdout) << rataip::monitor::versionText();
+        return exitCode(ExitStatus::Ok);
+    }
+
+    LivePlugin::LoadResult loaded = loadPlugin(parsed.options.pluginPath);
+    if (!loaded.plugin) {
+        return fail(ExitStatus::PluginUnusable, loaded.error);
+    }
+    return watch(*loaded.plugin, parsed.options);
+}

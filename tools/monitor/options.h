@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <optional>
+
+namespace rataip::monitor {
+
+/** What the command line asks for. */
+struct Options {
+    QString pluginPath;                             // empty: the standard places
+    std::optional<std::chrono::milliseconds> wait;  // none: for as long as it takes
+    std::optional<std::chrono::milliseconds> duration;
+    std::optional<int> laps;
+    QString exportFolder;  // empty: laps are not saved
+};
+
+/** A command line as it was understood. */
+struct ParsedArguments {
+    enum class Request {
+        Watch,
+        ShowHelp,
+        ShowVersion,
+    };
+
+    Request request = Request::Watch;
+    Options options;
+    QString error;  // one sentence when the arguments make no sense, else empty
+};
+
+/** Reads the command line; `arguments` begins with the program's name. */
+[[nodiscard]] ParsedArguments parseArguments(const QStringList& arguments);
+
+/**
+ * Whether the command line asks for laps to be saved, which takes another kind of application
+ * object. Looks at the arguments as the system gave them, before there is any such object.
+ */
+[[nodiscard]] bool asksForExport(int count, const char* const* arguments);
+
+/** The text of --help. */
+[[nodiscard]] QString helpText();
+
+/** The text of --version. */
+[[nodiscard]] QString versionText();
+
+}  // namespace rataip::monitor

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace rataip::monitor {
+
+/**
+ * Readies the standard output for UTF-8 where that takes a call. To be called once, before the
+ * first output.
+ */
+void prepareStandardOutput();
+
+/** Whether a person sees the standard output as it is written. */
+[[nodiscard]] bool isStandardOutputTerminal();
+
+}  // namespace rataip::monitor
