@@ -1,0 +1,317 @@
+#include "tools/lapimage/lappicture.h"
+
+#include "sdk/utilities.h"
+#include "tools/host/laptext.h"
+#include "tools/lapimage/ticks.h"
+#include "tools/laps/displayunit.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPen>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace rataip::lapimage {
+
+using TLM::SDK::Lap;
+
+namespace {
+
+constexpr int textHeight = 15;
+constexpr int titleHeight = 21;
+constexpr double margin = 18.0;
+constexpr double titleSpace = 66.0;
+constexpr double leftSpace = 96.0;  // of the marks' numbers and the upright label
+constexpr double headSpace = 26.0;  // above each panel, of its legend
+constexpr double footSpace = 56.0;  // below the lowest panel, of the axis
+constexpr double belowPlot = 12.0;  // clear of the lowest number beside it
+constexpr double markLabelWidth = 60.0;
+constexpr double markLabelHeight = 20.0;
+constexpr double legendLineLength = 26.0;
+constexpr int marksAcross = 12;
+constexpr int marksUp = 5;
+// Speed takes half of the height, pedals and gear share the rest.
+constexpr double panelShares[] = {0.5, 0.28, 0.22};
+constexpr qsizetype panelCount = std::size(panelShares);
+constexpr QRgb gridGrey = qRgb(214, 214, 214);
+constexpr QRgb frameGrey = qRgb(120, 120, 120);
+constexpr double lineWidth = 1.6;
+
+QString joined(const QStringList& parts) {
+    QStringList present = parts;
+    present.removeAll(QString());
+    return present.join(QStringLiteral("  ·  "));
+}
+
+QString firstLine(const Lap& lap) {
+    return joined({lap.driverName(), QStringLiteral("lap %1").arg(lap.lapInSession()),
+                   host::lapTimeText(lap.lapTime())});
+}
+
+QString secondLine(const Lap& lap) {
+    return joined({lap.carName(), joined({lap.trackName(), lap.trackConfig()}),
+                   host::lapTypeText(lap.lapType()) + QStringLiteral(" lap"),
+                   host::completionText(lap.completed()),
+                   lap.dateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm"))});
+}
+
+QString labelWithUnit(const QString& name, const QString& unit) {
+    return unit.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit);
+}
+
+QList<QPointF> shownPoints(const QList<QPointF>& points, double factor) {
+    QList<QPointF> shown = points;
+    for (QPointF& point : shown) {
+        point.setY(point.y() * factor);
+    }
+    return shown;
+}
+
+struct Range {
+    double low = 0.0;
+    double high = 0.0;
+};
+
+/** From zero, where every one of the quantities begins, to the highest point. */
+Range heightOf(const QList<LapPicture::Curve>& curves) {
+    Range range;
+    for (const LapPicture::Curve& curve : curves) {
+        for (const QPointF& point : curve.points) {
+            range.low = std::min(range.low, point.y());
+            range.high = std::max(range.high, point.y());
+        }
+    }
+    return range;
+}
+
+Range widthOf(const laps::AxisValues& axis) {
+    Range range;
+    for (const double value : axis.values) {
+        if (TLM::SDK::isValidValue(value) && std::isfinite(value)) {
+            range.low = std::min(range.low, value);
+            range.high = std::max(range.high, value);
+        }
+    }
+    return range;
+}
+
+QPen penOf(Role role) {
+    return {colour(role, false), lineWidth, role == Role::Brake ? Qt::DashLine : Qt::SolidLine};
+}
+
+/** Where a number lies in a range, 0 to 1. */
+double shareOf(double value, const Range& range) {
+    return (value - range.low) / (range.high - range.low);
+}
+
+/** The marks around a range, and what is shown of them. */
+struct Scale {
+    Ticks ticks;
+    Range range;
+};
+
+/** Ends at marks. */
+Scale upScale(const Range& height) {
+    const Ticks ticks = ticksFor(height.low, height.high, marksUp);
+    return {ticks, {ticks.lowest(), ticks.highest()}};
+}
+
+/** Ends where the lap ends, so that nothing stays empty; an axis without a width ends at marks. */
+Scale acrossScale(const Range& width) {
+    Ticks ticks = ticksFor(width.low, width.high, marksAcross);
+    if (!(width.low < width.high)) {
+        return {ticks, {ticks.lowest(), ticks.highest()}};
+    }
+    ticks.values.removeIf(
+        [&width](double value) { return value < width.low || value > width.high; });
+    return {ticks, width};
+}
+
+}  // namespace
+
+LapPicture::LapPicture(const Lap& lap, const QSize& size)
+    : m_size(size), m_axis(laps::axisOf(lap, laps::Axis::Distance)) {
+    m_font.setPixelSize(textHeight);
+    m_titleFont.setPixelSize(titleHeight);
+    m_titleFont.setBold(true);
+    addTitle(lap);
+
+    const QList<Source> sources[] = {
+        {{QStringLiteral("speed"), QStringLiteral("Speed"), Role::ThisLap}},
+        {{QStringLiteral("throttle"), QStringLiteral("Throttle"), Role::Throttle},
+         {QStringLiteral("brake"), QStringLiteral("Brake (dashed)"), Role::Brake}},
+        {{QStringLiteral("gear"), QStringLiteral("Gear"), Role::ThisLap}}};
+    const QString names[] = {QStringLiteral("Speed"), QStringLiteral("Pedals"),
+                             QStringLiteral("Gear")};
+    const double room = size.height() - titleSpace - footSpace;
+    double top = titleSpace;
+    for (qsizetype i = 0; i < panelCount; ++i) {
+        const double height = panelShares[i] * room;
+        const QRectF area(leftSpace, top + headSpace, size.width() - leftSpace - 2 * margin,
+                          height - headSpace);
+        addPanel(lap, area, names[i], sources[i]);
+        top += height;
+    }
+}
+
+void LapPicture::addTitle(const Lap& lap) {
+    const double width = m_size.width() - 2 * margin;
+    addText(firstLine(lap), {margin, 8.0, width, 30.0}, Qt::AlignLeft | Qt::AlignVCenter,
+            m_titleFont);
+    addText(secondLine(lap), {margin, 38.0, width, 24.0}, Qt::AlignLeft | Qt::AlignVCenter, m_font);
+}
+
+void LapPicture::addText(const QString& text, const QRectF& box, Qt::Alignment alignment,
+                         const QFont& font, bool isUpright) {
+    const double room = isUpright ? box.height() : box.width();
+    const QString shown = QFontMetricsF(font).elidedText(text, Qt::ElideRight, room);
+    m_texts.append({shown, box, alignment, font, isUpright});
+}
+
+QList<LapPicture::Curve> LapPicture::curvesOf(const Lap& lap, const QList<Source>& sources) const {
+    QList<Curve> curves;
+    for (const Source& source : sources) {
+        const auto channel = lap.channel(source.channel);
+        if (!channel) {
+            continue;
+        }
+        const laps::DisplayUnit display = laps::displayUnit(channel->unit());
+        const QList<QPointF> points = shownPoints(laps::curveOf(*channel, m_axis), display.factor);
+        if (!points.isEmpty()) {
+            curves.append({source.channel, source.role, points, display.factor, display.unit, {}});
+        }
+    }
+    return curves;
+}
+
+void LapPicture::addPanel(const Lap& lap, const QRectF& area, const QString& name,
+                          const QList<Source>& sources) {
+    Panel panel;
+    panel.area = area;
+    panel.curves = curvesOf(lap, sources);
+    const QString unit = panel.curves.isEmpty() ? QString() : panel.curves.constFirst().unit;
+    addText(labelWithUnit(name, unit), {margin / 2, area.top(), markLabelHeight, area.height()},
+            Qt::AlignCenter, m_font, true);
+    if (panel.curves.isEmpty()) {
+        addText(QStringLiteral("%1: not recorded for this car").arg(name), area, Qt::AlignCenter,
+                m_font);
+        m_panels.append(panel);
+        return;
+    }
+
+    const Scale up = upScale(heightOf(panel.curves));
+    const Scale across = acrossScale(widthOf(m_axis));
+    for (Curve& curve : panel.curves) {
+        for (const QPointF& point : curve.points) {
+            curve.line.append({area.left() + shareOf(point.x(), across.range) * area.width(),
+                               area.bottom() - shareOf(point.y(), up.range) * area.height()});
+        }
+    }
+    for (const double value : up.ticks.values) {
+        panel.yMarks.append({value, area.bottom() - shareOf(value, up.range) * area.height()});
+    }
+    for (const double value : across.ticks.values) {
+        panel.xMarks.append({value, area.left() + shareOf(value, across.range) * area.width()});
+    }
+    addMarkTexts(panel, across.ticks.decimals, up.ticks.decimals);
+    if (sources.size() > 1) {
+        addLegend(panel, sources);
+    }
+    m_panels.append(panel);
+}
+
+void LapPicture::addMarkTexts(const Panel& panel, int xDecimals, int yDecimals) {
+    const QRectF& area = panel.area;
+    for (const Mark& mark : panel.yMarks) {
+        addText(QString::number(mark.value, 'f', yDecimals),
+                {area.left() - markLabelWidth - 6.0, mark.place - markLabelHeight / 2,
+                 markLabelWidth, markLabelHeight},
+                Qt::AlignRight | Qt::AlignVCenter, m_font);
+    }
+    const bool isLowest = m_panels.size() + 1 == panelCount;
+    if (!isLowest) {
+        return;
+    }
+    for (const Mark& mark : panel.xMarks) {
+        addText(QString::number(mark.value, 'f', xDecimals),
+                {mark.place - markLabelWidth / 2, area.bottom() + belowPlot, markLabelWidth,
+                 markLabelHeight},
+                Qt::AlignCenter, m_font);
+    }
+    addText(
+        labelWithUnit(m_axis.name, m_axis.unit),
+        {area.left(), area.bottom() + belowPlot + markLabelHeight, area.width(), markLabelHeight},
+        Qt::AlignCenter, m_font);
+}
+
+void LapPicture::addLegend(Panel& panel, const QList<Source>& sources) {
+    double right = panel.area.right();
+    const double top = panel.area.top() - headSpace;
+    for (auto source = sources.crbegin(); source != sources.crend(); ++source) {
+        const double width =
+            std::ceil(QFontMetricsF(m_font).horizontalAdvance(source->label)) + 2.0;
+        const QRectF box(right - width, top, width, headSpace);
+        addText(source->label, box, Qt::AlignRight | Qt::AlignVCenter, m_font);
+        const QPointF end(box.left() - 6.0, box.center().y());
+        panel.keys.append({end - QPointF(legendLineLength, 0.0), end, source->role});
+        right = end.x() - legendLineLength - margin;
+    }
+}
+
+QImage LapPicture::image(double scale) const {
+    const QSize pixels = (QSizeF(m_size) * scale).toSize();
+    QImage image(pixels, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    image.setDevicePixelRatio(scale);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    paint(painter);
+    return image;
+}
+
+void LapPicture::paintPanel(QPainter& painter, const Panel& panel) {
+    painter.setPen(QPen(QColor(gridGrey), 1.0));
+    for (const Mark& mark : panel.xMarks) {
+        painter.drawLine(QPointF(mark.place, panel.area.top()),
+                         QPointF(mark.place, panel.area.bottom()));
+    }
+    for (const Mark& mark : panel.yMarks) {
+        painter.drawLine(QPointF(panel.area.left(), mark.place),
+                         QPointF(panel.area.right(), mark.place));
+    }
+    painter.setPen(QPen(QColor(frameGrey), 1.0));
+    painter.drawRect(panel.area);
+    for (const Curve& curve : panel.curves) {
+        painter.setPen(penOf(curve.role));
+        painter.drawPolyline(curve.line);
+    }
+    for (const Key& key : panel.keys) {
+        painter.setPen(penOf(key.role));
+        painter.drawLine(key.start, key.end);
+    }
+}
+
+void LapPicture::paint(QPainter& painter) const {
+    for (const Panel& panel : m_panels) {
+        paintPanel(painter, panel);
+    }
+    painter.setPen(Qt::black);
+    for (const Text& text : m_texts) {
+        painter.setFont(text.font);
+        if (text.isUpright) {
+            painter.save();
+            painter.translate(text.box.left(), text.box.bottom());
+            painter.rotate(-90.0);
+            painter.drawText(QRectF(0.0, 0.0, text.box.height(), text.box.width()),
+                             static_cast<int>(text.alignment), text.text);
+            painter.restore();
+        } else {
+            painter.drawText(text.box, static_cast<int>(text.alignment), text.text);
+        }
+    }
+}
+
+}  // namespace rataip::lapimage

@@ -1,0 +1,57 @@
+#include "tools/lapimage/ticks.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace rataip::lapimage {
+
+namespace {
+
+/** The smallest of 1, 2, 5 times a power of ten that is not below `raw`. */
+double roundStep(double raw) {
+    const double power = std::pow(10.0, std::floor(std::log10(raw)));
+    // A hair of room, so that a step of exactly 2 stays 2 in spite of rounding.
+    constexpr double room = 1e-9;
+    for (const double factor : {1.0, 2.0, 5.0}) {
+        if (raw <= factor * power * (1.0 + room)) {
+            return factor * power;
+        }
+    }
+    return 10.0 * power;
+}
+
+struct Range {
+    double low;
+    double high;
+};
+
+/** Some range with a width that doubles can step through. */
+Range drawable(double low, double high) {
+    if (!std::isfinite(low) || !std::isfinite(high) || low > high || !std::isfinite(high - low)) {
+        return {0.0, 1.0};
+    }
+    const double magnitude = std::max(std::abs(low), std::abs(high));
+    constexpr double narrowest = 1e-9;
+    if (high - low <= magnitude * narrowest) {
+        const double margin = magnitude > 0.0 ? magnitude * 0.1 : 1.0;
+        return {low - margin, high + margin};
+    }
+    return {low, high};
+}
+
+}  // namespace
+
+Ticks ticksFor(double low, double high, int wanted) {
+    const Range range = drawable(low, high);
+    const double step = roundStep((range.high - range.low) / std::max(wanted - 1, 1));
+    const double first = std::floor(range.low / step + 1e-9);
+    const double last = std::ceil(range.high / step - 1e-9);
+    Ticks ticks;
+    ticks.decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
+    for (double index = first; index <= last; index += 1.0) {
+        ticks.values.append(index * step);
+    }
+    return ticks;
+}
+
+}  // namespace rataip::lapimage

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QList>
+
+namespace rataip::lapimage {
+
+/** The marks of an axis: round numbers, evenly spaced, and the range that they span. */
+struct Ticks {
+    QList<double> values;  // at least two, ascending; the first and the last are the range's ends
+    int decimals = 0;      // that it takes to tell them apart
+
+    [[nodiscard]] double lowest() const { return values.constFirst(); }
+    [[nodiscard]] double highest() const { return values.constLast(); }
+};
+
+/**
+ * Marks around `low` to `high` at steps of 1, 2 or 5 times a power of ten, about `wanted` of them.
+ * A range that is empty, turned round or not finite is widened to one that can be drawn.
+ */
+[[nodiscard]] Ticks ticksFor(double low, double high, int wanted);
+
+}  // namespace rataip::lapimage

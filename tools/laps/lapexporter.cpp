@@ -1,0 +1,76 @@
+#include "tools/laps/lapexporter.h"
+
+#include "tools/laps/lapname.h"
+#include "tools/laps/newfile.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+
+namespace rataip::laps {
+
+using TLM::SDK::Lap;
+
+LapExporter::LapExporter(const QDir& folder, const QList<LapFormat>& formats)
+    : m_folder(folder), m_formats(formats) {
+    m_writer.moveToThread(&m_thread);
+    m_thread.start();
+}
+
+LapExporter::~LapExporter() {
+    // Queued behind the laps, so that they come first.
+    QMetaObject::invokeMethod(
+        &m_writer, [this] { m_thread.quit(); }, Qt::QueuedConnection);
+    m_thread.wait();
+}
+
+void LapExporter::add(const QSharedPointer<Lap>& lap) {
+    if (lap->isEmpty()) {
+        return;
+    }
+    QMetaObject::invokeMethod(
+        &m_writer,
+        [this, lap] {
+            const Outcome outcome = write(*lap, m_folder, m_formats);
+            QMetaObject::invokeMethod(
+                this, [this, outcome] { tell(outcome); }, Qt::QueuedConnection);
+        },
+        Qt::QueuedConnection);
+}
+
+void LapExporter::finish() {
+    QMetaObject::invokeMethod(
+        &m_writer, [] {}, Qt::BlockingQueuedConnection);
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+}
+
+LapExporter::Outcome LapExporter::write(const Lap& lap, const QDir& folder,
+                                        const QList<LapFormat>& formats) {
+    Outcome outcome;
+    outcome.error = makeFolder(folder.path());
+    const QString name = lapFileName(lap);
+    for (const LapFormat& format : formats) {
+        if (!outcome.error.isEmpty()) {
+            break;
+        }
+        const NewFile file =
+            writeNewFile(folder, name + QLatin1Char('.') + format.suffix,
+                         [&lap, &format](QIODevice& device) { return format.write(lap, device); });
+        outcome.error = file.error;
+        if (file.error.isEmpty()) {
+            outcome.paths.append(file.path);
+        }
+    }
+    return outcome;
+}
+
+void LapExporter::tell(const Outcome& outcome) {
+    const bool hasFailed = !outcome.error.isEmpty();
+    if (!hasFailed) {
+        emit written(outcome.paths);
+    } else if (!m_isFailing) {
+        emit failed(outcome.error);
+    }
+    m_isFailing = hasFailed;
+}
+
+}  // namespace rataip::laps
