@@ -1,0 +1,51 @@
+#pragma once
+
+#include "tools/viewer/lapstore.h"
+
+#include <QAbstractTableModel>
+
+namespace rataip::viewer {
+
+/** The finished laps as a table, a row a lap; see LapStore for how many are kept. */
+class LapListModel : public QAbstractTableModel {
+    Q_OBJECT
+
+public:
+    enum Column {
+        Slot,
+        Driver,
+        Number,
+        Type,
+        Time,
+        Completed,
+        Samples,
+        Channels,
+        ColumnCount,
+    };
+
+    /** What rows are sorted by. */
+    static constexpr int SortRole = Qt::UserRole;
+
+    explicit LapListModel(qsizetype mostReadings = LapStore::usualLimit, QObject* parent = nullptr);
+
+    /** Appends a lap; one without channels is left out. */
+    void add(const LapStore::LapPointer& lap);
+
+    /** The lap of a row. */
+    [[nodiscard]] LapStore::LapPointer lap(int row) const { return m_store.laps().at(row); }
+    [[nodiscard]] const QList<LapStore::LapPointer>& laps() const { return m_store.laps(); }
+
+    /** How many laps were let go to keep within the limit. */
+    [[nodiscard]] qsizetype released() const { return m_store.released(); }
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
+                                      int role) const override;
+
+private:
+    LapStore m_store;
+};
+
+}  // namespace rataip::viewer

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "tools/laps/curve.h"
+#include "tools/viewer/channellist.h"
+#include "tools/viewer/laplistmodel.h"
+#include "tools/viewer/plotpanel.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QList>
+#include <QMainWindow>
+#include <QSharedPointer>
+#include <QSortFilterProxyModel>
+#include <QTabWidget>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+namespace rataip::viewer {
+
+/**
+ * A lap: its channels to search and to tick, plots of the ticked ones over distance or time, a
+ * second lap laid over it, and its header and values as a table.
+ *
+ * Plots show every reading as it is in the lap, in the channel's own unit. A channel that the
+ * second lap lacks is plotted for the first alone, and without distance or time in a lap (there are
+ * laps without) a plot stays empty.
+ */
+class LapWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    using LapPointer = LapStore::LapPointer;
+
+    /** `laps` are those to compare with; must outlive the window. */
+    LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* parent = nullptr);
+
+    void setAxis(laps::Axis axis);
+    /** Lays a second lap over the first; null takes it away. */
+    void compareWith(const LapPointer& other);
+
+    [[nodiscard]] ChannelList& channels() { return *m_channels; }
+    [[nodiscard]] const QList<PlotPanel*>& panels() const { return m_panels; }
+    [[nodiscard]] const LapPointer& lap() const { return m_lap; }
+
+signals:
+    void saveRequested(const QSharedPointer<TLM::SDK::Lap>& lap);
+
+private:
+    QAction* addCommand(const QString& text, const QKeySequence& shortcut);
+    void makeCommands();
+    QWidget* makeChannelPane();
+    QWidget* makePlotPane();
+    QWidget* makeValuesPane();
+    void chooseUsualChannels();
+    void listOtherLaps();
+    void rebuildPanels();
+    void drawPanels();
+    void describeLines();
+
+    LapPointer m_lap;
+    LapPointer m_other;
+    const LapListModel& m_laps;
+    laps::Axis m_axis = laps::Axis::Distance;
+    ChannelList* m_channels;
+    QSortFilterProxyModel* m_found;
+    QTreeView* m_tree = nullptr;
+    QLineEdit* m_search = nullptr;
+    QComboBox* m_others = nullptr;
+    QLabel* m_legend = nullptr;
+    QTabWidget* m_tabs = nullptr;
+    QVBoxLayout* m_panelLayout = nullptr;
+    QAction* m_overDistance = nullptr;
+    QAction* m_overTime = nullptr;
+    QList<PlotPanel*> m_panels;  // one for each channel chosen, owned by their layout's widget
+};
+
+}  // namespace rataip::viewer

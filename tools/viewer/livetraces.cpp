@@ -1,0 +1,118 @@
+#include "tools/viewer/livetraces.h"
+
+#include "tools/laps/curve.h"
+
+#include <QEvent>
+#include <QVBoxLayout>
+
+namespace rataip::viewer {
+
+using lapimage::Role;
+
+namespace {
+
+// Where the traces of `liveTraces` stand: throttle and brake share a panel.
+constexpr std::size_t speed = 0;
+constexpr std::size_t throttle = 1;
+constexpr std::size_t brake = 2;
+constexpr std::size_t gear = 3;
+constexpr std::size_t steering = 4;
+
+struct Lane {
+    const char* title;
+    QList<std::size_t> traces;
+    int stretch;
+};
+
+const QList<Lane>& lanes() {
+    static const QList<Lane> all = {{"Speed", {speed}, 5},
+                                    {"Pedals", {throttle, brake}, 4},
+                                    {"Gear", {gear}, 3},
+                                    {"Steering", {steering}, 4}};
+    return all;
+}
+
+Role roleOf(std::size_t trace) {
+    return trace == throttle ? Role::Throttle : trace == brake ? Role::Brake : Role::ThisLap;
+}
+
+}  // namespace
+
+LiveTraces::LiveTraces(QWidget* parent) : QWidget(parent), m_legend(new QLabel) {
+    setAccessibleName(QStringLiteral("Live traces of the own car"));
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_legend->setTextFormat(Qt::RichText);
+    m_legend->setWordWrap(true);
+    m_legend->setContentsMargins(fontMetrics().averageCharWidth(), 0, 0,
+                                 fontMetrics().height() / 3);
+    layout->addWidget(m_legend);
+    describeLines();
+    for (const Lane& lane : lanes()) {
+        QList<PlotPanel::Line> lines;
+        // The previous lap first: what is drawn later lies above it.
+        for (const bool isPrevious : {true, false}) {
+            for (const std::size_t trace : lane.traces) {
+                const QString name = QString::fromLatin1(liveTraces[trace].label);
+                // With two quantities in a panel, the previous lap keeps their colours.
+                const Role role =
+                    isPrevious && lane.traces.size() == 1 ? Role::OtherLap : roleOf(trace);
+                lines.append({isPrevious ? name + QStringLiteral(", previous flying lap") : name,
+                              role, isPrevious});
+            }
+        }
+        auto* const panel = new PlotPanel(QString::fromLatin1(lane.title), lines);
+        panel->setAxisRange(0.0, 100.0);
+        qsizetype line = 0;
+        for (const bool isPrevious : {true, false}) {
+            for (const std::size_t trace : lane.traces) {
+                m_places.append({panel, line++, trace, isPrevious});
+            }
+        }
+        m_panels.append(panel);
+        layout->addWidget(panel, lane.stretch);
+    }
+    m_panels.constLast()->setAxis(QStringLiteral("Lap distance"), QStringLiteral("%"));
+}
+
+void LiveTraces::describeLines() {
+    const bool isDark = lapimage::isDark(palette().color(QPalette::Window));
+    const auto sample = [isDark](Role role, const char* strokes) {
+        return QStringLiteral("<span style=\"color:%1\"><b>%2</b></span> ")
+            .arg(lapimage::colour(role, isDark).name(), QString::fromUtf8(strokes));
+    };
+    const QString gap = QStringLiteral("&nbsp;&nbsp;&nbsp; ");
+    m_legend->setText(sample(Role::ThisLap, "━━") + QStringLiteral("this lap") + gap +
+                      sample(Role::OtherLap, "╍╍") + QStringLiteral("previous flying lap") + gap +
+                      QStringLiteral("Pedals: ") + sample(Role::Throttle, "━━") +
+                      QStringLiteral("throttle") + gap + sample(Role::Brake, "━━") +
+                      QStringLiteral("brake"));
+}
+
+void LiveTraces::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        describeLines();
+    }
+}
+
+void LiveTraces::show(const LiveLap& lap) {
+    const bool isPreviousNew = lap.previousRevision() != m_previousShown || width() != m_widthShown;
+    m_previousShown = lap.previousRevision();
+    m_widthShown = width();
+    for (const Place& place : m_places) {
+        if (!place.isPrevious || isPreviousNew) {
+            const TraceCurves& curves = place.isPrevious ? lap.previous() : lap.current();
+            // One point each two pixels is as much as a line of this width shows.
+            place.panel->setPoints(place.line,
+                                   laps::thinned(curves[place.trace], m_widthShown / 4));
+            place.panel->setQuantity(place.panel->accessibleName(), lap.unit(place.trace));
+        }
+    }
+    for (PlotPanel* panel : m_panels) {
+        panel->growHeight();
+    }
+}
+
+}  // namespace rataip::viewer

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "tools/viewer/livelap.h"
+#include "tools/viewer/plotpanel.h"
+
+#include <QLabel>
+#include <QList>
+#include <QWidget>
+
+namespace rataip::viewer {
+
+/**
+ * The own car's traces while it drives: speed, pedals, gear and steering over the lap in percent,
+ * each with the previous flying lap dashed behind it.
+ */
+class LiveTraces : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit LiveTraces(QWidget* parent = nullptr);
+
+    /** Draws the lap as it is now, thinned to what can be seen. */
+    void show(const LiveLap& lap);
+    using QWidget::show;
+
+    [[nodiscard]] const QList<PlotPanel*>& panels() const { return m_panels; }
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void describeLines();
+
+    /** A line of a panel and the trace of the lap that it shows. */
+    struct Place {
+        PlotPanel* panel;
+        qsizetype line;
+        std::size_t trace;
+        bool isPrevious;
+    };
+
+    QLabel* m_legend;
+    QList<PlotPanel*> m_panels;
+    QList<Place> m_places;
+    int m_previousShown = -1;
+    int m_widthShown = 0;
+};
+
+}  // namespace rataip::viewer

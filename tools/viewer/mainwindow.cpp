@@ -1,0 +1,499 @@
+#include "tools/viewer/mainwindow.h"
+
+#include "tools/host/tickmeter.h"
+#include "tools/lapimage/pngformat.h"
+#include "tools/laps/lapcsv.h"
+#include "tools/laps/lapjson.h"
+#include "tools/viewer/lapvalues.h"
+
+#include <QCloseEvent>
+#include <QDir>
+#include <QEvent>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QScrollBar>
+#include <QTime>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <chrono>
+#include <utility>
+
+namespace rataip::viewer {
+
+using LapPointer = LapStore::LapPointer;
+
+namespace {
+
+// What moves is drawn for the eye, what is read changes no faster than one reads.
+constexpr std::chrono::milliseconds drawInterval{33};
+constexpr std::chrono::milliseconds readInterval{200};
+// Long enough to count ticks in.
+constexpr std::chrono::milliseconds rateInterval{1000};
+
+constexpr QSize usualSize(1500, 920);
+constexpr int mostMessages = 1000;
+// Stored with the layout: one of another arrangement of panes is not restored.
+constexpr int layoutVersion = 1;
+
+QString geometryKey() {
+    return QStringLiteral("window/geometry");
+}
+QString layoutKey() {
+    return QStringLiteral("window/layout");
+}
+QString columnsKey(const QWidget& table) {
+    return QStringLiteral("window/columns/") + table.objectName();
+}
+QString folderKey() {
+    return QStringLiteral("laps/folder");
+}
+
+/** Room for the widest text that a column will hold, whatever it holds now. */
+void reserveColumn(QTableView& table, int column, const QString& widest) {
+    const int padding = 3 * table.fontMetrics().averageCharWidth();
+    const int width = table.fontMetrics().horizontalAdvance(widest) + padding;
+    if (table.columnWidth(column) < width) {
+        table.setColumnWidth(column, width);
+    }
+}
+
+/** Never narrows: the user may have given the column its width. */
+void widenToContents(QTableView& table, int column) {
+    const int before = table.columnWidth(column);
+    table.resizeColumnToContents(column);
+    if (table.columnWidth(column) < before) {
+        table.setColumnWidth(column, before);
+    }
+}
+
+}  // namespace
+
+MainWindow::MainWindow(Session& session, QSettings& settings)
+    : m_session(session), m_settings(settings) {
+    setWindowTitle(QStringLiteral("rataip viewer"));
+    m_cars.setPalette(palette());
+    m_sortedCars.setSourceModel(&m_cars);
+    m_sortedCars.setSortRole(CarTableModel::SortRole);
+    m_sortedLaps.setSourceModel(&m_laps);
+    m_sortedLaps.setSortRole(LapListModel::SortRole);
+
+    makeCommands();
+    makePanes();
+    makeToolBar();
+    resize(usualSize.boundedTo(screen()->availableSize()));
+    restoreLayout();
+
+    connect(&m_session, &Session::stateChanged, this, &MainWindow::showState);
+    connect(&m_session, &Session::message, this, &MainWindow::showMessage);
+    connect(&m_session, &Session::lapArrived, this, &MainWindow::addLap);
+    connect(&m_session, &Session::probed, this, [this](bool isThere) {
+        showMessage(isThere ? QStringLiteral("A simulator is there and delivers data.")
+                            : QStringLiteral("No simulator that delivers data was found."));
+    });
+    m_drawTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_drawTimer, &QTimer::timeout, this, &MainWindow::drawMoving);
+    connect(&m_readTimer, &QTimer::timeout, this, &MainWindow::drawReadable);
+    m_drawTimer.start(drawInterval);
+    m_readTimer.start(readInterval);
+    showState();
+}
+
+MainWindow::~MainWindow() = default;
+
+QAction* MainWindow::addCommand(const QString& text, const QKeySequence& shortcut,
+                                const QString& tip) {
+    auto* const action = new QAction(text, this);
+    action->setShortcut(shortcut);
+    action->setStatusTip(tip);
+    action->setToolTip(
+        QStringLiteral("%1 (%2)").arg(tip, shortcut.toString(QKeySequence::NativeText)));
+    addAction(action);
+    return action;
+}
+
+void MainWindow::makeCommands() {
+    m_probe = addCommand(QStringLiteral("&Probe"), QStringLiteral("F5"),
+                         QStringLiteral("Look whether a simulator is there"));
+    m_connect = addCommand(QStringLiteral("&Connect"), QStringLiteral("F6"),
+                           QStringLiteral("Connect to the simulator, now or when it comes"));
+    m_disconnect = addCommand(QStringLiteral("&Disconnect"), QStringLiteral("F7"),
+                              QStringLiteral("Disconnect from the simulator"));
+    m_openPlugin = addCommand(QStringLiteral("&Open plugin..."), QKeySequence(QKeySequence::Open),
+                              QStringLiteral("Choose the plugin's file"));
+    QAction* const openLap =
+        addCommand(QStringLiteral("Open &lap"), QStringLiteral("Ctrl+L"),
+                   QStringLiteral("Open the selected lap in a window of its own"));
+    QAction* const saveLapFiles =
+        addCommand(QStringLiteral("Save lap &files..."), QStringLiteral("Ctrl+E"),
+                   QStringLiteral("Save the selected lap as CSV, JSON and PNG"));
+    QAction* const quit = addCommand(QStringLiteral("&Quit"), QStringLiteral("Ctrl+Q"),
+                                     QStringLiteral("Close all windows"));
+    QAction* const keys = addCommand(QStringLiteral("&Keys"), QStringLiteral("F1"),
+                                     QStringLiteral("Show what every key does"));
+
+    connect(m_probe, &QAction::triggered, &m_session, &Session::probe);
+    connect(m_connect, &QAction::triggered, &m_session, &Session::connectToSource);
+    connect(m_disconnect, &QAction::triggered, &m_session, &Session::disconnectFromSource);
+    connect(m_openPlugin, &QAction::triggered, this, &MainWindow::askForPlugin);
+    connect(openLap, &QAction::triggered, this, &MainWindow::openCurrentLap);
+    connect(saveLapFiles, &QAction::triggered, this, [this] { askAndSaveLap(currentLap()); });
+    connect(quit, &QAction::triggered, this, &QWidget::close);
+    connect(keys, &QAction::triggered, this, &MainWindow::showKeys);
+
+    menuBar()->setAccessibleName(QStringLiteral("Menus"));
+    QMenu* const source = menuBar()->addMenu(QStringLiteral("&Source"));
+    source->addActions({m_probe, m_connect, m_disconnect, m_openPlugin, quit});
+    QMenu* const lap = menuBar()->addMenu(QStringLiteral("&Laps"));
+    lap->addActions({openLap, saveLapFiles});
+    QMenu* const view = menuBar()->addMenu(QStringLiteral("&View"));
+    view->setObjectName(QStringLiteral("view"));
+    QMenu* const help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->addAction(keys);
+}
+
+void MainWindow::makeToolBar() {
+    auto* const bar = new QToolBar(QStringLiteral("Source"));
+    bar->setObjectName(QStringLiteral("source"));
+    bar->setMovable(false);
+    bar->toggleViewAction()->setShortcut(QStringLiteral("Ctrl+5"));
+    bar->addActions({m_probe, m_connect, m_disconnect});
+    bar->addSeparator();
+    m_lamp = new Lamp;
+    m_ticks = new QLabel;
+    m_ticks->setAccessibleName(QStringLiteral("Ticks"));
+    m_ticks->setContentsMargins(fontMetrics().averageCharWidth(), 0, 0, 0);
+    bar->addWidget(m_lamp);
+    bar->addWidget(m_ticks);
+    addToolBar(bar);
+
+    QMenu* const view = menuBar()->findChild<QMenu*>(QStringLiteral("view"));
+    view->addAction(bar->toggleViewAction());
+    QAction* const reset = addCommand(QStringLiteral("&Reset layout"), QStringLiteral("Ctrl+R"),
+                                      QStringLiteral("Put every pane where it was at first"));
+    connect(reset, &QAction::triggered, this, &MainWindow::arrangePanes);
+    view->addSeparator();
+    view->addAction(reset);
+}
+
+QDockWidget* MainWindow::addPane(const QString& title, const QKeySequence& shortcut,
+                                 QWidget* content, Qt::DockWidgetArea area) {
+    auto* const pane = new QDockWidget(title);
+    pane->setObjectName(title);
+    pane->setAccessibleName(title);
+    pane->setWidget(content);
+    pane->toggleViewAction()->setShortcut(shortcut);
+    addDockWidget(area, pane);
+    menuBar()->findChild<QMenu*>(QStringLiteral("view"))->addAction(pane->toggleViewAction());
+    return pane;
+}
+
+QTableView* MainWindow::makeTable(const QString& name, QSortFilterProxyModel& sorted) {
+    auto* const table = new QTableView;
+    table->setObjectName(name);
+    table->setAccessibleName(name);
+    table->setModel(&sorted);
+    table->setSortingEnabled(true);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setTabKeyNavigation(false);
+    table->setWordWrap(false);
+    table->verticalHeader()->hide();
+    table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() * 3 / 2);
+    table->horizontalHeader()->setHighlightSections(false);
+    table->resizeColumnsToContents();
+    return table;
+}
+
+void MainWindow::makePanes() {
+    m_notice = new QLabel;
+    m_notice->setWordWrap(true);
+    m_notice->setMargin(fontMetrics().height() / 2);
+    m_notice->setAccessibleName(QStringLiteral("Notice"));
+    m_notice->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_traces = new LiveTraces;
+    auto* const centre = new QWidget;
+    auto* const layout = new QVBoxLayout(centre);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_notice);
+    layout->addWidget(m_traces, 1);
+    setCentralWidget(centre);
+
+    m_strip = new TrackStrip;
+    m_carTable = makeTable(QStringLiteral("Cars"), m_sortedCars);
+    m_carTable->sortByColumn(CarTableModel::Position, Qt::AscendingOrder);
+    reserveColumn(*m_carTable, CarTableModel::Status, QStringLiteral("Waiting for start"));
+    reserveColumn(*m_carTable, CarTableModel::LastLap, QStringLiteral("59:59.999"));
+    m_lapTable = makeTable(QStringLiteral("Laps"), m_sortedLaps);
+    // Unsorted, they stand in the order in which they came.
+    m_sortedLaps.sort(-1);
+    m_lapTable->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    m_messages = new QPlainTextEdit;
+    m_messages->setReadOnly(true);
+    m_messages->setTabChangesFocus(true);
+    m_messages->setMaximumBlockCount(mostMessages);
+    m_messages->setAccessibleName(QStringLiteral("Messages"));
+
+    m_stripPane =
+        addPane(QStringLiteral("Track"), QStringLiteral("Ctrl+1"), m_strip, Qt::TopDockWidgetArea);
+    m_carPane = addPane(QStringLiteral("Cars"), QStringLiteral("Ctrl+2"), m_carTable,
+                        Qt::RightDockWidgetArea);
+    m_lapPane = addPane(QStringLiteral("Laps"), QStringLiteral("Ctrl+3"), m_lapTable,
+                        Qt::RightDockWidgetArea);
+    m_messagePane = addPane(QStringLiteral("Messages"), QStringLiteral("Ctrl+4"), m_messages,
+                            Qt::BottomDockWidgetArea);
+
+    connect(m_lapTable, &QTableView::activated, this, &MainWindow::openCurrentLap);
+    connect(&m_laps, &LapListModel::rowsInserted, this, &MainWindow::fitLapColumns);
+    connect(&m_cars, &CarTableModel::modelReset, this, [this] {
+        for (int column = 0; column < CarTableModel::ColumnCount; ++column) {
+            widenToContents(*m_carTable, column);
+        }
+    });
+}
+
+void MainWindow::arrangePanes() {
+    for (const auto& [pane, area] : {std::pair(m_stripPane, Qt::TopDockWidgetArea),
+                                     std::pair(m_carPane, Qt::RightDockWidgetArea),
+                                     std::pair(m_lapPane, Qt::RightDockWidgetArea),
+                                     std::pair(m_messagePane, Qt::BottomDockWidgetArea)}) {
+        pane->setFloating(false);
+        addDockWidget(area, pane);
+        pane->show();
+    }
+    const int tables = 11 * width() / 20;
+    resizeDocks({m_carPane, m_lapPane}, {tables, tables}, Qt::Horizontal);
+    resizeDocks({m_carPane, m_lapPane}, {height() / 2, height() / 4}, Qt::Vertical);
+    resizeDocks({m_stripPane, m_messagePane}, {m_strip->sizeHint().height(), height() / 9},
+                Qt::Vertical);
+}
+
+// Panes share out a size that the window has, so this waits until it has one.
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!m_isArranged) {
+        m_isArranged = true;
+        arrangePanes();
+    }
+}
+
+void MainWindow::restoreLayout() {
+    restoreGeometry(m_settings.value(geometryKey()).toByteArray());
+    m_isArranged = restoreState(m_settings.value(layoutKey()).toByteArray(), layoutVersion);
+    for (QTableView* table : {m_carTable, m_lapTable}) {
+        table->horizontalHeader()->restoreState(m_settings.value(columnsKey(*table)).toByteArray());
+    }
+}
+
+void MainWindow::storeLayout() {
+    m_settings.setValue(geometryKey(), saveGeometry());
+    m_settings.setValue(layoutKey(), saveState(layoutVersion));
+    for (const QTableView* table : {m_carTable, m_lapTable}) {
+        m_settings.setValue(columnsKey(*table), table->horizontalHeader()->saveState());
+    }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    storeLayout();
+    const QList<LapWindow*> windows = findChildren<LapWindow*>(Qt::FindDirectChildrenOnly);
+    for (LapWindow* window : windows) {
+        window->close();
+    }
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        m_cars.setPalette(palette());
+    }
+}
+
+void MainWindow::refresh() {
+    m_tickDrawn = 0;
+    drawMoving();
+    drawReadable();
+}
+
+void MainWindow::drawMoving() {
+    const quint64 tick = m_session.ticks().received();
+    if (!isVisible() || isMinimized() || tick == m_tickDrawn) {
+        return;
+    }
+    m_tickDrawn = tick;
+    m_strip->setCars(m_session.field().cars());
+    m_traces->show(m_session.liveLap());
+}
+
+void MainWindow::drawReadable() {
+    m_cars.setCars(m_session.field().cars());
+    m_lamp->setLit(m_session.isDataArriving());
+    showTicks();
+    const QString text = notice();
+    if (m_notice->text() != text) {
+        m_notice->setText(text);
+    }
+}
+
+void MainWindow::showTicks() {
+    const auto now = host::TickMeter::Clock::now();
+    if (now - m_rateTaken >= rateInterval) {
+        m_rateTaken = now;
+        m_rate = m_session.ticks().takeRate(now);
+    }
+    m_ticks->setText(
+        QStringLiteral("%1 ticks/s, %2 lost").arg(m_rate, 0, 'f', 1).arg(m_session.ticks().lost()));
+}
+
+QString MainWindow::notice() const {
+    switch (m_session.state()) {
+        case Session::State::NoPlugin:
+            return QStringLiteral(
+                       "No plugin is loaded: %1.\nBuild the plugin, or choose its file with "
+                       "\"Open plugin...\" (%2).")
+                .arg(m_session.pluginError(),
+                     m_openPlugin->shortcut().toString(QKeySequence::NativeText));
+        case Session::State::Disconnected:
+            return QStringLiteral(
+                       "Not connected. \"Connect\" (%1) connects to the simulator, or "
+                       "waits until there is one.")
+                .arg(m_connect->shortcut().toString(QKeySequence::NativeText));
+        case Session::State::Waiting:
+            return QStringLiteral(
+                "No simulator was found. Start the simulator and go onto the track, or start "
+                "rataip-simulator in its place. This window connects by itself as soon as data "
+                "arrives.");
+        case Session::State::Connected:
+            break;
+    }
+    return m_session.isDataArriving()
+               ? QStringLiteral("Connected: %1").arg(m_session.pluginText())
+               : QStringLiteral(
+                     "Connected, but no data is arriving. If the simulator is paused or "
+                     "loading, wait; if it is gone, this is told in a moment.");
+}
+
+void MainWindow::showState() {
+    const Session::State state = m_session.state();
+    m_openPlugin->setEnabled(state == Session::State::NoPlugin);
+    m_probe->setEnabled(state == Session::State::Disconnected || state == Session::State::Waiting);
+    m_connect->setEnabled(state == Session::State::Disconnected);
+    m_disconnect->setEnabled(state == Session::State::Waiting ||
+                             state == Session::State::Connected);
+    m_notice->setText(notice());
+    m_tickDrawn = 0;
+}
+
+void MainWindow::showMessage(const QString& text) {
+    m_messages->appendPlainText(QTime::currentTime().toString(QStringLiteral("hh:mm:ss  ")) + text);
+}
+
+void MainWindow::addLap(const LapPointer& lap) {
+    const QScrollBar* const bar = m_lapTable->verticalScrollBar();
+    const bool isAtEnd = bar->value() == bar->maximum();
+    m_laps.add(lap);
+    if (isAtEnd) {
+        m_lapTable->scrollToBottom();
+    }
+    m_lapPane->setWindowTitle(
+        m_laps.released() == 0
+            ? QStringLiteral("Laps")
+            : QStringLiteral("Laps (%1 older ones let go)").arg(m_laps.released()));
+}
+
+void MainWindow::fitLapColumns() {
+    const int row = m_laps.rowCount() - 1;
+    for (int column = 0; column < LapListModel::ColumnCount; ++column) {
+        const QModelIndex cell = m_sortedLaps.mapFromSource(m_laps.index(row, column));
+        const int needed = m_lapTable->sizeHintForIndex(cell).width() + 2;
+        if (needed > m_lapTable->columnWidth(column)) {
+            m_lapTable->setColumnWidth(column, needed);
+        }
+    }
+}
+
+LapPointer MainWindow::currentLap() const {
+    const QModelIndex index = m_sortedLaps.mapToSource(m_lapTable->currentIndex());
+    return index.isValid() ? m_laps.lap(index.row()) : LapPointer();
+}
+
+LapWindow* MainWindow::openLap(const LapPointer& lap) {
+    auto* const window = new LapWindow(lap, m_laps, this);
+    window->setWindowFlag(Qt::Window);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    connect(window, &LapWindow::saveRequested, this, &MainWindow::askAndSaveLap);
+    window->show();
+    return window;
+}
+
+void MainWindow::openCurrentLap() {
+    if (const LapPointer lap = currentLap()) {
+        openLap(lap);
+    } else {
+        showMessage(QStringLiteral("Select a lap in the list first."));
+    }
+}
+
+laps::LapExporter& MainWindow::exporterFor(const QString& folder) {
+    std::unique_ptr<laps::LapExporter>& exporter = m_exporters[folder];
+    if (!exporter) {
+        exporter = std::make_unique<laps::LapExporter>(
+            QDir(folder), QList{laps::csvFormat(), laps::jsonFormat(), lapimage::pngFormat()});
+        connect(exporter.get(), &laps::LapExporter::written, this,
+                [this](const QStringList& paths) {
+                    showMessage(QStringLiteral("Saved ") + paths.join(QStringLiteral(", ")));
+                });
+        connect(exporter.get(), &laps::LapExporter::failed, this, [this](const QString& sentence) {
+            showMessage(QStringLiteral("The lap was not saved: %1.").arg(sentence));
+        });
+    }
+    return *exporter;
+}
+
+void MainWindow::saveLap(const LapPointer& lap, const QString& folder) {
+    exporterFor(folder).add(lap);
+}
+
+void MainWindow::askAndSaveLap(const LapPointer& lap) {
+    if (!lap) {
+        showMessage(QStringLiteral("Select a lap in the list first."));
+        return;
+    }
+    const QString folder =
+        QFileDialog::getExistingDirectory(this, QStringLiteral("Folder for the lap's files"),
+                                          m_settings.value(folderKey()).toString());
+    if (!folder.isEmpty()) {
+        m_settings.setValue(folderKey(), folder);
+        saveLap(lap, folder);
+    }
+}
+
+void MainWindow::askForPlugin() {
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("The plugin's library file"));
+    if (!path.isEmpty() && m_session.loadPlugin(path)) {
+        m_session.connectToSource();
+    }
+}
+
+void MainWindow::showKeys() {
+    QString lines;
+    const QList<QAction*> all = findChildren<QAction*>();
+    for (const QAction* action : all) {
+        if (!action->shortcut().isEmpty()) {
+            lines += QStringLiteral("<tr><td>%1&nbsp;&nbsp;</td><td>%2</td></tr>")
+                         .arg(action->shortcut().toString(QKeySequence::NativeText),
+                              action->text().remove(QLatin1Char('&')).toHtmlEscaped());
+        }
+    }
+    QMessageBox::information(this, QStringLiteral("Keys"),
+                             QStringLiteral("<table>%1</table>").arg(lines));
+}
+
+}  // namespace rataip::viewer

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <optional>
+
+namespace rataip::viewer {
+
+/** What the command line asks for. */
+struct Options {
+    QString pluginPath;                                 // empty: the standard places
+    std::optional<std::chrono::milliseconds> duration;  // none: until it is closed
+    std::optional<QSize> size;                          // none: as it was last time
+    QString picturePath;                                // empty: no picture
+    QString lapPicturePath;                             // empty: no picture
+};
+
+/** A command line as it was understood. */
+struct ParsedArguments {
+    enum class Request {
+        Show,
+        ShowHelp,
+        ShowVersion,
+    };
+
+    Request request = Request::Show;
+    Options options;
+    QString error;  // one sentence when the arguments make no sense, else empty
+};
+
+/** Reads the command line; `arguments` begins with the program's name. */
+[[nodiscard]] ParsedArguments parseArguments(const QStringList& arguments);
+
+/** The text of --help. */
+[[nodiscard]] QString helpText();
+
+/** The text of --version. */
+[[nodiscard]] QString versionText();
+
+}  // namespace rataip::viewer

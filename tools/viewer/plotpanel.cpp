@@ -1,0 +1,214 @@
+#include "tools/viewer/plotpanel.h"
+
+#include "tools/lapimage/ticks.h"
+
+#include <QChart>
+#include <QEvent>
+#include <QFontMetricsF>
+#include <QGraphicsLayout>
+#include <QPen>
+
+#include <algorithm>
+
+namespace rataip::viewer {
+
+namespace {
+
+constexpr double curveWidth = 1.6;
+constexpr int mostMarksUp = 5;
+constexpr int fewestMarks = 2;
+constexpr int mostMarks = 11;
+constexpr double gap = 6.0;
+// Of text, high enough for two marks.
+constexpr double plotLines = 2.5;
+
+// The widest number that a mark may have before it is cut.
+QString widestNumber() {
+    return QStringLiteral("-000000.0");
+}
+
+// What stands below most axes, with a blank on either side.
+QString usualNumber() {
+    return QStringLiteral("00000");
+}
+
+QString labelWithUnit(const QString& name, const QString& unit) {
+    return unit.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit);
+}
+
+void setMarks(QValueAxis& axis, const lapimage::Ticks& ticks) {
+    axis.setRange(ticks.lowest(), ticks.highest());
+    axis.setTickCount(static_cast<int>(ticks.values.size()));
+    axis.setLabelFormat(QStringLiteral("%.%1f").arg(ticks.decimals));
+}
+
+}  // namespace
+
+PlotPanel::PlotPanel(const QString& title, const QList<Line>& lines, QWidget* parent)
+    : QChartView(parent),
+      m_styles(lines),
+      m_quantity(new QGraphicsSimpleTextItem(chart())),
+      m_axis(new QGraphicsSimpleTextItem(chart())),
+      m_x(new QValueAxis),
+      m_y(new QValueAxis) {
+    QChart* const plot = chart();
+    plot->legend()->hide();
+    plot->setMargins({});
+    plot->layout()->setContentsMargins(0, 0, 0, 0);
+    plot->setBackgroundVisible(false);
+    plot->addAxis(m_x, Qt::AlignBottom);
+    plot->addAxis(m_y, Qt::AlignLeft);
+    for (const Line& line : lines) {
+        auto* const series = new QLineSeries;
+        series->setName(line.name);
+        plot->addSeries(series);
+        series->attachAxis(m_x);
+        series->attachAxis(m_y);
+        m_lines.append(series);
+    }
+    setRenderHint(QPainter::Antialiasing);
+    setFrameShape(QFrame::NoFrame);
+    // There is nothing to do with keys here, and lists follow each other faster without it.
+    setFocusPolicy(Qt::NoFocus);
+    viewport()->setFocusPolicy(Qt::NoFocus);
+    setAccessibleName(title);
+    setAxisRange(0.0, 1.0);
+    setQuantity(title, {});
+    setAxis({}, {});
+    applyPalette();
+    setHeight({});
+}
+
+void PlotPanel::setQuantity(const QString& name, const QString& unit) {
+    m_quantity->setText(labelWithUnit(name, unit));
+}
+
+void PlotPanel::setAxis(const QString& name, const QString& unit) {
+    m_x->setLabelsVisible(!name.isEmpty());
+    m_axis->setText(name.isEmpty() ? QString() : labelWithUnit(name, unit));
+    updateGeometry();
+    placePlot();
+}
+
+void PlotPanel::setAxisRange(double low, double high) {
+    m_across = {low, high, false};
+    markAxis();
+}
+
+/** As many marks as there is room for their numbers. */
+void PlotPanel::markAxis() {
+    const double room = 2.0 * QFontMetricsF(font()).horizontalAdvance(usualNumber());
+    const int marks =
+        std::clamp(static_cast<int>(chart()->plotArea().width() / room), fewestMarks, mostMarks);
+    const lapimage::Ticks ticks = lapimage::ticksFor(m_across.low, m_across.high, marks);
+    m_x->setTickType(QValueAxis::TicksDynamic);
+    m_x->setTickAnchor(ticks.lowest());
+    m_x->setTickInterval(ticks.values.at(1) - ticks.values.at(0));
+    m_x->setLabelFormat(QStringLiteral("%.%1f").arg(ticks.decimals));
+    m_x->setRange(m_across.low, m_across.high > m_across.low ? m_across.high : ticks.highest());
+}
+
+void PlotPanel::setPoints(qsizetype line, const QList<QPointF>& points) {
+    m_lines.at(line)->replace(points);
+}
+
+PlotPanel::Range PlotPanel::heightOfPoints() const {
+    Range range;
+    for (const QLineSeries* line : m_lines) {
+        const QList<QPointF> points = line->points();
+        for (const QPointF& point : points) {
+            range.low = range.isEmpty ? point.y() : std::min(range.low, point.y());
+            range.high = range.isEmpty ? point.y() : std::max(range.high, point.y());
+            range.isEmpty = false;
+        }
+    }
+    return range;
+}
+
+void PlotPanel::fitHeight() {
+    Range range = heightOfPoints();
+    // A quantity that comes near zero is read from zero on.
+    if (!range.isEmpty && range.low > 0.0 && range.low < range.high / 2.0) {
+        range.low = 0.0;
+    }
+    setHeight(range);
+}
+
+void PlotPanel::growHeight() {
+    const Range range = heightOfPoints();
+    if (range.isEmpty ||
+        (range.low >= m_y->min() && range.high <= m_y->max() && !m_shown.isEmpty)) {
+        return;
+    }
+    setHeight({std::min({0.0, range.low, m_shown.low}), std::max(range.high, m_shown.high), false});
+}
+
+void PlotPanel::setHeight(const Range& range) {
+    m_shown = range;
+    const double room = 2.0 * QFontMetricsF(font()).height();
+    const int marks =
+        std::clamp(static_cast<int>(chart()->plotArea().height() / room), fewestMarks, mostMarksUp);
+    setMarks(*m_y, lapimage::ticksFor(range.low, range.isEmpty ? 1.0 : range.high, marks));
+}
+
+QSize PlotPanel::minimumSizeHint() const {
+    const double line = fontMetrics().height();
+    const double below = m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * gap;
+    return {30 * fontMetrics().averageCharWidth(),
+            static_cast<int>(line + plotLines * line + below + gap)};
+}
+
+void PlotPanel::placePlot() {
+    const QFontMetricsF metrics(font());
+    const double line = metrics.height();
+    const double left = metrics.horizontalAdvance(widestNumber()) + 2.0 * gap;
+    const double below = m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * gap;
+    const double above = line + gap;
+    const QRectF area(left, above, std::max(1.0, width() - left - 2.0 * line),
+                      std::max(1.0, height() - above - below));
+    chart()->setPlotArea(area);
+    markAxis();
+    setHeight(m_shown);
+    m_quantity->setPos(area.left(), 0.0);
+    m_axis->setPos(area.center().x() - m_axis->boundingRect().width() / 2.0,
+                   height() - line - gap / 2.0);
+}
+
+void PlotPanel::applyPalette() {
+    const QPalette& colours = palette();
+    const bool isDark = lapimage::isDark(colours.color(QPalette::Base));
+    const QColor text = colours.color(QPalette::Text);
+    QColor grid = text;
+    grid.setAlphaF(0.2F);
+    setBackgroundBrush(colours.brush(QPalette::Base));
+    for (QGraphicsSimpleTextItem* item : {m_quantity, m_axis}) {
+        item->setFont(font());
+        item->setBrush(text);
+    }
+    for (QValueAxis* axis : {m_x, m_y}) {
+        axis->setLabelsFont(font());
+        axis->setLabelsBrush(text);
+        axis->setGridLinePen(QPen(grid, 1.0));
+        axis->setLinePen(QPen(text, 1.0));
+    }
+    for (qsizetype i = 0; i < m_lines.size(); ++i) {
+        const Line& style = m_styles.at(i);
+        m_lines.at(i)->setPen(QPen(lapimage::colour(style.role, isDark), curveWidth,
+                                   style.isDashed ? Qt::DashLine : Qt::SolidLine));
+    }
+}
+
+void PlotPanel::changeEvent(QEvent* event) {
+    QChartView::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
+        applyPalette();
+        placePlot();
+    }
+}
+
+void PlotPanel::resizeEvent(QResizeEvent* event) {
+    QChartView::resizeEvent(event);
+    placePlot();
+}
+
+}  // namespace rataip::viewer
