@@ -1,0 +1,261 @@
+// What it costs to turn a snapshot into the samples of 64 cars and to hand them to a host.
+
+#include "benchmarks/allocations.h"
+#include "benchmarks/contest.h"
+#include "benchmarks/figure.h"
+#include "benchmarks/figures.h"
+#include "benchmarks/obvious/reader.h"
+#include "benchmarks/plainnodes.h"
+#include "benchmarks/workload.h"
+#include "plugin/samplelists.h"
+#include "reader/irtelemetryreader.h"
+#include "sdk/dataemitter.h"
+
+#include <QList>
+
+#include <limits>
+
+namespace bench {
+
+namespace {
+
+using TLM::SDK::DataEmitter;
+using TLM::SDK::DynamicData;
+using TLM::SDK::Sample;
+
+constexpr int ticksPerLap = 5400;
+constexpr int snapshotCount = 16;
+constexpr int rounds = 21;
+constexpr int fastTicks = 64;
+constexpr int obviousTicks = 8;
+constexpr qsizetype everyList = std::numeric_limits<qsizetype>::max();
+
+/** Keeps the last lists, as a connection queued to another thread does. */
+class Host {
+public:
+    Host(DataEmitter* emitter, qsizetype keptLists) : m_keptLists(keptLists) {
+        QObject::connect(emitter, &DataEmitter::sendSamples, emitter,
+                         [this](const QList<Sample>& samples) { take(samples); });
+    }
+
+    void clear() { m_lists.clear(); }
+
+private:
+    void take(const QList<Sample>& samples) {
+        if (m_keptLists == 0) {
+            return;
+        }
+        if (m_lists.size() == m_keptLists) {
+            m_lists.removeFirst();
+        }
+        m_lists.append(samples);
+    }
+
+    qsizetype m_keptLists;
+    QList<QList<Sample>> m_lists;
+};
+
+/** The list of a tick as the plugin's tick makes it. */
+class FastLists {
+public:
+    const QList<Sample>& fill(const iRTelemetryReader& reader) {
+        QList<Sample>& samples = m_lists.take(carCount);
+        for (int car = 0; car < carCount; ++car) {
+            samples[car] = reader.sample(car);
+        }
+        return samples;
+    }
+    void release() { m_lists.release(); }
+
+private:
+    SampleLists m_lists;
+};
+
+/** The list of a tick as the obvious tick makes it. */
+class ObviousLists {
+public:
+    const QList<Sample>& fill(obvious::Reader& reader) {
+        m_samples.reserve(carCount);
+        for (int car = 0; car < carCount; ++car) {
+            m_samples.append(reader.sample(car));
+        }
+        return m_samples;
+    }
+    void release() { m_samples = {}; }
+
+private:
+    QList<Sample> m_samples;
+};
+
+/** A reader, fast or obvious, that samples snapshots and emits them as the plugin's tick does. */
+template <typename Reader, typename Lists>
+class Sampler {
+public:
+    Sampler(const Workload& workload, qsizetype keptLists)
+        : m_header(workload.header()),
+          m_table(workload.table()),
+          m_length(workload.bufferLength()),
+          m_host(&m_emitter, keptLists) {
+        m_reader.setYaml(workload.sessionText({}).c_str());
+        m_reader.updateCarList();
+    }
+
+    void tick(const char* snapshot) {
+        m_reader.prepareTick();
+        m_reader.getRawData(&m_header, m_table.data(), snapshot, m_length);
+        emit m_emitter.sendSamples(m_lists.fill(m_reader));
+        m_lists.release();
+    }
+
+    Host& host() { return m_host; }
+    const Sample& sample(int car) const { return std::as_const(m_reader).sample(car); }
+
+private:
+    irsdk_header m_header;
+    const std::vector<irsdk_varHeader>& m_table;
+    qint64 m_length;
+    Reader m_reader;
+    Lists m_lists;
+    DataEmitter m_emitter;
+    Host m_host;
+};
+
+using FastSampler = Sampler<iRTelemetryReader, FastLists>;
+using ObviousSampler = Sampler<obvious::Reader, ObviousLists>;
+
+std::vector<std::vector<char>> snapshotsOf(const Workload& workload) {
+    std::vector<std::vector<char>> snapshots;
+    for (int tick = 0; tick < snapshotCount; ++tick) {
+        snapshots.push_back(workload.snapshot(tick));
+    }
+    return snapshots;
+}
+
+class SamplingFigure {
+public:
+    SamplingFigure(const char* title, qsizetype keptLists)
+        : m_title(title),
+          m_workload(ticksPerLap),
+          m_snapshots(snapshotsOf(m_workload)),
+          m_fast(m_workload, keptLists),
+          m_obvious(m_workload, keptLists) {
+        // What a host keeps cannot be stored into: the stores go to as many sets of nodes in turn.
+        for (qsizetype i = 0; i <= keptLists; ++i) {
+            m_nodes.emplace_back(m_workload.table());
+        }
+        m_contest.add("fast", fastTicks, [this] { run(m_fast, fastTicks); });
+        m_contest.add("obvious", obviousTicks, [this] { run(m_obvious, obviousTicks); });
+        m_contest.add("stores", fastTicks, [this] {
+            for (int i = 0; i < fastTicks; ++i) {
+                m_nodes[static_cast<std::size_t>(i) % m_nodes.size()].store(snapshot(i));
+            }
+            benchmark::DoNotOptimize(m_nodes.data());
+            benchmark::ClobberMemory();
+        });
+        // Until everything that is resolved once has been, and every kept list is there.
+        run(m_fast, fastTicks);
+        run(m_obvious, obviousTicks);
+    }
+
+    double round() { return m_contest.round(); }
+
+    void report(Report& report) {
+        const AllocationMeter meter;
+        run(m_fast, fastTicks);
+        const double allocations = static_cast<double>(meter.count()) / fastTicks;
+        report.add(
+            m_title + ": times faster than the obvious way",
+            1.0 / m_contest.ratio("fast", "obvious"), atLeast(40.0),
+            timeText(m_contest.seconds("fast")) + " : " + timeText(m_contest.seconds("obvious")));
+        report.add(m_title + ": allocations a tick", allocations, atMost(0.0));
+        report.add(m_title + ": to plain stores", m_contest.ratio("fast", "stores"), atMost(2.0),
+                   timeText(m_contest.seconds("stores")));
+    }
+
+private:
+    const char* snapshot(int i) const {
+        return m_snapshots[static_cast<std::size_t>(i % snapshotCount)].data();
+    }
+
+    template <typename Sampler>
+    void run(Sampler& sampler, int ticks) {
+        for (int i = 0; i < ticks; ++i) {
+            sampler.tick(snapshot(i));
+        }
+    }
+
+    std::string m_title;
+    Workload m_workload;
+    std::vector<std::vector<char>> m_snapshots;
+    FastSampler m_fast;
+    ObviousSampler m_obvious;
+    std::vector<PlainNodes> m_nodes;
+    Contest m_contest;
+};
+
+/** With every list kept, every tick has to make new maps: what counts is the copy of a map. */
+class EveryListKeptFigure {
+public:
+    EveryListKeptFigure()
+        : m_workload(ticksPerLap),
+          m_snapshots(snapshotsOf(m_workload)),
+          m_fast(m_workload, everyList) {
+        const auto clear = [this] {
+            m_fast.host().clear();
+            m_copies.clear();
+        };
+        m_contest.add(
+            "fast", fastTicks, [this] { run(); }, clear);
+        m_contest.add(
+            "copy", fastTicks, [this] { copy(); }, clear);
+        run();
+    }
+
+    double round() { return m_contest.round(); }
+
+    void report(Report& report) {
+        report.add(
+            "the same, host keeps every list: to a plain copy of the maps",
+            m_contest.ratio("fast", "copy"), atMost(1.2),
+            timeText(m_contest.seconds("fast")) + " : " + timeText(m_contest.seconds("copy")));
+    }
+
+private:
+    void run() {
+        for (int i = 0; i < fastTicks; ++i) {
+            m_fast.tick(m_snapshots[static_cast<std::size_t>(i % snapshotCount)].data());
+        }
+    }
+
+    void copy() {
+        for (int i = 0; i < fastTicks; ++i) {
+            QList<DynamicData::ValueMap> maps;
+            maps.reserve(carCount);
+            for (int car = 0; car < carCount; ++car) {
+                maps.append(m_fast.sample(car).data());
+                maps.last().detach();
+            }
+            m_copies.append(maps);
+        }
+    }
+
+    Workload m_workload;
+    std::vector<std::vector<char>> m_snapshots;
+    FastSampler m_fast;
+    QList<QList<DynamicData::ValueMap>> m_copies;
+    Contest m_contest;
+};
+
+}  // namespace
+
+void registerSampling(Report& report) {
+    registerFigure<SamplingFigure>(report, "sampling/none", rounds,
+                                   "sampling + emission, host keeps nothing", 0);
+    registerFigure<SamplingFigure>(report, "sampling/one", rounds,
+                                   "the same, host keeps the last list", 1);
+    registerFigure<SamplingFigure>(report, "sampling/two", rounds,
+                                   "the same, host keeps the last two lists", 2);
+    registerFigure<EveryListKeptFigure>(report, "sampling/every", rounds);
+}
+
+}  // namespace bench

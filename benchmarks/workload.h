@@ -1,0 +1,73 @@
+#pragma once
+
+#include "irsdk/layout.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+inline constexpr int carCount = 64;
+inline constexpr int ownCar = 5;
+inline constexpr int ownVariableCount = 300;
+inline constexpr int perCarVariableCount = 36;
+inline constexpr int changingPerCarVariableCount = 13;
+inline constexpr double ticksPerSecond = 60.0;
+
+/** What the session text says of one car's race. */
+struct CarResult {
+    int lapsComplete = 0;
+    double lastTime = -1.0;  // seconds
+
+    bool operator==(const CarResult&) const = default;
+};
+
+using Results = std::array<CarResult, carCount>;
+
+/**
+ * The fixed work of every measurement: a race of 64 cars as a simulator publishes it, with 300
+ * variables of the own car, 36 arrays with an element for each car, of which 13 change in every
+ * tick and the others rarely, and a session text of about 120 kB. It depends on nothing but the
+ * tick's number, so that it is the same whenever and however often it is asked for.
+ */
+class Workload {
+public:
+    /** A race whose fastest car needs `ticksPerLap` ticks for a lap. */
+    explicit Workload(int ticksPerLap);
+
+    /** The fields of the header that a reader of snapshots looks at. */
+    [[nodiscard]] irsdk_header header() const;
+    [[nodiscard]] const std::vector<irsdk_varHeader>& table() const { return m_table; }
+    [[nodiscard]] int bufferLength() const { return m_bufferLength; }
+
+    /** The snapshot of a tick, bufferLength() bytes. */
+    [[nodiscard]] std::vector<char> snapshot(int tick) const;
+    void fill(char* snapshot, int tick) const;
+
+    /** The results that the text shows at a tick: they follow the line by a second. */
+    [[nodiscard]] Results results(int tick) const;
+
+    /** A session text with these results. */
+    [[nodiscard]] std::string sessionText(const Results& results) const;
+
+private:
+    void addVariable(const std::string& name, irsdk_VarType type, int count,
+                     const std::string& unit);
+    void addOwnVariables();
+    void addPerCarVariables();
+    [[nodiscard]] const irsdk_varHeader& variable(const std::string& name) const;
+
+    [[nodiscard]] double distance(int car, double tick) const;  // laps
+    [[nodiscard]] double ticksPerLap(int car) const;
+
+    void fillOwnClock(char* snapshot, int tick) const;
+
+    int m_ticksPerLap;
+    int m_bufferLength = 0;
+    std::vector<irsdk_varHeader> m_table;
+    std::vector<char> m_start;  // a snapshot with what never changes
+};
+
+}  // namespace bench
