@@ -1,0 +1,383 @@
+#include "benchmarks/obvious/reader.h"
+#include "plugin/samplelists.h"
+#include "reader/irtelemetryreader.h"
+#include "tests/benchmarks/randomsimulator.h"
+#include "tests/benchmarks/sameresults.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+
+namespace fastpath {
+namespace {
+
+using TLM::SDK::Sample;
+
+constexpr int carCount = 64;
+
+std::string sessionText(const std::string& mode, const std::string& ownCar) {
+    return "---\nWeekendInfo:\n SimMode: " + mode + "\nDriverInfo:\n DriverCarIdx: " + ownCar +
+           "\n Drivers:\n - CarIdx: 3\n   UserName: A\n";
+}
+
+/** A list that the host keeps, and what it held when it came, in a copy of its own. */
+class KeptList {
+public:
+    explicit KeptList(const QList<Sample>& samples) : m_samples(samples) {
+        for (const Sample& sample : samples) {
+            TLM::SDK::DynamicData copy;
+            for (auto it = sample.data().cbegin(); it != sample.data().cend(); ++it) {
+                copy.setValue(it.key(), it.value());
+            }
+            m_copies.append(copy);
+        }
+    }
+
+    [[nodiscard]] testing::AssertionResult isUnchanged() const {
+        for (qsizetype car = 0; car < m_samples.size(); ++car) {
+            const testing::AssertionResult same = haveSameValues(m_samples[car], m_copies[car]);
+            if (!same) {
+                return testing::AssertionFailure() << "car " << car << ": " << same.message();
+            }
+        }
+        return testing::AssertionSuccess();
+    }
+
+private:
+    QList<Sample> m_samples;
+    QList<TLM::SDK::DynamicData> m_copies;
+};
+
+/** Keeps every third list or so for a random while and looks again and again whether it changed. */
+class ForgetfulHost {
+public:
+    explicit ForgetfulHost(unsigned int seed) : m_random(seed) {}
+
+    void take(KeptList samples) {
+        if (number(3) == 0) {
+            m_kept.push_back(std::move(samples));
+        }
+        while (!m_kept.empty() && (number(5) == 0 || m_kept.size() > 12)) {
+            const auto chosen = m_kept.begin() + number(static_cast<int>(m_kept.size()));
+            look(*chosen);
+            m_kept.erase(chosen);
+        }
+        if (!m_kept.empty()) {
+            look(m_kept[static_cast<std::size_t>(number(static_cast<int>(m_kept.size())))]);
+        }
+    }
+
+    /** Looks at all that is left; the number of changes that were seen. */
+    int finish() {
+        for (const KeptList& list : m_kept) {
+            look(list);
+        }
+        return m_changes;
+    }
+
+private:
+    int number(int count) { return std::uniform_int_distribution(0, count - 1)(m_random); }
+
+    void look(const KeptList& list) {
+        if (!list.isUnchanged()) {
+            ++m_changes;
+        }
+    }
+
+    std::mt19937 m_random;
+    std::deque<KeptList> m_kept;
+    int m_changes = 0;
+};
+
+/** The same on a thread of its own, which the lists reach through a queue. */
+class HostThread {
+public:
+    explicit HostThread(unsigned int seed) : m_host(seed), m_thread([this] { run(); }) {}
+
+    void take(KeptList samples) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_queue.push_back(std::move(samples));
+        }
+        m_wake.notify_one();
+        // At most a few lists are on their way.
+        while (queued() > 3) {
+            std::this_thread::yield();
+        }
+    }
+
+    int finish() {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_ended = true;
+        }
+        m_wake.notify_one();
+        m_thread.join();
+        return m_host.finish();
+    }
+
+private:
+    std::size_t queued() {
+        const std::lock_guard lock(m_mutex);
+        return m_queue.size();
+    }
+
+    void run() {
+        while (std::optional<KeptList> samples = next()) {
+            m_host.take(std::move(*samples));
+        }
+    }
+
+    std::optional<KeptList> next() {
+        std::unique_lock lock(m_mutex);
+        m_wake.wait(lock, [this] { return m_ended || !m_queue.empty(); });
+        if (m_queue.empty()) {
+            return std::nullopt;
+        }
+        KeptList samples = std::move(m_queue.front());
+        m_queue.pop_front();
+        return samples;
+    }
+
+    ForgetfulHost m_host;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::deque<KeptList> m_queue;
+    bool m_ended = false;
+    std::thread m_thread;
+};
+
+/** Samples and hands out lists as the plugin's tick does. */
+class PluginSampling {
+public:
+    void setYaml(const char* yaml) {
+        m_reader.setYaml(yaml);
+        m_reader.updateCarList();
+    }
+
+    const QList<Sample>& tick(const RandomSimulator& simulator) {
+        const irsdk_header header = simulator.header();
+        m_reader.prepareTick();
+        m_reader.getRawData(&header, simulator.table().data(), simulator.snapshot().data(),
+                            static_cast<qint64>(simulator.snapshot().size()));
+        QList<Sample>& samples = m_lists.take(carCount);
+        for (int car = 0; car < carCount; ++car) {
+            samples[car] = std::as_const(m_reader).sample(car);
+        }
+        return samples;
+    }
+
+    void release() { m_lists.release(); }
+
+private:
+    iRTelemetryReader m_reader;
+    SampleLists m_lists;
+};
+
+/**
+ * Writes through remembered places without asking whether somebody shares them: what the sampling
+ * would be without its generations. A test of the promise to hosts that this passes proves nothing.
+ */
+class CarelessSampling {
+public:
+    void setYaml(const char* yaml) {
+        m_scratch.setYaml(yaml);
+        m_scratch.updateCarList();
+    }
+
+    const QList<Sample>& tick(const RandomSimulator& simulator) {
+        const irsdk_header header = simulator.header();
+        m_scratch.getRawData(&header, simulator.table().data(), simulator.snapshot().data(),
+                             static_cast<qint64>(simulator.snapshot().size()));
+        m_samples.resize(carCount);
+        for (int car = 0; car < carCount; ++car) {
+            if (m_samples[car].isEmpty()) {
+                m_samples[car] = m_scratch.sample(car);
+            } else {
+                overwrite(std::as_const(m_samples)[car], m_scratch.sample(car));
+            }
+        }
+        return m_samples;
+    }
+
+    void release() {}
+
+private:
+    static void overwrite(const Sample& target, const Sample& source) {
+        for (auto it = target.data().cbegin(); it != target.data().cend(); ++it) {
+            const QVariant reading = source.value(it.key()).value;
+            const QVariant& place = it->value;
+            if (reading.metaType() == place.metaType() && reading.isValid()) {
+                std::memcpy(const_cast<void*>(place.constData()), reading.constData(),
+                            static_cast<std::size_t>(reading.metaType().sizeOf()));
+            }
+        }
+    }
+
+    obvious::Reader m_scratch;
+    QList<Sample> m_samples;
+};
+
+/** The number of changes that a host saw in lists that it kept. */
+template <typename Sampling, typename Host>
+int changesSeenByHost(int ticks) {
+    RandomSimulator simulator(41);
+    Sampling sampling;
+    Host host(43);
+    sampling.setYaml(sessionText("full", "3").c_str());
+    for (int tick = 0; tick < ticks; ++tick) {
+        simulator.advance();
+        host.take(KeptList(sampling.tick(simulator)));
+        sampling.release();
+    }
+    return host.finish();
+}
+
+/** A fast and an obvious reader through the same calls. */
+class TwoReaders {
+public:
+    explicit TwoReaders(unsigned int seed) : m_simulator(seed), m_host(seed) {}
+
+    /** Whether both samplings gave the same. */
+    [[nodiscard]] testing::AssertionResult tick() {
+        m_simulator.advance();
+        for (int i = m_simulator.number(2); i > 0; --i) {
+            doSomethingElse();
+        }
+        const irsdk_header header = m_simulator.header();
+        const auto sample = [this, &header](auto& reader) {
+            reader.prepareTick();
+            reader.getRawData(&header, m_simulator.table().data(), m_simulator.snapshot().data(),
+                              static_cast<qint64>(m_simulator.snapshot().size()));
+        };
+        sample(m_fast);
+        sample(m_obvious);
+        handOut();
+        return compare();
+    }
+
+    int changesSeenByHost() { return m_host.finish(); }
+
+private:
+    void doSomethingElse() {
+        const int car = m_simulator.number(carCount);
+        switch (m_simulator.number(12)) {
+            case 0:
+            case 1:
+                m_simulator.changeTable();
+                break;
+            case 2:
+                setYaml(std::to_string(m_simulator.number(70) - 2));
+                break;
+            case 3:
+                setYaml("none");
+                break;
+            case 4: {
+                const bool on = m_simulator.number(3) == 0;
+                m_fast.setDiskLoading(on);
+                m_obvious.setDiskLoading(on);
+                break;
+            }
+            case 5:
+                // A closed lap: the next tick starts another one with an empty sample.
+                m_fast.processLap(car, false);
+                m_obvious.processLap(car, false);
+                break;
+            case 6:
+                m_fast.sample(car).removeValue("lapdistpct");
+                m_obvious.sample(car).removeValue("lapdistpct");
+                break;
+            case 7:
+                m_fast.sample(car).setValue("gear", QVariant(QString("R")), QString());
+                m_obvious.sample(car).setValue("gear", QVariant(QString("R")), QString());
+                break;
+            case 8: {
+                const int tick = m_simulator.number(1000);
+                m_fast.sample(car).setValue("visitor", QVariant(tick), QString());
+                m_obvious.sample(car).setValue("visitor", QVariant(tick), QString());
+                break;
+            }
+            default:
+                m_fast.processData();
+                m_obvious.processData();
+                break;
+        }
+    }
+
+    void setYaml(const std::string& ownCar) {
+        static const std::array<std::string, 3> modes{"full", "replay", "other"};
+        const std::string text =
+            sessionText(modes[static_cast<std::size_t>(m_simulator.number(3))], ownCar);
+        m_fast.setYaml(text.c_str());
+        m_fast.updateCarList();
+        m_obvious.setYaml(text.c_str());
+        m_obvious.updateCarList();
+    }
+
+    void handOut() {
+        QList<Sample>& samples = m_lists.take(carCount);
+        for (int car = 0; car < carCount; ++car) {
+            samples[car] = std::as_const(m_fast).sample(car);
+        }
+        m_host.take(KeptList(samples));
+        m_lists.release();
+    }
+
+    testing::AssertionResult compare() {
+        for (int car = 0; car < carCount; ++car) {
+            const testing::AssertionResult same =
+                haveSameValues(std::as_const(m_fast).sample(car), m_obvious.sample(car));
+            if (!same) {
+                return testing::AssertionFailure() << "car " << car << ": " << same.message();
+            }
+        }
+        return testing::AssertionSuccess();
+    }
+
+    RandomSimulator m_simulator;
+    iRTelemetryReader m_fast;
+    obvious::Reader m_obvious;
+    SampleLists m_lists;
+    ForgetfulHost m_host;
+};
+
+TEST(SamplingFastPath, GivesTheSamplesOfTheObviousWayToTheBit) {
+    constexpr unsigned int readers = 24;
+    constexpr int ticksPerReader = 80;
+    int updates = 0;
+    for (unsigned int seed = 1; seed <= readers; ++seed) {
+        TwoReaders readersOfSeed(seed);
+        for (int tick = 0; tick < ticksPerReader; ++tick, updates += carCount) {
+            ASSERT_TRUE(readersOfSeed.tick()) << "seed " << seed << ", tick " << tick;
+        }
+        EXPECT_EQ(readersOfSeed.changesSeenByHost(), 0) << "seed " << seed;
+    }
+    EXPECT_GE(updates, 100'000);
+}
+
+TEST(SamplingFastPath, ChangesNothingInListsThatTheHostKeeps) {
+    EXPECT_EQ((changesSeenByHost<PluginSampling, ForgetfulHost>(600)), 0);
+}
+
+TEST(SamplingFastPath, ChangesNothingInListsThatAnotherThreadKeeps) {
+    EXPECT_EQ((changesSeenByHost<PluginSampling, HostThread>(600)), 0);
+}
+
+TEST(SamplingFastPath, WouldBeCaughtByTheHostIfItWroteToSharedValues) {
+    EXPECT_GT((changesSeenByHost<CarelessSampling, ForgetfulHost>(100)), 0);
+}
+
+TEST(SamplingFastPath, WouldBeCaughtByAnotherThreadIfItWroteToSharedValues) {
+    EXPECT_GT((changesSeenByHost<CarelessSampling, HostThread>(600)), 0);
+}
+
+}  // namespace
+}  // namespace fastpath

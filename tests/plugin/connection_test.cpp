@@ -1,0 +1,592 @@
+#include "tests/plugin/plugintest.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <limits>
+#include <string>
+
+using namespace Qt::StringLiterals;
+using TLM::SDK::CarInfo;
+using TLM::SDK::CarStatus;
+using TLM::SDK::LivePluginInfo;
+
+namespace {
+
+using Uninitialized = PluginTest;
+using Connection = InitializedPluginTest;
+using EndOfConnection = ConnectedPluginTest;
+using Reconnection = ConnectedPluginTest;
+
+const QStringList refused{u"NotConnected"_s};
+const QStringList unavailable{u"ConnectivityAvailable false"_s};
+const QStringList available{u"ConnectivityAvailable true"_s};
+
+}  // namespace
+
+// --- Before initialize() -----------------------------------------------------------------------
+
+TEST_F(Uninitialized, HasNoTimerAndIsNotConnected) {
+    EXPECT_TRUE(plugin->findChildren<QTimer*>().isEmpty());
+    EXPECT_FALSE(plugin->isConnected());
+}
+
+TEST_F(Uninitialized, RefusesToConnectThoughTheSimulatorRuns) {
+    simulator.publish();
+    connectWhileRunning();
+    EXPECT_EQ(host.heard(), refused);
+    EXPECT_FALSE(plugin->isConnected());
+}
+
+TEST_F(Uninitialized, FindsNothingAvailableThoughTheSimulatorRuns) {
+    simulator.publish();
+    simulator.run();
+    plugin->checkConnectionAvailability();
+    simulator.stand();
+    EXPECT_EQ(host.heard(), unavailable);
+}
+
+TEST_F(Uninitialized, IgnoresADisconnection) {
+    plugin->disconnectFromSource();
+    EXPECT_EQ(host.heard(), QStringList());
+}
+
+TEST_F(Uninitialized, IgnoresItsSlots) {
+    simulator.publish();
+    plugin->tick();
+    plugin->updateCarList();
+    EXPECT_EQ(host.heard(), QStringList());
+}
+
+TEST_F(Uninitialized, OpensNothing) {
+    simulator.publish();
+    const OpenObjects before = OpenObjects::now();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    plugin->tick();
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+// --- initialize() ------------------------------------------------------------------------------
+
+TEST_F(Connection, StartsWithATimerOfTenMillisecondsThatDoesNotRun) {
+    ASSERT_NE(timer(), nullptr);
+    EXPECT_EQ(timer()->interval(), 10);
+    EXPECT_FALSE(timer()->isSingleShot());
+    EXPECT_FALSE(timer()->isActive());
+    EXPECT_EQ(timer()->parent(), plugin.data());
+}
+
+// --- No simulator, or none that delivers -------------------------------------------------------
+
+TEST_F(PluginTest, RefusesToConnectWithoutASimulator) {
+    initialize();
+    plugin->connectToSource();
+    EXPECT_EQ(host.heard(), refused);
+    EXPECT_FALSE(plugin->isConnected());
+    EXPECT_FALSE(timer()->isActive());
+}
+
+TEST_F(PluginTest, FindsNothingAvailableWithoutASimulator) {
+    initialize();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), unavailable);
+    EXPECT_FALSE(plugin->isConnected());
+}
+
+TEST_F(PluginTest, RefusesABlockWithoutAnEventAndLeavesNothingOpen) {
+    initialize();
+    simulator.publisher.publishBlock(simulator.block);
+    const OpenObjects before = OpenObjects::now();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+TEST_F(PluginTest, RefusesAnEventWithoutABlock) {
+    initialize();
+    simulator.publisher.createEvent();
+    const OpenObjects before = OpenObjects::now();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+TEST_F(PluginTest, RefusesABlockTooSmallForItsHeader) {
+    initialize();
+    simulator.publisher.command("empty 60");
+    simulator.publisher.createEvent();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+}
+
+TEST_F(PluginTest, RefusesABlockOfZeros) {
+    initialize();
+    simulator.publisher.command("empty 65536");
+    simulator.publisher.createEvent();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+}
+
+TEST_F(Connection, RefusesABlockWithoutFreshDataAfterAWait) {
+    constexpr qint64 almostTheWait = 190;  // of 200 ms; clocks differ a little
+    simulator.nextTick();
+    QElapsedTimer time;
+    time.start();
+    plugin->connectToSource();
+    EXPECT_GE(time.elapsed(), almostTheWait);
+    EXPECT_EQ(host.heard(), refused);
+    EXPECT_FALSE(plugin->isConnected());
+}
+
+TEST_F(Connection, FindsABlockWithoutFreshDataUnavailable) {
+    simulator.nextTick();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), unavailable);
+}
+
+TEST_F(Connection, RefusesASimulatorThatSaysItIsStopped) {
+    simulator.publisher.setStatus(2);  // other bits mean nothing
+    simulator.run();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    simulator.stand();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+}
+
+TEST_F(Connection, RefusesWhatACrashedSimulatorLeftBehind) {
+    simulator.nextTick();
+    simulator.crash();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+    testsupport::Publisher cleaner(testsupport::Publisher::Where::OtherProcess);
+    cleaner.publish(simulator.block);
+}
+
+TEST_F(Connection, LeavesNothingOpenAfterARefusal) {
+    const OpenObjects before = OpenObjects::now();
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+TEST_F(Connection, SucceedsWhenTheSimulatorCameAfterARefusal) {
+    plugin->connectToSource();
+    ASSERT_EQ(host.heard(), refused);
+    connectWhileRunning();
+    EXPECT_EQ(host.events(), refused + connecting);
+}
+
+class WrongBufferLength : public InitializedPluginTest,
+                          public ::testing::WithParamInterface<int> {};
+
+TEST_P(WrongBufferLength, IsABlockWithoutData) {
+    simulator.run();
+    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), GetParam());
+    plugin->connectToSource();
+    plugin->checkConnectionAvailability();
+    simulator.stand();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_FALSE(plugin->isConnected());
+}
+
+TEST_P(WrongBufferLength, IsForgottenOnceItIsRight) {
+    const int length = simulator.block.header().bufferLength;
+    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), GetParam());
+    plugin->connectToSource();
+    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), length);
+    connectWhileRunning();
+    EXPECT_EQ(host.events(), refused + connecting);
+}
+
+INSTANTIATE_TEST_SUITE_P(Connection, WrongBufferLength,
+                         ::testing::Values(0, -1, std::numeric_limits<int>::min(), 1'000'000,
+                                           std::numeric_limits<int>::max()));
+
+// --- Connecting --------------------------------------------------------------------------------
+
+TEST_F(Connection, TellsConnectionThenCarsThenAMessage) {
+    connectWhileRunning();
+    EXPECT_EQ(host.heard(), (QStringList{u"Connected"_s, u"CarListChanged 64"_s,
+                                         u"Message [iRacing plugin] Connected (0)"_s}));
+    EXPECT_TRUE(plugin->isConnected());
+    EXPECT_TRUE(timer()->isActive());
+}
+
+TEST_F(Connection, NamesTheCarsOfTheSession) {
+    connectWhileRunning();
+    const LivePluginInfo info = host.lastCarList();
+    EXPECT_EQ(info.pluginName(), u"iR Plugin"_s);
+    EXPECT_EQ(info.sourceName(), u"iRacing"_s);
+    ASSERT_EQ(info.cars.size(), 64);
+    const CarInfo& fast = info.cars[fastCar];
+    EXPECT_EQ(fast.carId(), u"5"_s);
+    EXPECT_EQ(fast.driverName(), u"Fast Driver"_s);
+    EXPECT_EQ(fast.teamName(), u"Fast Driver Team"_s);
+    EXPECT_EQ(fast.carName(), u"Roadster"_s);
+    EXPECT_EQ(fast.className(), u"RDS"_s);
+    EXPECT_EQ(fast.status(), CarStatus::Undefined);
+    EXPECT_TRUE(fast.source().isEmpty());
+    EXPECT_TRUE(fast.trackName().isEmpty());
+    for (int i = 0; i < info.cars.size(); ++i) {
+        EXPECT_EQ(info.cars[i].carId(), QString::number(i));
+        EXPECT_EQ(info.cars[i].detailedTelemetry(), i == ownCar) << i;
+    }
+    EXPECT_TRUE(info.cars[0].driverName().isEmpty());
+}
+
+TEST_F(Connection, NeedsNoSessionText) {
+    simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1);
+    connectWhileRunning();
+    EXPECT_EQ(host.heard(), connecting);
+    tick();
+    EXPECT_EQ(host.samples.size(), 1);
+}
+
+TEST_F(Connection, SendsNoCarListWhenTheSessionNamesNobody) {
+    StagedSession nobody;
+    nobody.drivers.clear();
+    simulator.rewriteSession(nobody);
+    connectWhileRunning();
+    EXPECT_EQ(host.heard(), connecting);
+}
+
+TEST_F(Connection, IgnoresASecondCall) {
+    connectWhileRunning();
+    host.forget();
+    connectWhileRunning();
+    EXPECT_EQ(host.heard(), QStringList());
+    EXPECT_TRUE(plugin->isConnected());
+    EXPECT_TRUE(timer()->isActive());
+}
+
+TEST_F(Connection, TicksByItsTimer) {
+    simulator.run();
+    plugin->connectToSource();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return host.samples.size() >= 5; }, 20000));
+    simulator.stand();
+}
+
+// --- Probing -----------------------------------------------------------------------------------
+
+TEST_F(Connection, IsFoundAvailableWithoutBeingOpened) {
+    const OpenObjects before = OpenObjects::now();
+    simulator.run();
+    plugin->checkConnectionAvailability();
+    simulator.stand();
+    EXPECT_EQ(host.heard(), available);
+    EXPECT_FALSE(plugin->isConnected());
+    EXPECT_FALSE(timer()->isActive());
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+TEST_F(Connection, CanBeMadeAfterItWasFoundAvailable) {
+    simulator.run();
+    plugin->checkConnectionAvailability();
+    plugin->checkConnectionAvailability();
+    plugin->connectToSource();
+    simulator.stand();
+    EXPECT_EQ(host.events(), available + available + connecting);
+}
+
+TEST_F(EndOfConnection, IsNotCausedByAProbeWhichSaysNothing) {
+    plugin->checkConnectionAvailability();
+    EXPECT_EQ(host.heard(), QStringList());
+    EXPECT_TRUE(plugin->isConnected());
+    tick();
+    EXPECT_EQ(host.samples.size(), 1);
+}
+
+// --- Disconnecting -----------------------------------------------------------------------------
+
+TEST_F(Connection, IsNotThereToBeEnded) {
+    plugin->disconnectFromSource();
+    EXPECT_EQ(host.heard(), QStringList());
+}
+
+TEST_F(EndOfConnection, IsToldAndThenPutIntoWords) {
+    plugin->disconnectFromSource();
+    EXPECT_EQ(host.heard(), disconnecting);
+    EXPECT_FALSE(plugin->isConnected());
+    EXPECT_FALSE(timer()->isActive());
+}
+
+TEST_F(EndOfConnection, IsToldOnce) {
+    plugin->disconnectFromSource();
+    plugin->disconnectFromSource();
+    EXPECT_EQ(host.heard(), disconnecting);
+}
+
+TEST_F(EndOfConnection, IsTheEndOfTicks) {
+    plugin->disconnectFromSource();
+    host.forget();
+    simulator.run();
+    QTest::qWait(100);
+    plugin->tick();
+    simulator.stand();
+    EXPECT_EQ(host.heard(), QStringList());
+}
+
+TEST_F(EndOfConnection, ClosesTheLink) {
+    plugin->disconnectFromSource();
+    const OpenObjects closed = OpenObjects::now();
+    EXPECT_EQ(closed.simulatorMaps, 0);
+    connectAndTick();
+    EXPECT_NE(OpenObjects::now(), closed);
+    plugin->disconnectFromSource();
+    EXPECT_EQ(OpenObjects::now(), closed);
+}
+
+TEST_F(EndOfConnection, HandsOverNoOpenLapThenOrLater) {
+    for (int i = 0; i < 5; ++i) {
+        tick();
+    }
+    plugin->disconnectFromSource();
+    EXPECT_TRUE(host.telemetryLaps.isEmpty());
+    connectAndTick();
+    tick();
+    EXPECT_TRUE(host.telemetryLaps.isEmpty());
+}
+
+TEST_F(EndOfConnection, ClosesEveryCarsLapSoThatTheNextOneBeginsWithTheNextConnection) {
+    constexpr int ticksAfterwards = 3;
+    for (int i = 0; i < 10; ++i) {
+        tick();
+    }
+    plugin->disconnectFromSource();
+    connectAndTick();
+    for (int i = 1; i < ticksAfterwards; ++i) {
+        tick();
+    }
+    for (const int car : {ownCar, fastCar, slowCar}) {
+        simulator.crossLine(car);
+    }
+    tick();
+    ASSERT_EQ(host.laps().size(), 3);
+    for (const auto& lap : host.laps()) {
+        EXPECT_EQ(lap->size(), ticksAfterwards) << lap->carId().toStdString();
+    }
+}
+
+TEST_F(EndOfConnection, ByDestructionIsSilentAndClosesTheLink) {
+    delete plugin.data();
+    EXPECT_EQ(host.heard(), QStringList());
+    EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
+}
+
+TEST_F(Connection, LeavesNothingOpenWhenTheConnectedPluginIsDestroyed) {
+    const OpenObjects before = OpenObjects::now();
+    connectAndTick();
+    delete plugin.data();
+    EXPECT_EQ(host.heard(), QStringList());
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+TEST_F(Connection, LeavesTheLinkToTheNextPluginWhenAnUnconnectedOneIsDestroyed) {
+    connectAndTick();
+    delete new iRPluginLive;
+    tick();
+    EXPECT_EQ(host.samples.size(), 1);
+}
+
+// --- A second initialize() ---------------------------------------------------------------------
+
+TEST_F(EndOfConnection, ComesWithASecondInitializationFirst) {
+    plugin->initialize();
+    EXPECT_EQ(host.heard(), disconnecting + QStringList{u"CarListChanged 64"_s});
+    EXPECT_FALSE(plugin->isConnected());
+    EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
+}
+
+TEST_F(EndOfConnection, ByASecondInitializationLeavesOneTimerThatStands) {
+    plugin->initialize();
+    ASSERT_NE(timer(), nullptr);
+    EXPECT_FALSE(timer()->isActive());
+    EXPECT_EQ(timer()->interval(), 10);
+}
+
+TEST_F(EndOfConnection, ByASecondInitializationAllowsANewOneWithOneTickATimeout) {
+    constexpr qsizetype ticksUntilTheSimulatorIsDown = 101;
+    plugin->initialize();
+    connectAndTick();
+    const QSignalSpy timeouts(timer(), &QTimer::timeout);
+    simulator.runWithoutData();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !plugin->isConnected(); }, 20000));
+    simulator.stand();
+    EXPECT_EQ(timeouts.size(), ticksUntilTheSimulatorIsDown);
+}
+
+TEST_F(Connection, AnnouncesTheNamesItKnowsWhenItIsInitializedAgain) {
+    connectAndTick();
+    plugin->initialize();
+    EXPECT_EQ(driverName(fastCar), u"Fast Driver"_s);
+}
+
+// --- Reconnecting ------------------------------------------------------------------------------
+
+TEST_F(Reconnection, SendsNoCarListWhenNothingChanged) {
+    tick();
+    plugin->disconnectFromSource();
+    host.forget();
+    connectWhileRunning();
+    EXPECT_EQ(host.heard(), connecting);
+}
+
+TEST_F(Reconnection, SendsTheCarListWhenADriverJoinedMeanwhile) {
+    plugin->disconnectFromSource();
+    StagedSession joined;
+    joined.drivers.push_back({11, "Late Driver"});
+    simulator.rewriteSession(joined);
+    host.forget();
+    connectWhileRunning();
+    EXPECT_EQ(host.heard(), (QStringList{u"Connected"_s, u"CarListChanged 64"_s,
+                                         u"Message [iRacing plugin] Connected (0)"_s}));
+    EXPECT_EQ(driverName(11), u"Late Driver"_s);
+    EXPECT_EQ(driverName(fastCar), u"Fast Driver"_s);
+}
+
+TEST_F(Connection, ReadsTheSessionOnceMoreInItsFirstTick) {
+    StagedSession renamed;
+    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    connectWhileRunning();
+    simulator.overwriteSession(renamed);
+    host.forget();
+    tick();
+    EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
+    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+}
+
+TEST_F(Reconnection, DoesNotReadTheSessionOnceMoreWhenItsCounterStoodStill) {
+    StagedSession renamed;
+    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    tick();
+    plugin->disconnectFromSource();
+    connectWhileRunning();
+    simulator.overwriteSession(renamed);
+    host.forget();
+    tick();
+    EXPECT_EQ(host.heard(), QStringList{u"Samples 64"_s});
+}
+
+TEST_F(Reconnection, ReadsTheSessionOnceMoreWhenItsCounterMoved) {
+    StagedSession renamed;
+    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    tick();
+    plugin->disconnectFromSource();
+    simulator.setSessionUpdate(1000);
+    connectWhileRunning();
+    simulator.publisher.setSessionText(1000, renamed.text());
+    host.forget();
+    tick();
+    EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
+}
+
+TEST_F(Reconnection, ReadsTheSessionOnceMoreAfterASecondInitialization) {
+    StagedSession renamed;
+    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    plugin->initialize();
+    connectWhileRunning();
+    simulator.overwriteSession(renamed);
+    host.forget();
+    tick();
+    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+}
+
+TEST_F(Reconnection, KeepsWhetherTheSessionIsAReplay) {
+    constexpr double ofTheOwnCar = 0.25;
+    constexpr double ofTheCarArray = 0.75;
+    StagedSession replay;
+    replay.simMode = "replay";
+    plugin->initialize();
+    simulator.rewriteSession(replay);
+    connectAndTick();
+    plugin->disconnectFromSource();
+
+    simulator.rewriteSession(StagedSession());
+    simulator.block.set("LapDistPct", ofTheOwnCar);
+    simulator.block.set("CarIdxLapDistPct", ofTheCarArray, ownCar);
+    connectAndTick();
+    tick();
+    EXPECT_EQ(value(ownCar, u"lapdistpct"_s).toDouble(), ofTheCarArray);
+
+    plugin->initialize();
+    connectAndTick();
+    tick();
+    EXPECT_EQ(value(ownCar, u"lapdistpct"_s).toDouble(), ofTheOwnCar);
+}
+
+TEST_F(Reconnection, KeepsTheNamesOfTheVariables) {
+    constexpr double speed = 61.5;
+    plugin->disconnectFromSource();
+    simulator.block.set("Speed", speed);
+    std::memcpy(simulator.block.variable("Speed").name, "Pace", sizeof "Pace");
+    simulator.publisher.publishBlock(simulator.block);
+    connectAndTick();
+    tick();
+    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
+    EXPECT_FALSE(host.lastSamples()[ownCar].containsValue(u"pace"_s));
+}
+
+class OtherBufferLength : public ConnectedPluginTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(OtherBufferLength, IsTakenByTheNextConnection) {
+    constexpr double speed = 61.5;
+    plugin->disconnectFromSource();
+    simulator.layOut(GetParam());
+    simulator.publish();
+    simulator.block.set("Speed", speed);
+    connectAndTick();
+    tick();
+    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
+    EXPECT_EQ(host.samples.size(), 1);
+}
+
+TEST_P(OtherBufferLength, IsTakenByTheNextProbe) {
+    constexpr double speed = 61.5;
+    plugin->disconnectFromSource();
+    simulator.layOut(GetParam());
+    simulator.publish();
+    simulator.block.set("Speed", speed);
+    host.forget();
+    simulator.run();
+    plugin->checkConnectionAvailability();
+    simulator.stand();
+    EXPECT_EQ(host.heard(), available);
+    connectAndTick();
+    tick();
+    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Reconnection, OtherBufferLength, ::testing::Values(1000, 4096, 65536));
+
+TEST_F(Reconnection, IsPossibleManyTimesAndLeavesNothingBehind) {
+    plugin->disconnectFromSource();
+    const OpenObjects before = OpenObjects::now();
+    for (int i = 0; i < 20; ++i) {
+        connectAndTick();
+        tick();
+        EXPECT_EQ(host.samples.size(), 1);
+        plugin->disconnectFromSource();
+        EXPECT_EQ(host.events(), disconnecting);
+    }
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+TEST_F(Reconnection, FindsASimulatorThatWasStartedAnew) {
+    simulator.publisher.command("unlink");
+    simulator.publisher.command("unlink event");
+    plugin->disconnectFromSource();
+    host.forget();
+    plugin->connectToSource();
+    EXPECT_EQ(host.heard(), refused);
+    simulator.publish();
+    connectWhileRunning();
+    EXPECT_EQ(host.events(), refused + connecting);
+}

@@ -1,0 +1,339 @@
+#include "sdk/plugininterfacelive.h"
+#include "tests/plugin/hostrecorder.h"
+#include "tests/plugin/lapslog.h"
+#include "tests/plugin/lockstepsimulator.h"
+#include "tests/support/printqt.h"
+
+#include <QMetaObject>
+#include <QPluginLoader>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using TLM::SDK::Lap;
+using TLM::SDK::LapType;
+using TLM::SDK::PluginInterfaceLive;
+using TLM::SDK::Session;
+
+namespace {
+
+using Laps = QList<QSharedPointer<Lap>>;
+
+const QTime noLapTime(0, 59, 59);
+
+/** A run of the simulator up to a tick. */
+struct SimulatorRun {
+    const char* name;
+    std::vector<std::string> arguments;
+    int lastTick;
+    QList<Session> sessions = {};  // of the laps, in their order
+
+    [[nodiscard]] bool isReplay() const {
+        return std::find(arguments.begin(), arguments.end(), "--replay") != arguments.end();
+    }
+};
+
+void PrintTo(const SimulatorRun& run, std::ostream* out) {
+    *out << run.name;
+}
+
+/** What a run gave: the laps that a host got and the laps that were driven. */
+struct Recording {
+    Laps laps;  // those with samples
+    std::vector<DrivenLap> driven;
+    QStringList events;  // without samples and car lists
+
+    [[nodiscard]] QList<Session> sessions() const {
+        QList<Session> sessions;
+        for (const auto& lap : laps) {
+            if (sessions.isEmpty() || sessions.last() != lap->session()) {
+                sessions.append(lap->session());
+            }
+        }
+        return sessions;
+    }
+};
+
+/** Connecting takes a tick that comes while it waits for one. */
+bool connectInLockstep(PluginInterfaceLive& plugin, LockstepSimulator& simulator) {
+    constexpr std::chrono::milliseconds betweenSteps(20);
+    constexpr int attempts = 10;
+    // The answer to a first step says that everything is published.
+    EXPECT_TRUE(simulator.step().has_value());
+    for (int i = 0; i < attempts && !plugin.isConnected(); ++i) {
+        std::atomic<bool> stop{false};
+        std::thread stepper([&] {
+            while (!stop) {
+                simulator.step();
+                std::this_thread::sleep_for(betweenSteps);
+            }
+        });
+        plugin.connectToSource();
+        stop = true;
+        stepper.join();
+    }
+    return plugin.isConnected();
+}
+
+Laps withSamples(const Laps& laps) {
+    Laps some;
+    std::copy_if(laps.cbegin(), laps.cend(), std::back_inserter(some),
+                 [](const auto& lap) { return !lap->isEmpty(); });
+    return some;
+}
+
+/** Loads the plugin as a host does and lets it take every tick of the run. */
+Recording record(const SimulatorRun& run) {
+    Recording recording;
+    LockstepSimulator simulator(run.arguments);
+    QPluginLoader loader(QStringLiteral(PLUGIN_MODULE));
+    const std::unique_ptr<QObject> object(loader.instance());
+    auto* plugin = qobject_cast<PluginInterfaceLive*>(object.get());
+    EXPECT_NE(plugin, nullptr) << loader.errorString().toStdString();
+    if (plugin == nullptr) {
+        return recording;
+    }
+    const HostRecorder host(plugin->dataEmitter());
+    plugin->initialize();
+    EXPECT_TRUE(connectInLockstep(*plugin, simulator));
+    // Cars stand until long after the connection, so that its exact tick makes no difference.
+    for (auto tick = simulator.step(); tick && *tick < run.lastTick; tick = simulator.step()) {
+        QMetaObject::invokeMethod(object.get(), "tick", Qt::DirectConnection);
+    }
+    EXPECT_TRUE(plugin->isConnected());
+    plugin->disconnectFromSource();
+    simulator.quit();
+    recording.laps = withSamples(host.laps());
+    recording.driven = readLapsLog(simulator.logFile());
+    recording.events = host.events();
+    return recording;
+}
+
+QList<double> samplesOf(const Lap& lap, const QString& channel) {
+    return lap.channels().contains(channel) ? lap.channels()[channel]->samples : QList<double>();
+}
+
+int lastTickOf(const Lap& lap) {
+    const QList<double> ticks = samplesOf(lap, u"sessiontick"_s);
+    return ticks.isEmpty() ? -1 : static_cast<int>(ticks.last());
+}
+
+std::string textOf(const DrivenLap& driven) {
+    return "car " + std::to_string(driven.car) + ", lap " + std::to_string(driven.lap) + " (" +
+           driven.kind + "), ticks " + std::to_string(driven.start) + " to " +
+           std::to_string(driven.finish);
+}
+
+/** The lap as the plugin says it in milliseconds, from the number that was published. */
+QTime publishedTime(const DrivenLap& driven) {
+    constexpr float millisecondsInASecond = 1000.0F;
+    return QTime(0, 0).addMSecs(static_cast<int>(millisecondsInASecond * driven.published));
+}
+
+/**
+ * Whether a lap of this kind is handed over. One that ends on pit road is, as not completed; one
+ * that ends because the car vanishes (its driver, the session or the simulator has left) is never
+ * closed.
+ */
+bool isHandedOver(const DrivenLap& driven) {
+    return driven.complete || driven.kind == "in";
+}
+
+class EndToEnd : public ::testing::TestWithParam<SimulatorRun> {
+protected:
+    EndToEnd() : recording(record(GetParam())) {}
+
+    /** The one lap that ends with the last tick before the driven one ended. */
+    QSharedPointer<Lap> handedOver(const DrivenLap& driven) const {
+        // A replay that is played fast leaves ticks out.
+        const int largestStep = GetParam().isReplay() ? 8 : 1;
+        Laps found;
+        for (const auto& lap : recording.laps) {
+            const auto ticksBefore = driven.finish - lastTickOf(*lap);
+            if (lap->carId().toInt() == driven.car && ticksBefore >= 1 &&
+                ticksBefore <= largestStep) {
+                found.append(lap);
+            }
+        }
+        EXPECT_LE(found.size(), 1) << textOf(driven);
+        return found.isEmpty() ? QSharedPointer<Lap>() : found.first();
+    }
+
+    /**
+     * Only the own car's sample tells the state of the session, so that the recording of another
+     * car begins on the grid of a race and not at its start.
+     */
+    static bool beganOnTheGrid(const DrivenLap& driven, const Lap& lap) {
+        return lap.session() == Session::Race && !lap.detailedTelemetry() && driven.lap <= 1;
+    }
+
+    /** An own lap of which a part was searched through is recorded anew behind that part. */
+    static bool wasSearched(const DrivenLap& driven, const Lap& lap) {
+        constexpr double fewTicks = 3;
+        return GetParam().isReplay() && lap.detailedTelemetry() && driven.kind == "flying" &&
+               samplesOf(lap, u"sessiontick"_s).first() >
+                   static_cast<double>(driven.start) + fewTicks;
+    }
+
+    static void expectHeader(const DrivenLap& driven, const Lap& lap) {
+        EXPECT_EQ(lap.pluginName(), u"iR Plugin"_s);
+        EXPECT_EQ(lap.source(), u"iRacing"_s);
+        EXPECT_FALSE(lap.driverName().isEmpty());
+        EXPECT_EQ(lap.completed(), driven.complete);
+        if (wasSearched(driven, lap)) {
+            EXPECT_EQ(lap.lapType(), LapType::OutLap);
+            EXPECT_EQ(lap.lapTime(), noLapTime);
+            return;
+        }
+        const bool isOutLap = driven.kind == "out";
+        EXPECT_EQ(lap.lapType(), isOutLap ? LapType::OutLap : LapType::FlyingLap);
+        const bool hasTime = driven.complete && driven.seconds > 0.0 &&
+                             (!isOutLap || lap.session() == Session::Race);
+        EXPECT_EQ(lap.lapTime(), hasTime ? publishedTime(driven) : noLapTime);
+    }
+
+    static void expectChannels(const DrivenLap& driven, const Lap& lap) {
+        for (const auto& [name, channel] : lap.channels().asKeyValueRange()) {
+            EXPECT_EQ(channel->samples.size(), lap.size()) << name.toStdString();
+        }
+        if (beganOnTheGrid(driven, lap)) {
+            return;
+        }
+        const QList<double> distance = samplesOf(lap, u"lapdistpct"_s);
+        EXPECT_TRUE(std::is_sorted(distance.cbegin(), distance.cend()));
+        const QList<double> ticks = samplesOf(lap, u"sessiontick"_s);
+        if (!GetParam().isReplay()) {
+            // The tick that closed the lap before is the only one that is not recorded.
+            EXPECT_GE(ticks.size(), static_cast<qsizetype>(ticks.last() - ticks.first()));
+        }
+        const bool beganAtTheFormation = lap.session() == Session::Race && driven.lap == 0;
+        if (!wasSearched(driven, lap) && !beganAtTheFormation) {
+            constexpr double ticksUntilALapIsOpen = 2;
+            EXPECT_NEAR(ticks.first(), static_cast<double>(driven.start), ticksUntilALapIsOpen);
+        }
+    }
+
+    /**
+     * Results follow the line by up to 2 s. Until then the lap is still open, and for ever when the
+     * car vanishes meanwhile.
+     */
+    bool vanishedBeforeItsResult(const DrivenLap& driven) const {
+        constexpr int resultTicks = 130;
+        return std::any_of(recording.driven.cbegin(), recording.driven.cend(),
+                           [&driven](const DrivenLap& next) {
+                               return next.car == driven.car && next.start == driven.finish &&
+                                      !next.complete && next.finish - next.start < resultTicks;
+                           });
+    }
+
+    Recording recording;
+};
+
+bool sameBits(const QList<double>& a, const QList<double>& b) {
+    return a.size() == b.size() &&
+           std::memcmp(a.constData(), b.constData(),
+                       static_cast<std::size_t>(a.size()) * sizeof(double)) == 0;
+}
+
+bool sameValues(const Lap& a, const Lap& b) {
+    if (a.values().valueNameList() != b.values().valueNameList()) {
+        return false;
+    }
+    const QStringList names = a.values().valueNameList();
+    return std::all_of(names.cbegin(), names.cend(), [&](const QString& name) {
+        return a.value(name).value == b.value(name).value &&
+               a.value(name).unit() == b.value(name).unit();
+    });
+}
+
+/** All but the random ids and the date. */
+void expectSameLap(const Lap& a, const Lap& b) {
+    EXPECT_EQ(a.carId(), b.carId());
+    EXPECT_EQ(a.driverName(), b.driverName());
+    EXPECT_EQ(a.carName(), b.carName());
+    EXPECT_EQ(a.trackName(), b.trackName());
+    EXPECT_EQ(a.sessionId(), b.sessionId());
+    EXPECT_EQ(a.session(), b.session());
+    EXPECT_EQ(a.lapType(), b.lapType());
+    EXPECT_EQ(a.lapTime(), b.lapTime());
+    EXPECT_EQ(a.completed(), b.completed());
+    EXPECT_EQ(a.lapInSession(), b.lapInSession());
+    EXPECT_EQ(a.lapInStint(), b.lapInStint());
+    EXPECT_EQ(a.stintInSession(), b.stintInSession());
+    EXPECT_TRUE(sameValues(a, b));
+    ASSERT_EQ(a.getAvailableRecordedChannels(), b.getAvailableRecordedChannels());
+    EXPECT_EQ(a.getAvailableCalculatedChannels(), b.getAvailableCalculatedChannels());
+    for (const QString& name : a.getAvailableRecordedChannels()) {
+        EXPECT_EQ(a.channels()[name]->unit(), b.channels()[name]->unit()) << name.toStdString();
+        EXPECT_TRUE(sameBits(samplesOf(a, name), samplesOf(b, name))) << name.toStdString();
+    }
+}
+
+const SimulatorRun practice{
+    "Practice", {"--track", "short", "--cars", "5", "--seed", "7"}, 3900, {Session::Practice}};
+
+const SimulatorRun runs[] = {
+    practice,
+    {"Weekend",
+     {"--track", "short", "--cars", "3", "--seed", "7", "--session", "weekend", "--session-length",
+      "20"},
+     6650,
+     {Session::Practice, Session::Qualify}},
+    {"Race",
+     {"--track", "short", "--cars", "4", "--seed", "7", "--session", "race", "--race-laps", "2"},
+     5250,
+     {Session::Race}},
+    {"Replay",
+     {"--track", "short", "--cars", "2", "--seed", "2", "--replay"},
+     6600,
+     {Session::Practice}},
+};
+
+}  // namespace
+
+TEST_P(EndToEnd, HandsOverTheLapsThatWereDriven) {
+    qsizetype expected = 0;
+    for (const DrivenLap& driven : recording.driven) {
+        SCOPED_TRACE(textOf(driven));
+        const QSharedPointer<Lap> lap = handedOver(driven);
+        if (!vanishedBeforeItsResult(driven)) {
+            EXPECT_EQ(!lap.isNull(), isHandedOver(driven));
+        }
+        if (!lap.isNull()) {
+            ++expected;
+            expectHeader(driven, *lap);
+            expectChannels(driven, *lap);
+        }
+    }
+    EXPECT_EQ(recording.laps.size(), expected);
+    EXPECT_EQ(recording.sessions(), GetParam().sessions);
+    EXPECT_EQ(recording.events.count(u"Disconnected"_s), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, EndToEnd, ::testing::ValuesIn(runs),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(EndToEndTwice, HandsOverTheSameLapsForTheSameSeed) {
+    SimulatorRun run = practice;
+    run.lastTick = 2400;
+    const Laps first = record(run).laps;
+    const Laps second = record(run).laps;
+    ASSERT_FALSE(first.isEmpty());
+    ASSERT_EQ(first.size(), second.size());
+    for (qsizetype i = 0; i < first.size(); ++i) {
+        SCOPED_TRACE(first[i]->carId().toStdString());
+        expectSameLap(*first[i], *second[i]);
+        EXPECT_NE(first[i]->lapId(), second[i]->lapId());
+    }
+}

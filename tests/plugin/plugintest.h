@@ -1,0 +1,111 @@
+#pragma once
+
+#include "plugin/irpluginlive.h"
+#include "tests/plugin/hostrecorder.h"
+#include "tests/plugin/openobjects.h"
+#include "tests/plugin/stagedsimulator.h"
+#include "tests/support/printqt.h"
+
+#include <QPointer>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+/**
+ * A plugin with a host that listens and a simulator that a test moves by hand. Nothing is published
+ * and nothing initialized at the start. No event loop runs unless a test runs one, so that ticks
+ * are those of the test alone.
+ */
+class PluginTest : public ::testing::Test {
+protected:
+    PluginTest() : plugin(new iRPluginLive), host(plugin->dataEmitter()) {}
+    ~PluginTest() override { delete plugin.data(); }
+
+    void initialize() {
+        plugin->initialize();
+        host.forget();
+    }
+
+    /** Publishes, and calls the operation while the simulator runs. */
+    void connectWhileRunning() {
+        simulator.run();
+        plugin->connectToSource();
+        simulator.stand();
+    }
+
+    /** Connected, one tick done, nothing heard yet. */
+    void connectAndTick() {
+        connectWhileRunning();
+        ASSERT_TRUE(plugin->isConnected());
+        tick();
+        host.forget();
+    }
+
+    /** Connected, with the newest snapshot at once made one that the link has seen. */
+    void connectWithoutUnreadData() {
+        connectWhileRunning();
+        ASSERT_TRUE(plugin->isConnected());
+        irsdk_getNewData(nullptr);
+    }
+
+    /** One snapshot and the tick that takes it. */
+    void tick() {
+        simulator.nextTick();
+        plugin->tick();
+    }
+
+    /** Ticks that find nothing new, without the wait for it that each takes in silence. */
+    void ticksWithoutData(int count) {
+        simulator.runWithoutData();
+        for (int i = 0; i < count; ++i) {
+            plugin->tick();
+        }
+        simulator.stand();
+    }
+
+    [[nodiscard]] QTimer* timer() const {
+        const QList<QTimer*> timers = plugin->findChildren<QTimer*>();
+        return timers.size() == 1 ? timers.first() : nullptr;
+    }
+
+    /** A value of the last list of samples. */
+    [[nodiscard]] QVariant value(int car, const QString& name) const {
+        return host.lastSamples().value(car).value(name).value;
+    }
+
+    [[nodiscard]] QString driverName(int car) const {
+        return host.lastCarList().cars.value(car).driverName();
+    }
+
+    static constexpr int ownCar = StagedSimulator::ownCar;
+    static constexpr int fastCar = StagedSimulator::fastCar;
+    static constexpr int slowCar = StagedSimulator::slowCar;
+
+    // What connecting and disconnecting say, apart from car lists.
+    const QStringList connecting{QStringLiteral("Connected"),
+                                 QStringLiteral("Message [iRacing plugin] Connected (0)")};
+    const QStringList disconnecting{QStringLiteral("Disconnected"),
+                                    QStringLiteral("Message [iRacing plugin] Disconnected (0)")};
+
+    StagedSimulator simulator;
+    QPointer<iRPluginLive> plugin;
+    HostRecorder host;
+};
+
+/** The same with a published simulator and an initialized plugin. */
+class InitializedPluginTest : public PluginTest {
+protected:
+    void SetUp() override {
+        simulator.publish();
+        initialize();
+    }
+};
+
+/** The same, connected. */
+class ConnectedPluginTest : public InitializedPluginTest {
+protected:
+    void SetUp() override {
+        InitializedPluginTest::SetUp();
+        connectAndTick();
+    }
+};

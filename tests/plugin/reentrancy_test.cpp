@@ -1,0 +1,439 @@
+#include "tests/plugin/plugintest.h"
+
+#include <QCoreApplication>
+#include <QTest>
+
+#include <ostream>
+#include <string>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+// A host calls the plugin out of the slots that hear it: each signal is crossed with each thing
+// that a slot may do.
+
+namespace {
+
+class Reentrancy;
+
+/** What a slot does. */
+struct Action {
+    const char* name;
+    void (Reentrancy::*act)();
+};
+
+/** Where the plugin is when it emits the signal. */
+enum class Setting {
+    Unconnected,  // nothing is heard of a connection before
+    Connected,    // the host listens from within a connection on
+    Tick          // so it does, and the signal comes out of a tick
+};
+
+/** The signal whose slot does it. */
+struct Moment {
+    const char* name;
+    QString entry;  // as the recorder writes it
+    void (Reentrancy::*provoke)();
+    Setting setting;
+    QStringList rest;  // what is heard afterwards when the slot disturbs nothing; without car lists
+};
+
+void PrintTo(const Action& action, std::ostream* out) {
+    *out << action.name;
+}
+
+void PrintTo(const Moment& moment, std::ostream* out) {
+    *out << moment.name;
+}
+
+class Reentrancy : public InitializedPluginTest,
+                   public ::testing::WithParamInterface<std::tuple<Moment, Action>> {
+public:
+    // --- Actions ---
+
+    void disconnect() { plugin->disconnectFromSource(); }
+    void connect() { plugin->connectToSource(); }
+    void probe() { plugin->checkConnectionAvailability(); }
+    void initializeAgain() { plugin->initialize(); }
+    void callTick() { plugin->tick(); }
+    void callUpdateCarList() { plugin->updateCarList(); }
+
+    void reconnect() {
+        disconnect();
+        connect();
+    }
+
+    void disconnectAndProbe() {
+        disconnect();
+        probe();
+    }
+
+    void initializeAndConnect() {
+        initializeAgain();
+        connect();
+    }
+
+    void runEventLoop() { QTest::qWait(loopMilliseconds); }
+
+    void runEventLoopThatDisconnects() {
+        QTimer::singleShot(0, plugin.data(), &iRPluginLive::disconnectFromSource);
+        runEventLoop();
+    }
+
+    void runEventLoopThatReconnects() {
+        QTimer::singleShot(0, plugin.data(), [this] { reconnect(); });
+        runEventLoop();
+    }
+
+    void runEventLoopThatDeletes() {
+        QTimer::singleShot(0, plugin.data(), &QObject::deleteLater);
+        runEventLoop();
+    }
+
+    void reconnectAndRunEventLoop() {
+        reconnect();
+        runEventLoop();
+    }
+
+    void deleteSoon() { plugin->deleteLater(); }
+    void deleteAtOnce() { delete plugin.data(); }
+
+    // --- Moments ---
+
+    void provokeInitialization() {
+        awaitMoment();
+        plugin->initialize();
+    }
+
+    void provokeConnection() {
+        awaitMoment();
+        connectWhileRunning();
+    }
+
+    void provokeRefusal() {
+        awaitMoment();
+        plugin->connectToSource();
+    }
+
+    void provokeProbe() {
+        awaitMoment();
+        simulator.run();
+        plugin->checkConnectionAvailability();
+        simulator.stand();
+    }
+
+    void provokeTick() {
+        stageTickWithEverything();
+        awaitMoment();
+        plugin->tick();
+    }
+
+    void provokeTickByTimer() {
+        stageTickWithEverything();
+        awaitMoment();
+        EXPECT_TRUE(QTest::qWaitFor([this] { return m_hasReacted; }, patience));
+        // The tick is over when the loop that called it runs again.
+        QCoreApplication::processEvents();
+    }
+
+    void provokeDisconnection() {
+        connectAndTick();
+        awaitMoment();
+        plugin->disconnectFromSource();
+    }
+
+    void provokeSilence() {
+        constexpr int missesThatEndAConnection = 101;
+        connectAndTick();
+        awaitMoment();
+        simulator.runWithoutData();
+        for (int i = 0; i < missesThatEndAConnection && !m_hasReacted; ++i) {
+            plugin->tick();
+        }
+        simulator.stand();
+    }
+
+protected:
+    static bool isOfATick(const QString& entry) {
+        return entry.startsWith("TelemetryLap"_L1) || entry.startsWith("Samples"_L1);
+    }
+
+    static QStringList withoutCarLists(QStringList entries) {
+        entries.removeAll(u"CarListChanged 64"_s);
+        return entries;
+    }
+
+    static const Moment& moment() { return std::get<Moment>(GetParam()); }
+    static const Action& action() { return std::get<Action>(GetParam()); }
+
+    void provoke() {
+        (this->*moment().provoke)();
+        ASSERT_TRUE(m_hasReacted) << transcript();
+    }
+
+    void awaitMoment() {
+        host.forget();
+        host.reactTo(moment().entry, [this] { react(); });
+    }
+
+    /** Lets the simulator run meanwhile, so that connecting succeeds and a tick would have data. */
+    void react() {
+        const bool standing = simulator.run();
+        m_heardBefore = host.heard().size();
+        (this->*action().act)();
+        m_heardAfter = host.heard().size();
+        m_wasDeleted = plugin.isNull();
+        m_hasReacted = true;
+        if (standing) {
+            simulator.stand();
+        }
+    }
+
+    [[nodiscard]] QStringList heardDuring() const {
+        return host.heard().sliced(m_heardBefore, m_heardAfter - m_heardBefore);
+    }
+    [[nodiscard]] QStringList heardAfter() const { return host.heard().sliced(m_heardAfter); }
+
+    /** Samples, laps and messages of a connection come between its two signals. */
+    void expectOrder() const {
+        bool open = moment().setting != Setting::Unconnected;
+        for (const QString& entry : host.heard()) {
+            if (entry == "Connected"_L1) {
+                EXPECT_FALSE(open) << transcript();
+                open = true;
+            } else if (entry == "Disconnected"_L1) {
+                EXPECT_TRUE(open) << transcript();
+                open = false;
+            } else if (isOfATick(entry) || entry.contains("Sim is down"_L1) ||
+                       entry.contains("] Connected"_L1)) {
+                EXPECT_TRUE(open) << transcript();
+            }
+        }
+    }
+
+    /** No tick runs inside another one. */
+    void expectNoTickWithinATick() const {
+        for (const QString& entry : heardDuring()) {
+            EXPECT_FALSE(moment().setting == Setting::Tick && isOfATick(entry)) << transcript();
+        }
+    }
+
+    /** The work that emitted the signal goes on unless its connection has ended. */
+    void expectRestOfTheWork() const {
+        const bool ended = m_wasDeleted || heardDuring().contains(u"Disconnected"_s);
+        if (ended) {
+            EXPECT_EQ(heardAfter(), QStringList()) << transcript();
+        } else {
+            EXPECT_EQ(withoutCarLists(heardAfter()), moment().rest) << transcript();
+        }
+    }
+
+    /** Whatever has happened, a plugin that was not deleted can be used as ever. */
+    void expectUsablePluginOrNone() {
+        deleteWhatIsToBeDeleted();
+        if (plugin.isNull()) {
+            return;
+        }
+        EXPECT_EQ(timer()->isActive(), plugin->isConnected());
+        plugin->disconnectFromSource();
+        connectAndTick();
+        tick();
+        EXPECT_EQ(host.samples.size(), 1) << transcript();
+        host.forget();
+        plugin->disconnectFromSource();
+        EXPECT_EQ(host.heard(), disconnecting);
+    }
+
+    [[nodiscard]] std::string transcript() const {
+        return "heard: " + host.heard().join("; "_L1).toStdString();
+    }
+
+    static constexpr int loopMilliseconds = 50;
+    static constexpr int patience = 20000;
+
+    bool m_hasReacted = false;
+    bool m_wasDeleted = false;
+
+private:
+    /** What deleteLater() leaves to the event loop happens without a word. */
+    void deleteWhatIsToBeDeleted() {
+        host.forget();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_EQ(host.heard(), QStringList());
+    }
+
+    /** A tick that will send the car list, two laps and the samples. */
+    void stageTickWithEverything() {
+        connectAndTick();
+        tick();
+        simulator.block.set("CarIdxLapDistPct", -1.0, slowCar);
+        tick();
+        simulator.crossLine(ownCar);
+        simulator.crossLine(fastCar);
+        simulator.nextTick();
+    }
+
+    qsizetype m_heardBefore = 0;
+    qsizetype m_heardAfter = 0;
+};
+
+class ReentrancyByTimer : public Reentrancy {};
+
+const QString connectedMessage = u"Message [iRacing plugin] Connected (0)"_s;
+const QString disconnectedMessage = u"Message [iRacing plugin] Disconnected (0)"_s;
+
+const Moment moments[] = {
+    {"Initialization",
+     u"CarListChanged 64"_s,
+     &Reentrancy::provokeInitialization,
+     Setting::Unconnected,
+     {}},
+    {"Connected",
+     u"Connected"_s,
+     &Reentrancy::provokeConnection,
+     Setting::Unconnected,
+     {connectedMessage}},
+    {"CarListOfConnection",
+     u"CarListChanged 64"_s,
+     &Reentrancy::provokeConnection,
+     Setting::Unconnected,
+     {connectedMessage}},
+    {"ConnectedMessage",
+     connectedMessage,
+     &Reentrancy::provokeConnection,
+     Setting::Unconnected,
+     {}},
+    {"NotConnected", u"NotConnected"_s, &Reentrancy::provokeRefusal, Setting::Unconnected, {}},
+    {"Available",
+     u"ConnectivityAvailable true"_s,
+     &Reentrancy::provokeProbe,
+     Setting::Unconnected,
+     {}},
+    {"CarListOfTick",
+     u"CarListChanged 64"_s,
+     &Reentrancy::provokeTick,
+     Setting::Tick,
+     {u"TelemetryLap 2"_s, u"TelemetryLap 5"_s, u"Samples 64"_s}},
+    {"FirstLapOfTick",
+     u"TelemetryLap 2"_s,
+     &Reentrancy::provokeTick,
+     Setting::Tick,
+     {u"TelemetryLap 5"_s, u"Samples 64"_s}},
+    {"LastLapOfTick",
+     u"TelemetryLap 5"_s,
+     &Reentrancy::provokeTick,
+     Setting::Tick,
+     {u"Samples 64"_s}},
+    {"Samples", u"Samples 64"_s, &Reentrancy::provokeTick, Setting::Tick, {}},
+    {"SimIsDownMessage",
+     u"Message [iRacing plugin] Sim is down (0)"_s,
+     &Reentrancy::provokeSilence,
+     Setting::Tick,
+     {u"Disconnected"_s, disconnectedMessage}},
+    {"DisconnectedAfterSilence",
+     u"Disconnected"_s,
+     &Reentrancy::provokeSilence,
+     Setting::Tick,
+     {disconnectedMessage}},
+    {"DisconnectedMessageAfterSilence",
+     disconnectedMessage,
+     &Reentrancy::provokeSilence,
+     Setting::Tick,
+     {}},
+    {"Disconnected",
+     u"Disconnected"_s,
+     &Reentrancy::provokeDisconnection,
+     Setting::Connected,
+     {disconnectedMessage}},
+    {"DisconnectedMessage",
+     disconnectedMessage,
+     &Reentrancy::provokeDisconnection,
+     Setting::Connected,
+     {}},
+};
+
+const Moment momentsOfTheTimer[] = {
+    {"CarList", u"CarListChanged 64"_s, &Reentrancy::provokeTickByTimer, Setting::Tick, {}},
+    {"Lap", u"TelemetryLap 2"_s, &Reentrancy::provokeTickByTimer, Setting::Tick, {}},
+    {"Samples", u"Samples 64"_s, &Reentrancy::provokeTickByTimer, Setting::Tick, {}},
+};
+
+const Action actions[] = {
+    {"Disconnects", &Reentrancy::disconnect},
+    {"Connects", &Reentrancy::connect},
+    {"Reconnects", &Reentrancy::reconnect},
+    {"Probes", &Reentrancy::probe},
+    {"DisconnectsAndProbes", &Reentrancy::disconnectAndProbe},
+    {"RunsAnEventLoop", &Reentrancy::runEventLoop},
+    {"RunsAnEventLoopThatDisconnects", &Reentrancy::runEventLoopThatDisconnects},
+    {"RunsAnEventLoopThatReconnects", &Reentrancy::runEventLoopThatReconnects},
+    {"RunsAnEventLoopThatDeletes", &Reentrancy::runEventLoopThatDeletes},
+    {"ReconnectsAndRunsAnEventLoop", &Reentrancy::reconnectAndRunEventLoop},
+    {"Initializes", &Reentrancy::initializeAgain},
+    {"InitializesAndConnects", &Reentrancy::initializeAndConnect},
+    {"CallsTick", &Reentrancy::callTick},
+    {"CallsUpdateCarList", &Reentrancy::callUpdateCarList},
+    {"DeletesLater", &Reentrancy::deleteSoon},
+    {"DeletesAtOnce", &Reentrancy::deleteAtOnce},
+};
+
+std::string rowName(const ::testing::TestParamInfo<std::tuple<Moment, Action>>& row) {
+    return std::string(std::get<Moment>(row.param).name) + "_" + std::get<Action>(row.param).name;
+}
+
+}  // namespace
+
+// initialize() leaves an unconnected plugin behind, whatever its own signals have led to.
+TEST_F(ConnectedPluginTest, IsUnconnectedAfterAnInitializationThatItsHostAnsweredByConnecting) {
+    simulator.run();
+    host.reactTo(u"Disconnected"_s, [this] { plugin->connectToSource(); });
+    plugin->initialize();
+    simulator.stand();
+    EXPECT_EQ(host.count(u"Connected"_s), 1);
+    EXPECT_FALSE(plugin->isConnected());
+    EXPECT_FALSE(timer()->isActive());
+    EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
+}
+
+// What a slot was given stays good until it returns, also when it deletes who gave it.
+TEST_F(InitializedPluginTest, GivesACarListThatASlotCanReadAfterDeletingThePlugin) {
+    qsizetype cars = 0;
+    QObject::connect(plugin->dataEmitter(), &TLM::SDK::DataEmitter::sendCarListChanged,
+                     [&](const TLM::SDK::LivePluginInfo& info) {
+                         delete plugin.data();
+                         cars = info.cars.size();
+                     });
+    connectWhileRunning();
+    EXPECT_EQ(cars, 64);
+    EXPECT_TRUE(plugin.isNull());
+}
+
+TEST_P(Reentrancy, LeavesThePluginInOrder) {
+    const OpenObjects before = OpenObjects::now();
+    ASSERT_NO_FATAL_FAILURE(provoke());
+    expectOrder();
+    expectNoTickWithinATick();
+    expectRestOfTheWork();
+    expectUsablePluginOrNone();
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(AnySlot, Reentrancy,
+                         ::testing::Combine(::testing::ValuesIn(moments),
+                                            ::testing::ValuesIn(actions)),
+                         rowName);
+
+// The same where the timer's own signal lies below the slot on the stack. Further ticks may follow.
+TEST_P(ReentrancyByTimer, LeavesThePluginInOrder) {
+    const OpenObjects before = OpenObjects::now();
+    ASSERT_NO_FATAL_FAILURE(provoke());
+    expectOrder();
+    expectNoTickWithinATick();
+    expectUsablePluginOrNone();
+    EXPECT_EQ(OpenObjects::now(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(AnySlot, ReentrancyByTimer,
+                         ::testing::Combine(::testing::ValuesIn(momentsOfTheTimer),
+                                            ::testing::ValuesIn(actions)),
+                         rowName);

@@ -1,0 +1,162 @@
+#include "tests/plugin/stagedsimulator.h"
+
+#include <algorithm>
+#include <cstddef>
+
+using testsupport::TestBlock;
+
+namespace {
+
+constexpr int carCount = 64;
+constexpr int bufferCount = 3;
+constexpr std::size_t roomForSession = 8192;
+constexpr double tickSeconds = 1.0 / 60;
+
+// So often the running simulator completes a buffer, in microseconds.
+const std::string runningPace = "2000";
+const std::string hastyPace = "100";
+
+std::string runCommand(const std::string& pace) {
+    return "every " + pace + ' ' + std::to_string(bufferCount);
+}
+
+std::size_t tickCountOffset(int buffer) {
+    return offsetof(irsdk_header, varBuf) +
+           static_cast<std::size_t>(buffer) * sizeof(irsdk_varBuf) +
+           offsetof(irsdk_varBuf, tickCount);
+}
+
+}  // namespace
+
+std::string StagedSession::text() const {
+    std::string text =
+        "---\nWeekendInfo:\n TrackDisplayName: Hill Ring\n SessionID: 12\n"
+        " SubSessionID: 34\n SimMode: " +
+        simMode + "\nSessionInfo:\n Sessions:\n - SessionNum: 0\n   SessionType: " + type +
+        "\nDriverInfo:\n DriverCarIdx: " + std::to_string(ownCar) + "\n Drivers:\n";
+    for (const Driver& driver : drivers) {
+        text += " - CarIdx: " + std::to_string(driver.car) + "\n   UserName: " + driver.name +
+                "\n   TeamName: " + driver.name + " Team\n   CarScreenName: Roadster\n" +
+                "   CarClassShortName: RDS\n";
+    }
+    return text + "...\n";
+}
+
+StagedSimulator::StagedSimulator() {
+    block.setBufferCount(bufferCount);
+    block.setSessionCapacity(roomForSession);
+    addVariables(block);
+    block.addVariable("Speed", irsdk_float, 1, "m/s");
+    block.setSessionText(StagedSession().text());
+    stageStart();
+}
+
+void StagedSimulator::layOut(int bufferLength) {
+    constexpr int lastVariableSize = 4;
+    block = TestBlock();
+    block.setBufferCount(bufferCount);
+    block.setSessionCapacity(roomForSession);
+    addVariables(block);
+    block.addVariableAt(bufferLength - lastVariableSize, "Speed", irsdk_float, 1, "m/s");
+    block.setBufferLength(bufferLength);
+    block.setSessionText(StagedSession().text());
+    stageStart();
+}
+
+void StagedSimulator::addVariables(TestBlock& target) const {
+    target.addVariable("SessionTime", irsdk_double, 1, "s");
+    target.addVariable("SessionTick", irsdk_int);
+    target.addVariable("SessionNum", irsdk_int);
+    target.addVariable("SessionState", irsdk_int);
+    target.addVariable("SessionTimeRemain", irsdk_double, 1, "s");
+    target.addVariable("Lap", irsdk_int);
+    target.addVariable("LapDistPct", irsdk_float, 1, "%");
+    target.addVariable("LapLastLapTime", irsdk_float, 1, "s");
+    target.addVariable("LapCurrentLapTime", irsdk_float, 1, "s");
+    target.addVariable("IsOnTrack", irsdk_bool);
+    target.addVariable("OnPitRoad", irsdk_bool);
+    target.addVariable("CarIdxLapCompleted", irsdk_int, carCount);
+    target.addVariable("CarIdxLapDistPct", irsdk_float, carCount, "%");
+    target.addVariable("CarIdxLastLapTime", irsdk_float, carCount, "s");
+    target.addVariable("CarIdxOnPitRoad", irsdk_bool, carCount);
+}
+
+void StagedSimulator::stageStart() {
+    constexpr double middleOfTheLap = 0.5;
+    constexpr double outOfTheWorld = -1.0;
+    constexpr int racing = 4;
+    block.set("SessionState", racing);
+    block.set("IsOnTrack", 1);
+    block.set("LapDistPct", middleOfTheLap);
+    block.setAll("CarIdxLapDistPct", outOfTheWorld);
+    for (const int car : {ownCar, fastCar, slowCar}) {
+        block.set("CarIdxLapDistPct", middleOfTheLap, car);
+    }
+}
+
+void StagedSimulator::publish() {
+    publisher.publish(block);
+}
+
+bool StagedSimulator::run() {
+    const bool stood = publisher.tryCommand(runCommand(runningPace));
+    restoreBufferLength();
+    return stood;
+}
+
+void StagedSimulator::runWithoutData() {
+    publisher.command(runCommand(hastyPace));
+    publisher.poke(offsetof(irsdk_header, bufferLength), 0);
+}
+
+void StagedSimulator::stand() {
+    publisher.command("stop");
+    restoreBufferLength();
+}
+
+void StagedSimulator::restoreBufferLength() {
+    publisher.poke(offsetof(irsdk_header, bufferLength), block.header().bufferLength);
+}
+
+int StagedSimulator::newestTick() {
+    int newest = 0;
+    for (int buffer = 0; buffer < bufferCount; ++buffer) {
+        const std::string count =
+            publisher.command("peek " + std::to_string(tickCountOffset(buffer)));
+        newest = std::max(newest, std::stoi(count));
+    }
+    return newest;
+}
+
+void StagedSimulator::nextTick() {
+    ++m_sessionTick;
+    block.set("SessionTick", m_sessionTick);
+    block.set("SessionTime", m_sessionTick * tickSeconds);
+    const int tick = newestTick() + 1;
+    publisher.complete(tick % bufferCount, tick, block);
+}
+
+void StagedSimulator::crossLine(int car) {
+    constexpr double lapTime = 90.5;
+    const int laps = ++m_lapsOf[car];
+    block.set("CarIdxLapCompleted", laps, car);
+    block.set("CarIdxLastLapTime", lapTime + car, car);
+    if (car == ownCar) {
+        block.set("Lap", laps);
+        block.set("LapLastLapTime", lapTime + car);
+    }
+}
+
+void StagedSimulator::rewriteSession(const StagedSession& session) {
+    const int counter = block.header().sessionInfoUpdate + 1;
+    block.setSessionText(session.text());
+    publisher.setSessionText(counter, session.text());
+}
+
+void StagedSimulator::overwriteSession(const StagedSession& session) {
+    publisher.setSessionText(block.header().sessionInfoUpdate, session.text());
+}
+
+void StagedSimulator::setSessionUpdate(std::int32_t counter) {
+    publisher.poke(offsetof(irsdk_header, sessionInfoUpdate), counter);
+}

@@ -1,0 +1,360 @@
+#include "tests/plugin/plugintest.h"
+
+#include <QMetaObject>
+#include <QTest>
+
+#include <string>
+
+using namespace Qt::StringLiterals;
+using TLM::SDK::CarStatus;
+using TLM::SDK::LapType;
+using TLM::SDK::Sample;
+using TLM::SDK::Session;
+
+namespace {
+
+using Tick = ConnectedPluginTest;
+using Silence = ConnectedPluginTest;
+
+constexpr int toleratedMisses = 100;
+
+const QString simIsDown = u"Message [iRacing plugin] Sim is down (0)"_s;
+
+}  // namespace
+
+// --- A tick with data --------------------------------------------------------------------------
+
+TEST_F(Tick, SendsOneListOfSixtyFourSamplesInCarOrder) {
+    host.forget();
+    tick();
+    ASSERT_EQ(host.samples.size(), 1);
+    const QList<Sample> samples = host.lastSamples();
+    ASSERT_EQ(samples.size(), 64);
+    for (int i = 0; i < samples.size(); ++i) {
+        EXPECT_EQ(samples[i].carId(), QString::number(i));
+        EXPECT_EQ(samples[i].detailedTelemetry(), i == ownCar) << i;
+    }
+}
+
+TEST_F(Tick, CarriesTheValuesOfItsSnapshot) {
+    constexpr double speed = 61.5;
+    constexpr double distance = 0.625;
+    simulator.block.set("Speed", speed);
+    simulator.block.set("CarIdxLapDistPct", distance, slowCar);
+    tick();
+    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
+    EXPECT_EQ(host.lastSamples()[ownCar].value(u"speed"_s).unit(), u"m/s"_s);
+    EXPECT_EQ(value(slowCar, u"lapdistpct"_s).toDouble(), distance);
+    EXPECT_FALSE(host.lastSamples()[slowCar].containsValue(u"speed"_s));
+    EXPECT_EQ(value(slowCar, u"sessiontick"_s), value(ownCar, u"sessiontick"_s));
+}
+
+TEST_F(Tick, IsASlotThatTheMetaObjectCanCall) {
+    simulator.nextTick();
+    EXPECT_TRUE(QMetaObject::invokeMethod(plugin.data(), "tick", Qt::DirectConnection));
+    EXPECT_EQ(host.samples.size(), 1);
+}
+
+TEST_F(Tick, TakesASnapshotOnce) {
+    tick();
+    plugin->tick();
+    EXPECT_EQ(host.samples.size(), 1);
+}
+
+TEST_F(Tick, TakesTheNewestOfSeveralSnapshots) {
+    constexpr double first = 10.5;
+    constexpr double second = 20.5;
+    simulator.block.set("Speed", first);
+    simulator.nextTick();
+    simulator.block.set("Speed", second);
+    simulator.nextTick();
+    plugin->tick();
+    plugin->tick();
+    EXPECT_EQ(host.samples.size(), 1);
+    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), second);
+}
+
+TEST_F(Tick, LeavesTheListsThatTheHostKeepsAsTheyWere) {
+    constexpr int keptLists = 10;
+    constexpr double firstSpeed = 40.0;
+    for (int i = 0; i < keptLists; ++i) {
+        simulator.block.set("Speed", firstSpeed + i);
+        tick();
+    }
+    ASSERT_EQ(host.samples.size(), keptLists);
+    for (int i = 0; i < keptLists; ++i) {
+        const auto kept = host.samples[i][0].value<QList<Sample>>();
+        ASSERT_EQ(kept.size(), 64);
+        EXPECT_EQ(kept[ownCar].value(u"speed"_s).value.toDouble(), firstSpeed + i);
+        EXPECT_EQ(kept[fastCar].value(u"sessiontick"_s).value,
+                  kept[ownCar].value(u"sessiontick"_s).value);
+    }
+}
+
+// --- Session text and car list -----------------------------------------------------------------
+
+TEST_F(Tick, SendsTheCarListBeforeTheSamplesWhenADriverJoined) {
+    tick();
+    host.forget();
+    StagedSession joined;
+    joined.drivers.push_back({11, "Late Driver"});
+    simulator.rewriteSession(joined);
+    tick();
+    EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
+    EXPECT_EQ(driverName(11), u"Late Driver"_s);
+}
+
+TEST_F(Tick, SendsNoCarListWhenTheSessionWasRewrittenWithTheSameDrivers) {
+    tick();
+    host.forget();
+    simulator.rewriteSession(StagedSession());
+    tick();
+    EXPECT_EQ(host.heard(), QStringList{u"Samples 64"_s});
+}
+
+TEST_F(Tick, ReadsTheSessionOnlyWhenItsCounterDiffers) {
+    StagedSession renamed;
+    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    tick();
+    host.forget();
+    simulator.overwriteSession(renamed);
+    tick();
+    EXPECT_EQ(host.heard(), QStringList{u"Samples 64"_s});
+    simulator.setSessionUpdate(-7);
+    tick();
+    EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
+    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+}
+
+TEST_F(Tick, SendsTheCarListOnceMoreInTheTickAfterAStatusChanged) {
+    // The first tick of the fixture put three cars on their out laps.
+    tick();
+    EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
+    const auto cars = host.lastCarList().cars;
+    for (const int car : {ownCar, fastCar, slowCar}) {
+        EXPECT_EQ(cars[car].status(), CarStatus::OutLap) << car;
+    }
+    EXPECT_EQ(cars[0].status(), CarStatus::Undefined);
+    tick();
+    EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
+
+    simulator.block.set("CarIdxLapDistPct", -1.0, slowCar);
+    tick();
+    EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
+    tick();
+    EXPECT_EQ(host.count(u"CarListChanged 64"_s), 2);
+    EXPECT_EQ(host.lastCarList().cars[slowCar].status(), CarStatus::NotInWorld);
+}
+
+TEST_F(Tick, IsNotNeededForTheHostToAskForTheCarList) {
+    QMetaObject::invokeMethod(plugin.data(), "updateCarList", Qt::DirectConnection);
+    EXPECT_EQ(host.heard(), QStringList{u"CarListChanged 64"_s});
+    tick();
+    host.forget();
+    QMetaObject::invokeMethod(plugin.data(), "updateCarList", Qt::DirectConnection);
+    EXPECT_EQ(host.heard(), QStringList());
+}
+
+// --- Laps --------------------------------------------------------------------------------------
+
+TEST_F(Tick, HandsLapsOverInCarOrderBeforeTheSamples) {
+    tick();
+    tick();
+    host.forget();
+    for (const int car : {slowCar, ownCar, fastCar}) {
+        simulator.crossLine(car);
+    }
+    tick();
+    EXPECT_EQ(host.heard(), (QStringList{u"TelemetryLap 2"_s, u"TelemetryLap 5"_s,
+                                         u"TelemetryLap 9"_s, u"Samples 64"_s}));
+}
+
+TEST_F(Tick, NamesPluginAndSourceInEveryLap) {
+    for (int i = 0; i < 3; ++i) {
+        tick();
+        tick();
+        simulator.crossLine(ownCar);
+        simulator.crossLine(fastCar);
+        tick();
+    }
+    ASSERT_EQ(host.laps().size(), 6);
+    for (const auto& lap : host.laps()) {
+        EXPECT_EQ(lap->pluginName(), u"iR Plugin"_s);
+        EXPECT_EQ(lap->source(), u"iRacing"_s);
+        EXPECT_TRUE(lap->completed());
+    }
+}
+
+TEST_F(Tick, HandsALapOverOnce) {
+    tick();
+    simulator.crossLine(fastCar);
+    tick();
+    tick();
+    tick();
+    EXPECT_EQ(host.telemetryLaps.size(), 1);
+}
+
+TEST_F(Tick, HandsOverWhatTheLapIs) {
+    tick();
+    tick();
+    simulator.crossLine(fastCar);
+    tick();
+    tick();
+    tick();
+    tick();
+    simulator.crossLine(fastCar);
+    tick();
+    const auto laps = host.laps();
+    ASSERT_EQ(laps.size(), 2);
+    EXPECT_EQ(laps[0]->lapType(), LapType::OutLap);
+    EXPECT_EQ(laps[0]->lapTime(), QTime(0, 59, 59));
+    EXPECT_EQ(laps[1]->lapType(), LapType::FlyingLap);
+    EXPECT_EQ(laps[1]->lapTime(), QTime(0, 1, 35, 500));
+    EXPECT_EQ(laps[1]->session(), Session::Practice);
+    EXPECT_EQ(laps[1]->driverName(), u"Fast Driver"_s);
+    EXPECT_EQ(laps[1]->trackName(), u"Hill Ring"_s);
+    EXPECT_EQ(laps[1]->size(), 3);
+    EXPECT_EQ(laps[1]->stintId(), laps[0]->stintId());
+    EXPECT_NE(laps[1]->lapId(), laps[0]->lapId());
+}
+
+TEST_F(Tick, HandsOverALapThatWasCutShort) {
+    tick();
+    tick();
+    simulator.block.set("CarIdxOnPitRoad", 1, fastCar);
+    tick();
+    ASSERT_EQ(host.laps().size(), 1);
+    EXPECT_FALSE(host.laps().first()->completed());
+    EXPECT_EQ(host.laps().first()->pluginName(), u"iR Plugin"_s);
+    EXPECT_EQ(host.laps().first()->source(), u"iRacing"_s);
+}
+
+TEST_F(Tick, SendsSamplesAndLapsOfTheLastCarToo) {
+    constexpr int lastCar = 63;
+    StagedSession session;
+    session.drivers.push_back({lastCar, "Last Driver"});
+    simulator.rewriteSession(session);
+    simulator.block.set("CarIdxLapDistPct", 0.5, lastCar);
+    tick();
+    tick();
+    simulator.crossLine(lastCar);
+    tick();
+    EXPECT_EQ(host.count(u"TelemetryLap 63"_s), 1);
+}
+
+// --- Ticks without data ------------------------------------------------------------------------
+
+TEST_F(Silence, IsEndedByTheHundredAndFirstMiss) {
+    for (int i = 0; i < toleratedMisses; ++i) {
+        plugin->tick();
+    }
+    EXPECT_EQ(host.heard(), QStringList());
+    EXPECT_TRUE(plugin->isConnected());
+    plugin->tick();
+    EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
+    EXPECT_FALSE(plugin->isConnected());
+    EXPECT_FALSE(timer()->isActive());
+    EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
+}
+
+TEST_F(Silence, IsForgottenAfterOneTickWithData) {
+    ticksWithoutData(toleratedMisses);
+    tick();
+    host.forget();
+    ticksWithoutData(toleratedMisses);
+    EXPECT_EQ(host.heard(), QStringList());
+    EXPECT_TRUE(plugin->isConnected());
+}
+
+TEST_F(Silence, IsRememberedByTheFirstTickOfTheNextConnection) {
+    ticksWithoutData(toleratedMisses + 1);
+    for (int i = 0; i < 2; ++i) {
+        connectWithoutUnreadData();
+        host.forget();
+        plugin->tick();
+        EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
+    }
+    connectAndTick();
+    ticksWithoutData(2);
+    EXPECT_EQ(host.heard(), QStringList());
+}
+
+TEST_F(Silence, OfACrashedSimulatorEndsTheConnectionByTheTimerAlone) {
+    simulator.crash();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !plugin->isConnected(); }, 20000));
+    EXPECT_EQ(host.events(), QStringList{simIsDown} + disconnecting);
+
+    host.forget();
+    StagedSimulator successor;
+    successor.publish();
+    successor.run();
+    plugin->connectToSource();
+    successor.stand();
+    EXPECT_EQ(host.events(), connecting);
+    plugin->disconnectFromSource();
+}
+
+TEST_F(Silence, BeginsWhenTheStatusBitIsCleared) {
+    simulator.publisher.setStatus(0);
+    for (int i = 0; i < 3; ++i) {
+        tick();
+    }
+    EXPECT_TRUE(host.samples.isEmpty());
+    EXPECT_TRUE(plugin->isConnected());
+
+    // The first snapshot afterwards is only the new starting point.
+    simulator.publisher.setStatus(irsdk_stConnected);
+    tick();
+    EXPECT_TRUE(host.samples.isEmpty());
+    tick();
+    EXPECT_EQ(host.samples.size(), 1);
+}
+
+TEST_F(Silence, OfASnapshotLongerThanTheBufferIsEndedInOrderAndTheNextConnectionTakesItsLength) {
+    constexpr int longLength = 4096;
+    constexpr double speed = 61.5;
+    plugin->disconnectFromSource();
+    simulator.layOut(longLength);
+    const int shortLength = longLength / 2;
+    simulator.block.header().bufferLength = shortLength;
+    simulator.publish();
+    connectAndTick();
+    ASSERT_EQ(host.heard(), QStringList());
+
+    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), longLength);
+    simulator.block.header().bufferLength = longLength;
+    simulator.run();
+    for (int i = 0; i < toleratedMisses; ++i) {
+        plugin->tick();
+    }
+    EXPECT_EQ(host.heard(), QStringList());
+    plugin->tick();
+    simulator.stand();
+    EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
+
+    simulator.block.set("Speed", speed);
+    connectAndTick();
+    tick();
+    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
+}
+
+TEST_F(Silence, OfABlockThatWasCutOffIsEndedInOrder) {
+    const std::string size = std::to_string(simulator.block.bytes().size());
+    simulator.publisher.command("truncate 0");
+    for (int i = 0; i < toleratedMisses; ++i) {
+        plugin->tick();
+    }
+    EXPECT_EQ(host.heard(), QStringList());
+    plugin->tick();
+    EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
+    EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
+    // The publisher itself would fall over a missing block when it ends.
+    simulator.publisher.command("truncate " + size);
+}
+
+TEST_F(Silence, IsNotCausedByATableOutsideTheBlock) {
+    simulator.publisher.poke(offsetof(irsdk_header, varHeaderOffset), -1);
+    tick();
+    EXPECT_EQ(host.samples.size(), 1);
+    EXPECT_EQ(host.lastSamples().size(), 64);
+}

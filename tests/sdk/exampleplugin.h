@@ -1,0 +1,23 @@
+#pragma once
+
+#include "sdk/plugininterfacelive.h"
+
+#include <QObject>
+
+/** The smallest live plugin: written from the interface's header, as any author would. */
+class ExamplePlugin : public QObject, public TLM::SDK::PluginInterfaceLive {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID TLM_SDK_PLUGININTERFACELIVE_IID)
+    Q_INTERFACES(TLM::SDK::PluginInterfaceLive)
+
+public:
+    void initialize() override;
+    void saveSettings(QString const& path) override;
+    void loadSettings(QString const& path) override;
+    QString sourceName() const override;
+    QString pluginName() const override;
+    QString pluginVersion() const override;
+    void checkConnectionAvailability() override;
+    void connectToSource() override;
+    void disconnectFromSource() override;
+};

@@ -1,0 +1,331 @@
+#include "sdk/lap.h"
+#include "tests/support/printqt.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstdint>
+#include <initializer_list>
+#include <limits>
+#include <utility>
+
+using TLM::SDK::Channel;
+using TLM::SDK::Lap;
+using TLM::SDK::Sample;
+
+namespace {
+
+constexpr double kMissing = 9.999999562023526e+24;
+
+Sample sampleOf(std::initializer_list<std::pair<const char*, QVariant>> values) {
+    Sample sample;
+    for (const auto& [name, value] : values) {
+        sample.setValue(name, value, QString());
+    }
+    return sample;
+}
+
+QList<double> entries(const Lap& lap, const QString& name) {
+    const QSharedPointer<Channel> channel = lap.channel(name);
+    return channel ? channel->samples : QList<double>();
+}
+
+double addedAs(const QVariant& value) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", value}}));
+    return lap.channel("a")->sample(0);
+}
+
+}  // namespace
+
+TEST(LapAddSample, MakesAChannelOfEveryValueOfTheFirstSample) {
+    Sample sample;
+    sample.setValue("b", 2.0, "m");
+    sample.setValue("a", 1.0, "s");
+    Lap lap;
+    lap.addSample(sample);
+    EXPECT_EQ(lap.getAvailableRecordedChannels(), QStringList({"a", "b"}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2}));
+    EXPECT_EQ(lap.channel("a")->unit(), "s");
+    EXPECT_EQ(lap.channel("b")->unit(), "m");
+}
+
+TEST(LapAddSample, AppendsToTheChannelOfTheSameName) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
+    lap.addSample(sampleOf({{"a", 3}, {"b", 4}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 3}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 4}));
+}
+
+TEST(LapAddSample, MarksAChannelThatTheSampleLacks) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
+    lap.addSample(sampleOf({{"b", 5}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1, kMissing}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 5}));
+}
+
+TEST(LapAddSample, MarksTheChannelsAfterTheSamplesLastName) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}, {"b", 2}, {"c", 3}}));
+    lap.addSample(sampleOf({{"a", 4}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 4}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2, kMissing}));
+    EXPECT_EQ(entries(lap, "c"), QList<double>({3, kMissing}));
+}
+
+TEST(LapAddSample, MarksEveryChannelForASampleWithoutValues) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
+    lap.addSample(Sample());
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1, kMissing}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2, kMissing}));
+}
+
+TEST(LapAddSample, LeavesAnEmptyLapEmptyForASampleWithoutValues) {
+    Lap lap;
+    lap.addSample(Sample());
+    EXPECT_TRUE(lap.isEmpty());
+}
+
+TEST(LapAddSample, BackFillsANewChannelWithTheMissingMarker) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}}));
+    lap.addSample(sampleOf({{"a", 4}, {"c", 9}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 4}));
+    EXPECT_EQ(entries(lap, "c"), QList<double>({kMissing, 9}));
+}
+
+TEST(LapAddSample, BackFillsANewChannelBetweenTwoOthers) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}, {"c", 2}}));
+    lap.addSample(sampleOf({{"a", 1}, {"c", 2}}));
+    lap.addSample(sampleOf({{"a", 3}, {"b", 7}, {"c", 4}}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({kMissing, kMissing, 7}));
+    EXPECT_EQ(entries(lap, "c"), QList<double>({2, 2, 4}));
+}
+
+// The first channel has not received this sample's entry yet, so the new one ends an entry short.
+TEST(LapAddSample, LeavesANewFirstChannelOneEntryShort) {
+    Lap lap;
+    lap.addSample(sampleOf({{"b", 2}}));
+    lap.addSample(sampleOf({{"a", 7}, {"b", 3}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({7}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 3}));
+    EXPECT_EQ(lap.size(), 1);
+}
+
+// Two new names before all others: the second counts the first, which is the first channel by then
+// and already has its entry.
+TEST(LapAddSample, BackFillsByTheChannelThatIsFirstAtThatMoment) {
+    Lap lap;
+    lap.addSample(sampleOf({{"c", 1}}));
+    lap.addSample(sampleOf({{"c", 2}}));
+    lap.addSample(sampleOf({{"a", 7}, {"b", 8}, {"c", 3}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({kMissing, 7}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({kMissing, 8}));
+    EXPECT_EQ(entries(lap, "c"), QList<double>({1, 2, 3}));
+}
+
+TEST(LapAddSample, BackFillsNothingBesideAFirstChannelWithoutEntries) {
+    Lap lap;
+    lap.addChannel(new Channel, "b");
+    lap.addSample(sampleOf({{"a", 7}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({7}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({kMissing}));
+}
+
+TEST(LapAddSample, WritesTheSinglePrecisionMarker) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}}));
+    lap.addSample(Sample());
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(lap.channel("a")->sample(1)), 0x45208B2A20000000U);
+    EXPECT_FALSE(lap.channel("a")->isValid(1));
+}
+
+TEST(LapAddSample, KeepsTheUnitOfTheFirstSample) {
+    Lap lap;
+    Sample sample;
+    sample.setValue("a", 1.0, "m");
+    lap.addSample(sample);
+    sample.setValue("a", 2.0, "ft");
+    lap.addSample(sample);
+    EXPECT_EQ(lap.channel("a")->unit(), "m");
+}
+
+TEST(LapAddSample, GivesALateChannelTheUnitOfItsFirstValue) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}}));
+    Sample sample = sampleOf({{"a", 1}});
+    sample.setValue("b", 2.0, "kPa");
+    lap.addSample(sample);
+    EXPECT_EQ(lap.channel("b")->unit(), "kPa");
+}
+
+TEST(LapAddSample, ComparesNamesWithCase) {
+    Lap lap;
+    lap.addSample(sampleOf({{"Speed", 1}, {"speed", 2}}));
+    lap.addSample(sampleOf({{"speed", 3}}));
+    EXPECT_EQ(entries(lap, "Speed"), QList<double>({1, kMissing}));
+    EXPECT_EQ(entries(lap, "speed"), QList<double>({2, 3}));
+}
+
+TEST(LapAddSample, LeavesCalculatedChannelsAndCarFieldsAlone) {
+    Lap lap;
+    lap.addCalculatedChannel(QSharedPointer<Channel>::create(), "a");
+    lap.setDriverName("Zoe");
+    Sample sample = sampleOf({{"a", 1}});
+    sample.setDriverName("Max");
+    lap.addSample(sample);
+    EXPECT_TRUE(lap.calculatedChannel("a")->samples.isEmpty());
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1}));
+    EXPECT_EQ(lap.driverName(), "Zoe");
+}
+
+TEST(LapAddSample, ReadsEveryNumberAsQtConvertsIt) {
+    const QVariant numbers[] = {
+        1.5,
+        -1e300,
+        std::numeric_limits<double>::infinity(),
+        0.1F,
+        -3.5F,
+        std::numeric_limits<int>::min(),
+        std::numeric_limits<int>::max(),
+        std::numeric_limits<uint>::max(),
+        std::numeric_limits<qlonglong>::min(),
+        std::numeric_limits<qlonglong>::max(),
+        std::numeric_limits<qulonglong>::max(),
+        true,
+        false,
+        QVariant::fromValue(static_cast<short>(-7)),
+        QVariant::fromValue(static_cast<signed char>(-7)),
+        QVariant(QMetaType::fromType<double>()),
+        QVariant(QMetaType::fromType<bool>()),
+        QString("12.25"),
+    };
+    for (const QVariant& number : numbers) {
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(addedAs(number)),
+                  std::bit_cast<std::uint64_t>(number.toDouble()))
+            << number.typeName() << ' ' << number.toString().toStdString();
+    }
+}
+
+TEST(LapAddSample, CountsWhatIsNoNumberAsZero) {
+    EXPECT_EQ(addedAs(QVariant()), 0.0);
+    EXPECT_EQ(addedAs(QString("fast")), 0.0);
+    EXPECT_EQ(addedAs(QVariantList{1, 2}), 0.0);
+}
+
+TEST(LapAddSample, LeavesACopiedListAsItWas) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}}));
+    const QList<double> kept = lap.channel("a")->samples;
+    lap.addSample(sampleOf({{"a", 2}}));
+    EXPECT_EQ(kept, QList<double>({1}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 2}));
+}
+
+TEST(LapAddSample, AppendsToAChannelThatAnotherLapHoldsToo) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}}));
+    Lap copy = lap;
+    lap.addSample(sampleOf({{"a", 2}}));
+    EXPECT_EQ(entries(copy, "a"), QList<double>({1, 2}));
+    EXPECT_TRUE(copy.channels().isSharedWith(lap.channels())) << "appending copies no map";
+}
+
+TEST(LapAddSample, KeepsNewChannelsOutOfASharedMap) {
+    Lap lap;
+    lap.addSample(sampleOf({{"b", 1}, {"d", 1}}));
+    const Lap copy = lap;
+    lap.addSample(sampleOf({{"a", 5}, {"b", 2}, {"c", 6}, {"d", 3}, {"e", 7}}));
+    EXPECT_EQ(copy.getAvailableRecordedChannels(), QStringList({"b", "d"}));
+    EXPECT_EQ(lap.getAvailableRecordedChannels(), QStringList({"a", "b", "c", "d", "e"}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({5}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({1, 2}));
+    EXPECT_EQ(entries(lap, "c"), QList<double>({6}));
+    EXPECT_EQ(entries(lap, "d"), QList<double>({1, 3}));
+    EXPECT_EQ(entries(lap, "e"), QList<double>({7}));
+}
+
+TEST(LapReserve, KeepsTheEntriesOfNewChannelsInPlace) {
+    constexpr int kSamples = 600;
+    Lap lap;
+    lap.reserve(kSamples);
+    lap.addSample(sampleOf({{"a", 0}}));
+    const double* const firstEntry = lap.channel("a")->samples.constData();
+    for (int i = 1; i < kSamples; ++i) {
+        lap.addSample(sampleOf({{"a", i}}));
+    }
+    EXPECT_EQ(lap.channel("a")->samples.constData(), firstEntry);
+    EXPECT_EQ(lap.channel("a")->sample(kSamples - 1), kSamples - 1);
+}
+
+TEST(LapReserve, ChangesNoResult) {
+    Lap lap;
+    lap.reserve(2);
+    for (int i = 0; i < 5; ++i) {
+        lap.addSample(sampleOf({{"b", i}}));
+    }
+    lap.addSample(sampleOf({{"b", 5}, {"c", 6}}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({0, 1, 2, 3, 4, 5}));
+    EXPECT_EQ(entries(lap, "c"),
+              QList<double>({kMissing, kMissing, kMissing, kMissing, kMissing, 6}));
+    EXPECT_EQ(lap.size(), 6);
+}
+
+TEST(LapReserve, SurvivesClear) {
+    Lap lap;
+    lap.reserve(500);
+    lap.addSample(sampleOf({{"a", 0}}));
+    lap.clear();
+    lap.addSample(sampleOf({{"a", 0}}));
+    EXPECT_GE(lap.channel("a")->samples.capacity(), 500);
+}
+
+TEST(LapReserve, TakesAbsurdHintsWithoutTakingTheMemory) {
+    for (const qsizetype hint : {std::numeric_limits<qsizetype>::max(),
+                                 std::numeric_limits<qsizetype>::min(), qsizetype{0}}) {
+        Lap lap;
+        lap.reserve(hint);
+        EXPECT_NO_THROW(lap.addSample(sampleOf({{"a", 1}})));
+        EXPECT_LT(lap.channel("a")->samples.capacity(), 1'000'000);
+        EXPECT_EQ(entries(lap, "a"), QList<double>({1}));
+    }
+}
+
+TEST(LapAddSample, GoesOnWithAChannelThatReplacedARecordedOne) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
+    const auto former = lap.channel("a");
+    const auto replacement = QSharedPointer<Channel>::create();
+    replacement->samples = {7.0};
+    lap.addChannel(replacement, "a");
+    lap.addSample(sampleOf({{"a", 3}, {"b", 4}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({7, 3}));
+    EXPECT_EQ(former->samples, QList<double>({1}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 4}));
+}
+
+TEST(LapAddSample, MarksAReadingMissingInAChannelThatWasAddedMeanwhile) {
+    Lap lap;
+    lap.addSample(sampleOf({{"b", 2}}));
+    const auto added = QSharedPointer<Channel>::create();
+    added->samples = {7.0};
+    lap.addChannel(added, "a");
+    lap.addSample(sampleOf({{"b", 4}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({7, kMissing}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 4}));
+}
+
+TEST(LapAddSample, MakesAChannelAnewThatWasRemovedMeanwhile) {
+    Lap lap;
+    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
+    lap.addSample(sampleOf({{"a", 3}, {"b", 4}}));
+    lap.removeChannel("b");
+    lap.addSample(sampleOf({{"a", 5}, {"b", 6}}));
+    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 3, 5}));
+    EXPECT_EQ(entries(lap, "b"), QList<double>({kMissing, kMissing, 6}));
+}

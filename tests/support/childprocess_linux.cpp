@@ -1,0 +1,175 @@
+#include "tests/support/childprocess.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <filesystem>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace testsupport {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::milliseconds;
+
+int millisecondsUntil(Clock::time_point end) {
+    const auto left = std::chrono::ceil<Milliseconds>(end - Clock::now());
+    return static_cast<int>(std::max<Milliseconds::rep>(left.count(), 0));
+}
+
+void closeDescriptor(int& descriptor) {
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+    descriptor = -1;
+}
+
+[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments) {
+    std::vector<char*> argv;
+    argv.push_back(const_cast<char*>(program.c_str()));
+    for (const std::string& argument : arguments) {
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    }
+    argv.push_back(nullptr);
+    execv(program.c_str(), argv.data());
+    constexpr int kCannotExecute = 127;
+    _exit(kCannotExecute);
+}
+
+}  // namespace
+
+struct ChildProcess::Process {
+    pid_t pid = -1;
+    int input = -1;
+    int output = -1;
+    std::string unread;
+    std::optional<int> exitStatus;
+
+    std::optional<std::string> takeLine() {
+        const std::size_t end = unread.find('\n');
+        if (end == std::string::npos) {
+            return std::nullopt;
+        }
+        std::string line = unread.substr(0, end);
+        unread.erase(0, end + 1);
+        return line;
+    }
+
+    /** Waits for output and takes it; false at the end of it or of the time. */
+    bool fill(Clock::time_point end) {
+        pollfd ready{output, POLLIN, 0};
+        if (poll(&ready, 1, millisecondsUntil(end)) <= 0) {
+            return errno == EINTR && Clock::now() < end;
+        }
+        std::array<char, 4096> bytes{};
+        const ssize_t count = read(output, bytes.data(), bytes.size());
+        if (count <= 0) {
+            return false;
+        }
+        unread.append(bytes.data(), static_cast<std::size_t>(count));
+        return true;
+    }
+
+    bool hasEnded() {
+        if (pid < 0 || exitStatus) {
+            return true;
+        }
+        int status = 0;
+        if (waitpid(pid, &status, WNOHANG) == pid) {
+            exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        }
+        return exitStatus.has_value();
+    }
+};
+
+ChildProcess::ChildProcess() : m_process(std::make_unique<Process>()) {}
+
+ChildProcess::~ChildProcess() {
+    kill();
+    closeDescriptor(m_process->input);
+    closeDescriptor(m_process->output);
+}
+
+bool ChildProcess::start(const std::string& program, const std::vector<std::string>& arguments) {
+    std::array<int, 2> input{};
+    std::array<int, 2> output{};
+    if (pipe2(input.data(), O_CLOEXEC) != 0 || pipe2(output.data(), O_CLOEXEC) != 0) {
+        return false;
+    }
+    // A program that has ended shall be an error of the write, not the end of the test.
+    signal(SIGPIPE, SIG_IGN);
+    const pid_t pid = fork();
+    if (pid == 0) {
+        dup2(input[0], STDIN_FILENO);
+        dup2(output[1], STDOUT_FILENO);
+        become(program, arguments);
+    }
+    close(input[0]);
+    close(output[1]);
+    m_process->pid = pid;
+    m_process->input = input[1];
+    m_process->output = output[0];
+    return pid > 0;
+}
+
+bool ChildProcess::writeLine(const std::string& line) {
+    const std::string bytes = line + '\n';
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count =
+            write(m_process->input, bytes.data() + written, bytes.size() - written);
+        if (count <= 0) {
+            return false;
+        }
+        written += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+std::optional<std::string> ChildProcess::readLine(int timeOut) {
+    const auto end = Clock::now() + Milliseconds(timeOut);
+    std::optional<std::string> line = m_process->takeLine();
+    while (!line && m_process->fill(end)) {
+        line = m_process->takeLine();
+    }
+    return line;
+}
+
+void ChildProcess::closeInput() {
+    closeDescriptor(m_process->input);
+}
+
+std::optional<int> ChildProcess::waitForExit(int timeOut) {
+    const auto end = Clock::now() + Milliseconds(timeOut);
+    while (!m_process->hasEnded() && Clock::now() < end) {
+        std::this_thread::sleep_for(Milliseconds(1));
+    }
+    return m_process->exitStatus;
+}
+
+void ChildProcess::kill() {
+    if (m_process->hasEnded()) {
+        return;
+    }
+    ::kill(m_process->pid, SIGKILL);
+    int status = 0;
+    waitpid(m_process->pid, &status, 0);
+    m_process->exitStatus = -1;
+}
+
+bool ChildProcess::isRunning() {
+    return !m_process->hasEnded();
+}
+
+std::string siblingProgram(const std::string& name) {
+    return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
+}
+
+}  // namespace testsupport

@@ -1,0 +1,174 @@
+#include "tests/support/childprocess.h"
+
+#include <array>
+#include <filesystem>
+#include <windows.h>
+
+namespace testsupport {
+
+namespace {
+
+constexpr DWORD kPollInterval = 1;    // milliseconds
+constexpr UINT kKilled = 0xFFFFFFFF;  // exit status of a violent end, -1 as an int
+
+void closeHandle(HANDLE& handle) {
+    if (handle != nullptr) {
+        CloseHandle(handle);
+    }
+    handle = nullptr;
+}
+
+/** A pipe of which the child inherits one end only. */
+bool makePipe(HANDLE& readEnd, HANDLE& writeEnd, HANDLE& ours) {
+    SECURITY_ATTRIBUTES inheritable{};
+    inheritable.nLength = sizeof inheritable;
+    inheritable.bInheritHandle = TRUE;
+    return CreatePipe(&readEnd, &writeEnd, &inheritable, 0) != 0 &&
+           SetHandleInformation(ours, HANDLE_FLAG_INHERIT, 0) != 0;
+}
+
+std::wstring commandLine(const std::string& program, const std::vector<std::string>& arguments) {
+    std::wstring line = L'"' + std::filesystem::path(program).wstring() + L'"';
+    for (const std::string& argument : arguments) {
+        line += L" \"" + std::filesystem::path(argument).wstring() + L'"';
+    }
+    return line;
+}
+
+}  // namespace
+
+struct ChildProcess::Process {
+    HANDLE process = nullptr;
+    HANDLE input = nullptr;
+    HANDLE output = nullptr;
+    std::string unread;
+
+    ~Process() {
+        closeHandle(process);
+        closeHandle(input);
+        closeHandle(output);
+    }
+
+    std::optional<std::string> takeLine() {
+        const std::size_t end = unread.find('\n');
+        if (end == std::string::npos) {
+            return std::nullopt;
+        }
+        std::string line = unread.substr(0, end);
+        unread.erase(0, end + 1);
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        return line;
+    }
+
+    /** Waits for output and takes it; false at the end of it or of the time. */
+    bool fill(ULONGLONG end) {
+        DWORD available = 0;
+        while (PeekNamedPipe(output, nullptr, 0, nullptr, &available, nullptr) != 0) {
+            if (available > 0) {
+                return takeBytes();
+            }
+            if (GetTickCount64() >= end) {
+                return false;
+            }
+            Sleep(kPollInterval);
+        }
+        return false;
+    }
+
+    bool takeBytes() {
+        std::array<char, 4096> bytes{};
+        DWORD count = 0;
+        if (ReadFile(output, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) ==
+            0) {
+            return false;
+        }
+        unread.append(bytes.data(), count);
+        return count > 0;
+    }
+
+    [[nodiscard]] bool hasEnded(DWORD timeOut) const {
+        return process == nullptr || WaitForSingleObject(process, timeOut) == WAIT_OBJECT_0;
+    }
+};
+
+ChildProcess::ChildProcess() : m_process(std::make_unique<Process>()) {}
+ChildProcess::~ChildProcess() {
+    kill();
+}
+
+bool ChildProcess::start(const std::string& program, const std::vector<std::string>& arguments) {
+    HANDLE childInput = nullptr;
+    HANDLE childOutput = nullptr;
+    if (!makePipe(childInput, m_process->input, m_process->input) ||
+        !makePipe(m_process->output, childOutput, m_process->output)) {
+        return false;
+    }
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = childInput;
+    startup.hStdOutput = childOutput;
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    PROCESS_INFORMATION child{};
+    std::wstring line = commandLine(program, arguments);
+    const bool started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                        nullptr, &startup, &child) != 0;
+    closeHandle(childInput);
+    closeHandle(childOutput);
+    if (started) {
+        CloseHandle(child.hThread);
+        m_process->process = child.hProcess;
+    }
+    return started;
+}
+
+bool ChildProcess::writeLine(const std::string& line) {
+    const std::string bytes = line + '\n';
+    DWORD written = 0;
+    return WriteFile(m_process->input, bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                     nullptr) != 0 &&
+           written == bytes.size();
+}
+
+std::optional<std::string> ChildProcess::readLine(int timeOut) {
+    const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(timeOut);
+    std::optional<std::string> line = m_process->takeLine();
+    while (!line && m_process->fill(end)) {
+        line = m_process->takeLine();
+    }
+    return line;
+}
+
+void ChildProcess::closeInput() {
+    closeHandle(m_process->input);
+}
+
+std::optional<int> ChildProcess::waitForExit(int timeOut) {
+    DWORD status = 0;
+    if (m_process->process == nullptr || !m_process->hasEnded(static_cast<DWORD>(timeOut)) ||
+        GetExitCodeProcess(m_process->process, &status) == 0) {
+        return std::nullopt;
+    }
+    return static_cast<int>(status);
+}
+
+void ChildProcess::kill() {
+    if (!m_process->hasEnded(0)) {
+        TerminateProcess(m_process->process, kKilled);
+        WaitForSingleObject(m_process->process, INFINITE);
+    }
+}
+
+bool ChildProcess::isRunning() {
+    return !m_process->hasEnded(0);
+}
+
+std::string siblingProgram(const std::string& name) {
+    std::wstring path(MAX_PATH, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return (std::filesystem::path(path).parent_path() / (name + ".exe")).string();
+}
+
+}  // namespace testsupport

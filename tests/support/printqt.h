@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <ostream>
+
+// GoogleTest finds these by the type's namespace and prints readable texts where an expectation
+// fails.
+
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << (text.isNull() ? "null" : '"' + text.toStdString() + '"');
+}
+
+inline void PrintTo(const QStringList& texts, std::ostream* out) {
+    *out << '[' << texts.join(", ").toStdString() << ']';
+}

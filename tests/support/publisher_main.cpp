@@ -1,0 +1,25 @@
+#include "irsdk/layout.h"
+#include "tests/support/publishercommands.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+// Publishes the simulator's objects as the lines on its standard input say, and answers each line.
+int main() {
+    testsupport::PublisherCommands commands;
+    for (std::string line; std::getline(std::cin, line);) {
+        if (line == "die") {
+            std::cout << "ok" << std::endl;
+            std::_Exit(EXIT_SUCCESS);
+        }
+        if (line == "quit") {
+            // Without a block there is no status to clear, and nothing is wrong with that.
+            static_cast<void>(commands.run("stop"));
+            static_cast<void>(commands.run("status 0"));
+            break;
+        }
+        std::cout << commands.run(line) << std::endl;
+    }
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,36 @@
+#include "tests/tools/programrun.h"
+
+#include <QFile>
+#include <QString>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString textOf(const char* path) {
+    QFile file(QString::fromUtf8(path));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text)) << path;
+    return QString::fromUtf8(file.readAll());
+}
+
+QString fixture(const char* name) {
+    return QStringLiteral(FIXTURE_FOLDER "/%1" FIXTURE_SUFFIX).arg(QLatin1String(name));
+}
+
+TEST(Readme, ShowsTheExampleHostAsItIsBuilt) {
+    EXPECT_TRUE(textOf(README_FILE).contains(textOf(EXAMPLE_SOURCE)));
+}
+
+TEST(ReadmeExample, EndsWhenTheSourceIsNotThere) {
+    const ProgramRun run = runProgram(QStringLiteral(EXAMPLE_PROGRAM), {fixture("quiet")});
+    EXPECT_EQ(run.status, 1) << run.err;
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(ReadmeExample, SaysSoWhenThereIsNoPlugin) {
+    const ProgramRun run = runProgram(QStringLiteral(EXAMPLE_PROGRAM), {fixture("missing")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("No live plugin:"), std::string::npos) << run.err;
+}
+
+}  // namespace

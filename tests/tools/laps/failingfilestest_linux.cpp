@@ -1,0 +1,96 @@
+#include "tests/tools/laps/samplelap.h"
+#include "tools/laps/lapcsv.h"
+#include "tools/laps/lapexporter.h"
+#include "tools/laps/lapjson.h"
+#include "tools/laps/newfile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace {
+
+using rataip::laps::csvFormat;
+using rataip::laps::jsonFormat;
+using rataip::laps::LapExporter;
+using rataip::laps::makeFolder;
+using rataip::laps::writeCsv;
+
+/**
+ * Lets no file of this process grow beyond some bytes while it lives. Unlike missing rights it
+ * stops an administrator, too, and unlike a full disk it needs none.
+ */
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        m_handlerBefore = std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handlerBefore);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_before{};
+    void (*m_handlerBefore)(int) = nullptr;
+};
+
+TEST(FailingFiles, AFullDeviceFailsTheTable) {
+    QFile full(QStringLiteral("/dev/full"));
+    ASSERT_TRUE(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    EXPECT_FALSE(writeCsv(*ownLap(), full));
+    EXPECT_EQ(full.error(), QFileDevice::ResourceError);
+}
+
+TEST(FailingFiles, AFolderThatTheSystemForbidsIsToldInOneSentence) {
+    EXPECT_EQ(makeFolder(QStringLiteral("/proc/laps")),
+              QStringLiteral("cannot make the folder /proc/laps"));
+    LapExporter exporter(QDir(QStringLiteral("/proc")), {csvFormat()});
+    QSignalSpy failed(&exporter, &LapExporter::failed);
+    exporter.add(ownLap());
+    exporter.finish();
+    ASSERT_EQ(failed.size(), 1);
+    const QString sentence = failed.constFirst().constFirst().toString();
+    EXPECT_TRUE(sentence.startsWith(QStringLiteral("cannot write /proc/car03")))
+        << sentence.toStdString();
+    EXPECT_FALSE(sentence.contains(QLatin1Char('\n')));
+}
+
+TEST(FailingFiles, ADiskThatFillsUpIsToldOnceAndLeavesNoHalfFile) {
+    const QTemporaryDir folder;
+    LapExporter exporter(QDir(folder.path()), {csvFormat(), jsonFormat()});
+    QSignalSpy failed(&exporter, &LapExporter::failed);
+    QSignalSpy written(&exporter, &LapExporter::written);
+    {
+        const FileSizeLimit limit(1000);
+        for (int lap = 1; lap <= 3; ++lap) {
+            exporter.add(ownLap(lap));
+        }
+        exporter.finish();
+        EXPECT_EQ(failed.size(), 1) << "for all three";
+        EXPECT_EQ(written.size(), 0);
+        EXPECT_TRUE(QDir(folder.path()).isEmpty());
+    }
+    exporter.add(ownLap(4));
+    exporter.finish();
+    EXPECT_EQ(written.size(), 1) << "the disk has room again";
+    {
+        const FileSizeLimit limit(1000);
+        exporter.add(ownLap(5));
+        exporter.finish();
+    }
+    EXPECT_EQ(failed.size(), 2) << "it is full anew";
+}
+
+}  // namespace

@@ -1,0 +1,136 @@
+#include "tests/tools/monitor/backgroundprogram.h"
+
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+enum ExitStatus {
+    Ok = 0,
+    NoData = 3,
+    FellShort = 4,
+};
+
+QString monitorProgram() {
+    return QStringLiteral(MONITOR_PROGRAM);
+}
+
+/** A field whose first laps are over within seconds. */
+class RunningSimulator : public BackgroundProgram {
+public:
+    RunningSimulator()
+        : BackgroundProgram(
+              QStringLiteral(SIMULATOR_PROGRAM),
+              {QStringLiteral("--cars"), QStringLiteral("6"), QStringLiteral("--session"),
+               QStringLiteral("race"), QStringLiteral("--speed"), QStringLiteral("20")}) {}
+};
+
+class RunningMonitor : public BackgroundProgram {
+public:
+    explicit RunningMonitor(const QStringList& arguments)
+        : BackgroundProgram(monitorProgram(), arguments) {}
+};
+
+qsizetype countOfLines(const std::string& output, const char* pattern) {
+    const QRegularExpression line(QString::fromUtf8(pattern), QRegularExpression::MultilineOption);
+    QRegularExpressionMatchIterator matches = line.globalMatch(QString::fromStdString(output));
+    qsizetype count = 0;
+    while (matches.hasNext()) {
+        matches.next();
+        ++count;
+    }
+    return count;
+}
+
+TEST(MonitorAndSimulator, ShowsCarsAndLapsAndEndsWithTheLapsAskedFor) {
+    const RunningSimulator simulator;
+    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("20"),
+                            QStringLiteral("--laps"), QStringLiteral("24")});
+    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+    const std::string output = monitor.output();
+    EXPECT_NE(output.find("iR Plugin 0.2 for iRacing"), std::string::npos) << output;
+    EXPECT_NE(output.find("[iRacing plugin] Connected"), std::string::npos) << output;
+    EXPECT_NE(output.find("[iRacing plugin] Disconnected"), std::string::npos) << output;
+    EXPECT_GE(countOfLines(output, "^\\d cars, of which new or changed: \\d$"), 1) << output;
+    EXPECT_EQ(countOfLines(output, "^  \\* ?\\d  "), 1) << "the own car, listed\n" << output;
+    EXPECT_GE(countOfLines(output, "^Lap  .*\\d+ samples  \\d+ channels$"), 24) << output;
+    EXPECT_GE(countOfLines(output, "^Lap  \\*.* completed +\\d:\\d\\d\\.\\d\\d\\d"), 1) << output;
+}
+
+TEST(MonitorAndSimulator, EndsAfterItsTimeWithData) {
+    const RunningSimulator simulator;
+    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("3")});
+    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, SaysWhenTheTimeWasTooShortForTheLaps) {
+    const RunningSimulator simulator;
+    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("3"),
+                            QStringLiteral("--laps"), QStringLiteral("100000")});
+    EXPECT_EQ(monitor.waitForEnd(), FellShort) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, WritesStatusLinesWhileItRuns) {
+    const RunningSimulator simulator;
+    RunningMonitor monitor({});
+    EXPECT_TRUE(monitor.waitForOutput(" ticks/s, ")) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, WaitsForASimulatorThatIsNotThereYet) {
+    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("40"),
+                            QStringLiteral("--laps"), QStringLiteral("1")});
+    ASSERT_TRUE(monitor.waitForOutput("Waiting for the simulator")) << monitor.output();
+    const RunningSimulator simulator;
+    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, GivesUpWhenNoSimulatorComesInTime) {
+    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("0.5")});
+    EXPECT_EQ(monitor.waitForEnd(), NoData) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorWasRestarted) {
+    RunningMonitor monitor({});
+    {
+        RunningSimulator simulator;
+        ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected")) << monitor.output();
+        simulator.terminate();
+        EXPECT_EQ(simulator.waitForEnd(), 0) << simulator.output();
+    }
+    ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Sim is down")) << monitor.output();
+    const RunningSimulator simulator;
+    EXPECT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected", 2)) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorHasCrashed) {
+    RunningMonitor monitor({});
+    {
+        RunningSimulator simulator;
+        ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected")) << monitor.output();
+        simulator.kill();
+    }
+    ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Sim is down")) << monitor.output();
+    const RunningSimulator simulator;
+    EXPECT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected", 2)) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, IsContentWhenTheSimulatorEndsAndNothingMoreWasAskedFor) {
+    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("5")});
+    RunningSimulator simulator;
+    ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected")) << monitor.output();
+    ASSERT_TRUE(monitor.waitForOutput(" ticks/s, ")) << monitor.output();
+    simulator.terminate();
+    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+}
+
+TEST(MonitorAndSimulator, EndsInOrderWhenItIsAskedTo) {
+    const RunningSimulator simulator;
+    RunningMonitor monitor({});
+    ASSERT_TRUE(monitor.waitForOutput(" ticks/s, ")) << monitor.output();
+    monitor.terminate();
+    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+    EXPECT_NE(monitor.output().find("[iRacing plugin] Disconnected"), std::string::npos);
+}
+
+}  // namespace

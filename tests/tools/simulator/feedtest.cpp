@@ -1,0 +1,113 @@
+#include "tools/simulator/feed.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+using namespace simulator;
+
+namespace {
+
+/** A feed that publishes into memory of this process. */
+class MemoryFeed {
+public:
+    explicit MemoryFeed(const Options& options)
+        : feed(options), words(feed.blockSize() / sizeof(std::int64_t)) {
+        feed.attach(memory());
+    }
+
+    std::span<std::byte> memory() { return std::as_writable_bytes(std::span(words)); }
+    const irsdk_header& header() { return *reinterpret_cast<irsdk_header*>(memory().data()); }
+
+    bool sameBytes(MemoryFeed& other) { return words == other.words; }
+
+    Feed feed;
+    std::vector<std::int64_t> words;
+};
+
+Options fastOptions() {
+    Options options;
+    options.track = TrackChoice::Short;
+    options.cars = 6;
+    return options;
+}
+
+}  // namespace
+
+TEST(Feed, PublishesTheSameBytesAtEveryTickForTheSameSeed) {
+    MemoryFeed first(fastOptions());
+    MemoryFeed second(fastOptions());
+    for (int tick = 0; tick < 3000; ++tick) {
+        first.feed.publishNextTick();
+        second.feed.publishNextTick();
+        ASSERT_TRUE(first.sameBytes(second)) << tick;
+    }
+}
+
+TEST(Feed, ShowsTheTextBeforeTheFirstSnapshot) {
+    MemoryFeed memory(fastOptions());
+    EXPECT_EQ(memory.header().status, irsdk_stConnected);
+    EXPECT_EQ(memory.feed.tickCount(), 0);
+    const std::string text =
+        reinterpret_cast<char*>(memory.memory().data() + memory.header().sessionInfoOffset);
+    EXPECT_EQ(text.rfind("---\n", 0), 0U);
+    memory.feed.publishNextTick();
+    EXPECT_EQ(memory.feed.tickCount(), 1);
+}
+
+TEST(Feed, RewritesTheTextOnlyWhenSomethingInItChanged) {
+    MemoryFeed memory(fastOptions());
+    int updates = 0;
+    std::int32_t last = memory.header().sessionInfoUpdate;
+    for (int tick = 0; tick < 6000; ++tick) {
+        const int revision = memory.feed.world().revision();
+        memory.feed.publishNextTick();
+        const bool updated = memory.header().sessionInfoUpdate != last;
+        EXPECT_EQ(updated, memory.feed.world().revision() != revision);
+        updates += updated ? 1 : 0;
+        last = memory.header().sessionInfoUpdate;
+    }
+    EXPECT_GT(updates, 10);
+    EXPECT_LT(updates, 200);
+}
+
+TEST(Feed, RewritesTheTextInEveryTickWhenAsked) {
+    Options options = fastOptions();
+    options.sessionInfoEveryTick = true;
+    MemoryFeed memory(options);
+    for (int tick = 0; tick < 10; ++tick) {
+        const std::int32_t last = memory.header().sessionInfoUpdate;
+        memory.feed.publishNextTick();
+        EXPECT_NE(memory.header().sessionInfoUpdate, last);
+    }
+}
+
+TEST(Feed, ClearsAndSetsTheStatusBit) {
+    MemoryFeed memory(fastOptions());
+    memory.feed.setRunning(false);
+    EXPECT_EQ(memory.header().status & irsdk_stConnected, 0);
+    memory.feed.setRunning(true);
+    EXPECT_EQ(memory.header().status & irsdk_stConnected, irsdk_stConnected);
+}
+
+TEST(Feed, PlaysAReplayAtItsSpeed) {
+    Options options = fastOptions();
+    options.replay = true;
+    options.cars = 1;
+    MemoryFeed memory(options);
+    bool paused = false;
+    bool fast = false;
+    for (int snapshot = 0; snapshot < 40000; ++snapshot) {
+        const Tick before = memory.feed.world().tick();
+        memory.feed.publishNextTick();
+        const int speed = memory.feed.playback().speed();
+        ASSERT_EQ(memory.feed.world().tick() - before, speed);
+        paused = paused || speed == 0;
+        fast = fast || speed > 1;
+    }
+    EXPECT_TRUE(paused);
+    EXPECT_TRUE(fast);
+    EXPECT_EQ(memory.feed.tickCount(), 40000);
+}

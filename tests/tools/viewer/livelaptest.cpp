@@ -1,0 +1,110 @@
+#include "tests/tools/laps/samplelap.h"
+#include "tools/viewer/livelap.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using rataip::viewer::LiveLap;
+using TLM::SDK::DynamicData;
+
+constexpr std::size_t speed = 0;
+constexpr std::size_t throttle = 1;
+constexpr std::size_t gear = 3;
+
+DynamicData tick(double share, double metresPerSecond = 10.0) {
+    DynamicData values;
+    values.setValue(QStringLiteral("lapdistpct"), share, {});
+    values.setValue(QStringLiteral("speed"), metresPerSecond, QStringLiteral("m/s"));
+    values.setValue(QStringLiteral("throttle"), 0.5, QStringLiteral("%"));
+    return values;
+}
+
+TEST(LiveLap, CollectsTheTracesOverTheShareOfTheLapInPercent) {
+    LiveLap lap;
+    lap.add(tick(0.25, 10.0));
+    lap.add(tick(0.5, 20.0));
+    EXPECT_EQ(lap.current()[speed], (QList<QPointF>{{25.0, 36.0}, {50.0, 72.0}}));
+    EXPECT_EQ(lap.current()[throttle], (QList<QPointF>{{25.0, 50.0}, {50.0, 50.0}}));
+    EXPECT_EQ(lap.unit(speed), QStringLiteral("km/h"));
+    EXPECT_TRUE(lap.current()[gear].isEmpty());
+}
+
+TEST(LiveLap, BeginsANewLapWhenTheShareFallsByMoreThanHalf) {
+    LiveLap lap;
+    lap.add(tick(0.99));
+    lap.add(tick(0.01));
+    EXPECT_EQ(lap.current()[speed].size(), 1);
+}
+
+TEST(LiveLap, GoesOnWhenTheCarIsSetBackALittle) {
+    LiveLap lap;
+    lap.add(tick(0.6));
+    lap.add(tick(0.2));
+    EXPECT_EQ(lap.current()[speed].size(), 2);
+}
+
+TEST(LiveLap, LeavesOutTicksWithoutAPlace) {
+    LiveLap lap;
+    lap.add(tick(-1.0));
+    lap.add(tick(missing));
+    lap.add(DynamicData());
+    EXPECT_TRUE(lap.current()[speed].isEmpty());
+}
+
+TEST(LiveLap, LeavesOutReadingsThatAreMissing) {
+    LiveLap lap;
+    lap.add(tick(0.5, missing));
+    EXPECT_TRUE(lap.current()[speed].isEmpty());
+    EXPECT_EQ(lap.current()[throttle].size(), 1);
+}
+
+TEST(LiveLap, TakesTheOwnCarsFlyingLapAsThePreviousOne) {
+    LiveLap lap;
+    const auto finished = ownLap(4, 10);
+    lap.addFinished(*finished);
+    EXPECT_EQ(lap.previousRevision(), 1);
+    ASSERT_EQ(lap.previous()[speed].size(), 10);
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_DOUBLE_EQ(lap.previous()[speed].at(i).x(),
+                         100.0 * finished->channel(QStringLiteral("lapdistpct"))->sample(i));
+        EXPECT_DOUBLE_EQ(lap.previous()[speed].at(i).y(),
+                         3.6 * finished->channel(QStringLiteral("speed"))->sample(i));
+    }
+}
+
+TEST(LiveLap, KeepsThePreviousLapWhenAnotherKindOfLapEnds) {
+    LiveLap lap;
+    lap.addFinished(*otherLap());
+    const auto aborted = ownLap();
+    aborted->setCompleted(false);
+    lap.addFinished(*aborted);
+    const auto outLap = ownLap();
+    outLap->setLapType(TLM::SDK::LapType::OutLap);
+    lap.addFinished(*outLap);
+    EXPECT_EQ(lap.previousRevision(), 0);
+    EXPECT_TRUE(lap.previous()[speed].isEmpty());
+}
+
+TEST(LiveLap, DrawsNothingOfAPreviousLapThatLacksAChannel) {
+    LiveLap lap;
+    const auto finished = ownLap();
+    finished->removeChannel(QStringLiteral("gear"));
+    lap.addFinished(*ownLap());
+    lap.addFinished(*finished);
+    EXPECT_TRUE(lap.previous()[gear].isEmpty());
+    finished->removeChannel(QStringLiteral("lapdistpct"));
+    lap.addFinished(*finished);
+    EXPECT_TRUE(lap.previous()[speed].isEmpty());
+}
+
+TEST(LiveLap, StartsAnewWithAConnection) {
+    LiveLap lap;
+    lap.add(tick(0.9));
+    lap.addFinished(*ownLap());
+    lap.restart();
+    EXPECT_TRUE(lap.current()[speed].isEmpty());
+    EXPECT_FALSE(lap.previous()[speed].isEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+#include "tools/viewer/plotpanel.h"
+
+#include <QChart>
+#include <QImage>
+#include <QPalette>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using rataip::lapimage::Role;
+using rataip::viewer::PlotPanel;
+
+class Panel : public ::testing::Test {
+protected:
+    Panel() {
+        panel.resize(700, 160);
+        panel.setAxis(QStringLiteral("Distance"), QStringLiteral("m"));
+        panel.setQuantity(QStringLiteral("speed"), QStringLiteral("m/s"));
+        panel.show();
+    }
+
+    PlotPanel panel{QStringLiteral("speed"),
+                    {{QStringLiteral("other"), Role::OtherLap, true},
+                     {QStringLiteral("this"), Role::ThisLap, false}}};
+};
+
+TEST_F(Panel, HoldsThePointsThatItWasGiven) {
+    const QList<QPointF> points = {{0.0, 1.0}, {10.0, 5.0}, {20.0, 3.0}};
+    panel.setPoints(1, points);
+    EXPECT_EQ(panel.lines().at(1)->points(), points);
+    EXPECT_TRUE(panel.lines().at(0)->points().isEmpty());
+}
+
+TEST_F(Panel, SaysWhatItPlotsWithUnits) {
+    EXPECT_EQ(panel.quantityText(), QStringLiteral("speed (m/s)"));
+    EXPECT_EQ(panel.axisText(), QStringLiteral("Distance (m)"));
+    panel.setQuantity(QStringLiteral("gear"), {});
+    EXPECT_EQ(panel.quantityText(), QStringLiteral("gear"));
+}
+
+TEST_F(Panel, FitsItsHeightToAllLines) {
+    panel.setPoints(0, {{0.0, -30.0}});
+    panel.setPoints(1, {{0.0, 70.0}});
+    panel.fitHeight();
+    EXPECT_LE(panel.yAxis().min(), -30.0);
+    EXPECT_GE(panel.yAxis().max(), 70.0);
+}
+
+TEST_F(Panel, ShowsWhatComesNearZeroFromZeroOn) {
+    panel.setPoints(1, {{0.0, 20.0}, {1.0, 70.0}});
+    panel.fitHeight();
+    EXPECT_EQ(panel.yAxis().min(), 0.0);
+    panel.setPoints(1, {{0.0, 1000.0}, {1.0, 1010.0}});
+    panel.fitHeight();
+    EXPECT_GT(panel.yAxis().min(), 900.0);
+}
+
+TEST_F(Panel, HasAHeightWithoutAnyPoint) {
+    panel.fitHeight();
+    EXPECT_LT(panel.yAxis().min(), panel.yAxis().max());
+}
+
+TEST_F(Panel, OnlyGrowsWhileALineIsDrawn) {
+    panel.setPoints(1, {{0.0, 90.0}});
+    panel.growHeight();
+    const double high = panel.yAxis().max();
+    EXPECT_GE(high, 90.0);
+    panel.setPoints(1, {{0.0, 10.0}});
+    panel.growHeight();
+    EXPECT_EQ(panel.yAxis().max(), high);
+    panel.setPoints(1, {{0.0, -10.0}});
+    panel.growHeight();
+    EXPECT_LE(panel.yAxis().min(), -10.0);
+    EXPECT_EQ(panel.yAxis().max(), high);
+}
+
+TEST_F(Panel, ShowsTheWholeAxisRange) {
+    panel.setAxisRange(0.0, 4612.5);
+    EXPECT_EQ(panel.xAxis().min(), 0.0);
+    EXPECT_EQ(panel.xAxis().max(), 4612.5);
+    EXPECT_EQ(panel.xAxis().tickInterval(), 1000.0);
+    panel.setAxisRange(0.0, 0.0);
+    EXPECT_LT(panel.xAxis().min(), panel.xAxis().max());
+}
+
+TEST_F(Panel, TellsLinesApartByMoreThanTheirColours) {
+    EXPECT_NE(panel.lines().at(0)->pen().style(), panel.lines().at(1)->pen().style());
+    EXPECT_NE(panel.lines().at(0)->pen().color(), panel.lines().at(1)->pen().color());
+}
+
+TEST_F(Panel, StandsExactlyAboveAnotherOfTheSameWidth) {
+    PlotPanel other(QStringLiteral("force"), {{QStringLiteral("this"), Role::ThisLap, false}});
+    other.resize(700, 300);
+    other.setPoints(0, {{0.0, -123456.0}, {1.0, 654321.0}});
+    other.fitHeight();
+    other.show();
+    EXPECT_EQ(other.chart()->plotArea().left(), panel.chart()->plotArea().left());
+    EXPECT_EQ(other.chart()->plotArea().right(), panel.chart()->plotArea().right());
+}
+
+TEST_F(Panel, FollowsADarkPalette) {
+    const QColor lightLine = panel.lines().at(1)->pen().color();
+    QPalette dark;
+    dark.setColor(QPalette::Base, QColor(30, 30, 30));
+    dark.setColor(QPalette::Text, QColor(230, 230, 230));
+    panel.setPalette(dark);
+    const QImage image = panel.grab().toImage();
+    EXPECT_EQ(QColor(image.pixel(1, 1)), QColor(30, 30, 30));
+    EXPECT_EQ(panel.yAxis().labelsColor(), QColor(230, 230, 230));
+    EXPECT_NE(panel.lines().at(1)->pen().color(), lightLine);
+}
+
+}  // namespace

@@ -1,0 +1,85 @@
+#include "tests/tools/laps/samplelap.h"
+#include "tests/tools/viewer/handsource.h"
+#include "tests/tools/viewer/texts.h"
+#include "tools/viewer/mainwindow.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using rataip::viewer::LapWindow;
+using rataip::viewer::MainWindow;
+using rataip::viewer::Session;
+
+// The scale of the screen comes from the environment: the same cases run at several.
+class TextFit : public ::testing::TestWithParam<QSize> {
+protected:
+    QTemporaryDir folder;
+    QSettings settings{folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat};
+    HandSource source;
+    Session session;
+};
+
+std::string cutOff(QWidget& window) {
+    QCoreApplication::processEvents();  // lays everything out
+    window.grab();
+    return textsCutOff(window).join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_P(TextFit, InTheWindowWithAFullField) {
+    session.setSource(source);
+    session.connectToSource();
+    MainWindow window(session, settings);
+    window.resize(GetParam());
+    window.show();
+    source.sendCars(64, 3);
+    source.sendTick(64, 3, 1, 0.5);
+    for (int number = 1; number <= 12; ++number) {
+        emit source.dataEmitter()->sendTelemetryLap(ownLap(number));
+        emit source.dataEmitter()->sendTelemetryLap(otherLap(number));
+    }
+    window.refresh();
+    EXPECT_EQ(cutOff(window), "");
+}
+
+TEST_P(TextFit, InTheWindowWithoutAPlugin) {
+    session.setPluginError(
+        QStringLiteral("cannot use /a/rather/long/path/to/a/folder/of/plugins/librataip.so as "
+                       "plugin: it was built for version 0.3 of the interface, this program takes "
+                       "version 0.2"));
+    MainWindow window(session, settings);
+    window.resize(GetParam());
+    window.show();
+    EXPECT_EQ(cutOff(window), "");
+}
+
+TEST_P(TextFit, InTheWindowThatWaits) {
+    source.isThere = false;
+    session.setSource(source);
+    session.connectToSource();
+    MainWindow window(session, settings);
+    window.resize(GetParam());
+    window.show();
+    EXPECT_EQ(cutOff(window), "");
+}
+
+TEST_P(TextFit, InALapWithAnother) {
+    rataip::viewer::LapListModel laps;
+    const auto other = otherLap();
+    laps.add(other);
+    LapWindow window(ownLap(), laps);
+    window.compareWith(other);
+    window.resize(GetParam());
+    window.show();
+    EXPECT_EQ(cutOff(window), "");
+    window.findChild<QTabWidget*>()->setCurrentIndex(1);
+    EXPECT_EQ(cutOff(window), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, TextFit, ::testing::Values(QSize(1500, 920), QSize(1024, 740)),
+                         [](const auto& sized) { return std::to_string(sized.param.width()); });
+
+}  // namespace

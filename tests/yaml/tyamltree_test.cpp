@@ -1,0 +1,347 @@
+#include "yaml/tyamltree.h"
+
+#include "tests/support/printqt.h"
+#include "tests/yaml/treetext.h"
+
+#include <QList>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// The tree of `body` between a document's start and its end.
+QString parsed(const std::string& body) {
+    TYamlTree tree;
+    tree.setYaml(("---\n" + body + "...").c_str());
+    return treeText(tree);
+}
+
+int indentationOf(const QString& line, bool& isListItem) {
+    return TYamlTree().countLeadingSpaces(line, isListItem);
+}
+
+// Whether the first of `lines` opens a section, when the lines end with them.
+bool opensSection(QList<QString> lines) {
+    return TYamlTree().isNewSection(lines.begin(), lines.end());
+}
+
+}  // namespace
+
+TEST(CountLeadingSpaces, CountsSpacesBeforeTheFirstOtherCharacter) {
+    bool isListItem = true;
+    EXPECT_EQ(indentationOf("key: value", isListItem), 0);
+    EXPECT_FALSE(isListItem);
+    EXPECT_EQ(indentationOf("   key: value  ", isListItem), 3);
+    EXPECT_FALSE(isListItem);
+}
+
+TEST(CountLeadingSpaces, CountsAListsDashAsAColumn) {
+    bool isListItem = false;
+    EXPECT_EQ(indentationOf("- a", isListItem), 1);
+    EXPECT_TRUE(isListItem);
+    isListItem = false;
+    EXPECT_EQ(indentationOf("  -", isListItem), 3);
+    EXPECT_TRUE(isListItem);
+    EXPECT_EQ(indentationOf("  a - b", isListItem), 2);
+    EXPECT_FALSE(isListItem);
+}
+
+TEST(CountLeadingSpaces, TakesTabsForOrdinaryCharacters) {
+    bool isListItem = true;
+    EXPECT_EQ(indentationOf("\t  key", isListItem), 0);
+    EXPECT_FALSE(isListItem);
+    EXPECT_EQ(indentationOf(" \t- key", isListItem), 1);
+    EXPECT_FALSE(isListItem);
+    EXPECT_EQ(indentationOf(QString(QChar(0xA0)) + "key", isListItem), 0);
+}
+
+TEST(CountLeadingSpaces, LeavesTheListFlagOfABlankLineAsItWas) {
+    for (const bool before : {true, false}) {
+        for (const QString& line : {QString(), QString(""), QString("   ")}) {
+            bool isListItem = before;
+            EXPECT_EQ(indentationOf(line, isListItem), 0);
+            EXPECT_EQ(isListItem, before);
+        }
+    }
+}
+
+TEST(IsNewSection, HoldsBeforeADeeperLine) {
+    EXPECT_TRUE(opensSection({"a:", " b: 1"}));
+    EXPECT_TRUE(opensSection({" a:", "   b: 1"}));
+    EXPECT_FALSE(opensSection({"a:", "b: 1"}));
+    EXPECT_FALSE(opensSection({" a:", "b: 1"}));
+    EXPECT_TRUE(opensSection({"no colon", " b: 1"}));
+}
+
+TEST(IsNewSection, FailsBeforeTheEnd) {
+    EXPECT_FALSE(opensSection({"a:"}));
+    QList<QString> lines{"a:", " b: 1"};
+    EXPECT_FALSE(TYamlTree().isNewSection(lines.begin(), lines.begin() + 1));
+    EXPECT_FALSE(TYamlTree().isNewSection(lines.end(), lines.end()));
+}
+
+TEST(IsNewSection, FailsBeforeABlankLine) {
+    EXPECT_FALSE(opensSection({"a:", ""}));
+    EXPECT_FALSE(opensSection({"a:", "     "}));
+}
+
+TEST(IsNewSection, CountsTheDashOfTheNextLine) {
+    EXPECT_TRUE(opensSection({"a:", "- b"}));
+    EXPECT_TRUE(opensSection({" a:", " - b"}));
+    EXPECT_FALSE(opensSection({" a:", "- b"}));
+    EXPECT_FALSE(opensSection({"  a:", " - b"}));
+}
+
+TEST(IsNewSection, FailsForAListItem) {
+    EXPECT_FALSE(opensSection({"- a:", "    b: 1"}));
+    EXPECT_FALSE(opensSection({" - a", "      b: 1"}));
+}
+
+TEST(IsNewSection, TakesALineOfSpacesForNoIndentationAndNoListItem) {
+    EXPECT_TRUE(opensSection({"     ", " b"}));
+    EXPECT_FALSE(opensSection({"     ", "b"}));
+    EXPECT_TRUE(opensSection({"", "- b"}));
+}
+
+TEST(TYamlTree, ReadsTheSimulatorsLayout) {
+    EXPECT_EQ(parsed("DriverInfo:\n"
+                     " DriverCarIdx: 3\n"
+                     " Drivers:\n"
+                     " - CarIdx: 0\n"
+                     "   UserName: A\n"
+                     " - CarIdx: 3\n"
+                     "   UserName: B\n"),
+              "DriverInfo:\n"
+              "DriverInfo/DriverCarIdx=3\n"
+              "DriverInfo/Drivers:\n"
+              "DriverInfo/Drivers/0:\n"
+              "DriverInfo/Drivers/0/UserName=A\n"
+              "DriverInfo/Drivers/3:\n"
+              "DriverInfo/Drivers/3/UserName=B\n");
+}
+
+TEST(TYamlTree, KeysAListEntryByItsFirstValueAndDoesNotStoreThat) {
+    TYamlTree tree;
+    tree.setYaml("---\nDrivers:\n- CarIdx: 7\n  UserName: A\n");
+    ASSERT_NE(tree.pathSub("Drivers/7"), nullptr);
+    EXPECT_TRUE(tree.pathValue("Drivers/7/CarIdx").isNull());
+    EXPECT_EQ(tree.pathValue("Drivers/7/UserName"), "A");
+}
+
+TEST(TYamlTree, IsARootWithoutParent) {
+    const TYamlTree tree;
+    EXPECT_FALSE(tree.hasParent());
+}
+
+TEST(TYamlTree, ReadsNothingFromNoTextAndFromTextsWithoutClosedLines) {
+    for (const char* text :
+         {static_cast<const char*>(nullptr), "", "a: 1", "a: 1\n", "a: 1\nb: 2"}) {
+        TYamlTree tree;
+        tree.setYaml(text);
+        EXPECT_EQ(treeText(tree), "") << (text == nullptr ? "null" : text);
+    }
+}
+
+TEST(TYamlTree, IgnoresTheFirstLineAndWhatFollowsTheLastBreak) {
+    TYamlTree tree;
+    tree.setYaml("first: 1\nb: 2\nlast: 3");
+    EXPECT_EQ(treeText(tree), "b=2\n");
+}
+
+TEST(TYamlTree, TakesTheRestBehindTheLastBreakForNoNextLine) {
+    TYamlTree tree;
+    tree.setYaml("---\nA:\n b: 1");
+    EXPECT_EQ(treeText(tree), "A:=\n") << "a section needs a deeper line that was read";
+}
+
+TEST(TYamlTree, ReadsEachByteAsOneLatin1Character) {
+    TYamlTree tree;
+    tree.setYaml("---\nName: Zo\xC3\xAB\xFF\n\xE9: x\n");
+    EXPECT_EQ(tree.value("Name"), QString("Zo") + QChar(0xC3) + QChar(0xAB) + QChar(0xFF));
+    EXPECT_EQ(tree.value(QString(QChar(0xE9))), "x");
+}
+
+TEST(TYamlTree, StoresAValueUpToASecondSeparator) {
+    EXPECT_EQ(parsed("a: b: c: d\n"), "a=b\n");
+    EXPECT_EQ(parsed("a:: b\n"), "a:=b\n");
+    EXPECT_EQ(parsed("a: b:c\n"), "a=b:c\n");
+    EXPECT_EQ(parsed("a: : c\n"), "a=\n");
+    EXPECT_EQ(parsed(": b\n"), "=b\n");
+}
+
+TEST(TYamlTree, TrimsKeysAndNoValues) {
+    EXPECT_EQ(parsed("a  : b  \n"), "a=b  \n");
+    EXPECT_EQ(parsed("a:  b \r\n"), "a= b \r\n");
+    EXPECT_EQ(parsed("\ta\t: b\t\n"), "a=b\t\n");
+    EXPECT_EQ(parsed("\xA0 a: b\n"), "a=b\n") << "a no-break space is white space of a key";
+}
+
+TEST(TYamlTree, StoresALineWithoutSeparatorUnderItselfWithAnEmptyText) {
+    TYamlTree tree;
+    tree.setYaml("---\n text\r\nempty:\nblank: \n");
+    EXPECT_EQ(tree.valueKeys(), QStringList({"blank", "empty:", "text"}));
+    EXPECT_TRUE(tree.value("text").isEmpty());
+    EXPECT_FALSE(tree.value("text").isNull());
+    EXPECT_FALSE(tree.value("blank").isNull());
+}
+
+TEST(TYamlTree, KeepsACarriageReturnOutOfKeysOnly) {
+    // The return is the section line's last character no more once trimmed: the colon is.
+    EXPECT_EQ(parsed("A:\r\n b: 1\r\n"), "A:\nA/b=1\r\n");
+    EXPECT_EQ(parsed("L:\r\n- i: 5\r\n"), "L:\nL/5:\n");
+    // A line with nothing but a return is no empty line.
+    EXPECT_EQ(parsed("\r\n"), "=\n");
+}
+
+TEST(TYamlTree, CutsTheLastCharacterOffASectionsName) {
+    EXPECT_EQ(parsed("Name\n b: 1\n"), "Nam:\nNam/b=1\n");
+    EXPECT_EQ(parsed("a: 5\n b: 1\n"), "a: :\na: /b=1\n");
+}
+
+TEST(TYamlTree, StaysInTheNodeForASectionWithoutAName) {
+    EXPECT_EQ(parsed(":\n b: 1\n"), "b=1\n");
+    EXPECT_EQ(parsed("A:\n x: 1\n :\n  b: 1\n"), "A:\nA/b=1\nA/x=1\n");
+    EXPECT_EQ(parsed("\t\n b: 1\n"), "b=1\n");
+    EXPECT_EQ(parsed("   \n b: 1\n"), "b=1\n");
+}
+
+TEST(TYamlTree, ReusesASectionOfTheSameName) {
+    EXPECT_EQ(parsed("A:\n b: 1\nA:\n c: 2\n"), "A:\nA/b=1\nA/c=2\n");
+}
+
+TEST(TYamlTree, SkipsEmptyLines) {
+    EXPECT_EQ(parsed("A:\n b: 1\n\n c: 2\n\n\nd: 3\n"), "d=3\nA:\nA/b=1\nA/c=2\n");
+}
+
+TEST(TYamlTree, OpensNoSectionBeforeAnEmptyLine) {
+    EXPECT_EQ(parsed("A:\n\n b: 1\n"), "A:=\nb=1\n");
+}
+
+TEST(TYamlTree, GoesUpOneNodeAColumnWhereALineStandsFurtherOut) {
+    EXPECT_EQ(parsed("A:\n B:\n  C:\n   d: 1\n e: 2\nf: 3\n"),
+              "f=3\nA:\nA/e=2\nA/B:\nA/B/C:\nA/B/C/d=1\n");
+}
+
+TEST(TYamlTree, OpensASectionFurtherOut) {
+    EXPECT_EQ(parsed("A:\n B:\n  c: 1\n D:\n  e: 2\nF:\n g: 3\n"),
+              "A:\nA/B:\nA/B/c=1\nA/D:\nA/D/e=2\nF:\nF/g=3\n");
+}
+
+TEST(TYamlTree, OpensAListEntryFurtherOut) {
+    EXPECT_EQ(parsed("L:\n - i: 0\n   S:\n    a: 1\n - i: 1\n   b: 2\n"),
+              "L:\nL/0:\nL/0/S:\nL/0/S/a=1\nL/1:\nL/1/b=2\n");
+}
+
+TEST(TYamlTree, KeysAListEntryByTheTextAfterItsLastSeparator) {
+    EXPECT_EQ(parsed("L:\n - a: b: c \n"), "L:\nL/c:\n");
+    EXPECT_EQ(parsed("L:\n - a: \n"), "L:\nL/:\n");
+    EXPECT_EQ(parsed("L:\n - : x\n"), "L:\nL/x:\n");
+}
+
+TEST(TYamlTree, KeysAListEntryWithoutSeparatorByItselfWithItsDash) {
+    EXPECT_EQ(parsed("L:\n - item \n"), "L:\nL/- item:\n");
+    EXPECT_EQ(parsed("L:\n -\n"), "L:\nL/-:\n");
+    EXPECT_EQ(parsed("-a:\n"), "-a::\n");
+}
+
+// Two entries at the same column: the second is opened within the first, as nothing leads up.
+TEST(TYamlTree, NestsListEntriesWithoutFieldsOfTheirOwn) {
+    EXPECT_EQ(parsed("L:\n- i: 0\n- i: 1\n"), "L:\nL/0:\nL/0/1:\n");
+}
+
+TEST(TYamlTree, TakesADeeperListEntryForAnEntryAndNoSection) {
+    EXPECT_EQ(parsed("L:\n- i: 0\n     b: 1\n"), "L:\nL/0:\nL/0/b=1\n");
+}
+
+// One node was opened for three columns, and going back the three columns leads up three nodes. The
+// root is where it ends.
+TEST(TYamlTree, DoesNotBalanceADeepJump) {
+    EXPECT_EQ(parsed("A:\n B:\n     c: 1\n d: 2\ne: 3\n"), "d=2\ne=3\nA:\nA/B:\nA/B/c=1\n");
+    EXPECT_EQ(parsed("A:\n B:\n  C:\n   D:\n     e: 1\n   f: 2\n"),
+              "A:\nA/B:\nA/B/f=2\nA/B/C:\nA/B/C/D:\nA/B/C/D/e=1\n");
+}
+
+TEST(TYamlTree, StopsClimbingAtTheRoot) {
+    EXPECT_EQ(parsed("         a: 1\nb: 2\nC:\n d: 3\n"), "a=1\nb=2\nC:\nC/d=3\n");
+}
+
+// A list directly below a top-level section with one leading blank: the line of spaces counts as an
+// entry at no indentation and leads up to the root, where it leaves a child without a name.
+TEST(TYamlTree, TakesALineOfSpacesAfterAListEntryForAnEntryWithoutName) {
+    EXPECT_EQ(parsed("L:\n - i: 0\n   \nb: 1\n"), ":\n/b=1\nL:\nL/0:\n");
+}
+
+TEST(TYamlTree, LetsTheColumnsDecideWhereALineOfSpacesLeads) {
+    // As many nodes as columns: up to the root.
+    EXPECT_EQ(parsed("A:\n L:\n  - i: 0\n  \n"), ":\nA:\nA/L:\nA/L/0:\n");
+    // More nodes than columns: it stays within the list.
+    EXPECT_EQ(parsed("L:\n- i: 0\n  \n"), "L:\nL/:\nL/0:\n");
+    // More columns than nodes: the root ends the climb.
+    EXPECT_EQ(parsed("L:\n     - i: 0\n  \n"), ":\nL:\nL/0:\n");
+}
+
+TEST(TYamlTree, TakesALineOfSpacesAfterAValueForAValueWithoutName) {
+    EXPECT_EQ(parsed("A:\n b: 1\n  \nc: 2\n"), "=\nc=2\nA:\nA/b=1\n");
+}
+
+TEST(TYamlTree, TakesALineOfSpacesBeforeADeeperLineForASectionWithoutName) {
+    EXPECT_EQ(parsed("A:\n b: 1\n  \n c: 2\n"), "c=2\nA:\nA/b=1\n");
+}
+
+// Further out, being a list entry counts before being a section.
+TEST(TYamlTree, TakesALineOfSpacesAfterAnEntryForAnEntryThoughADeeperLineFollows) {
+    EXPECT_EQ(parsed("L:\n - i: 0\n  \n c: 2\n"), ":\n/c=2\nL:\nL/0:\n");
+}
+
+// At the same indentation, being a section counts before being a list entry.
+TEST(TYamlTree, TakesASecondLineOfSpacesForASectionWhereADeeperLineFollows) {
+    EXPECT_EQ(parsed("L:\n - i: 0\n  \n  \n c: 2\n"), ":\n/c=2\nL:\nL/0:\n");
+    EXPECT_EQ(parsed("L:\n - i: 0\n  \n  \nc: 2\n"), ":\n/:\n//c=2\nL:\nL/0:\n");
+}
+
+TEST(TYamlTree, KeepsTheListFlagOverEmptyLines) {
+    EXPECT_EQ(parsed("L:\n - i: 0\n\n\n   \nb: 1\n"), ":\n/b=1\nL:\nL/0:\n");
+}
+
+TEST(TYamlTree, TakesALineOfTabsForAValue) {
+    EXPECT_EQ(parsed("A:\n b: 1\n\t\t\n"), "=\nA:\nA/b=1\n");
+}
+
+TEST(TYamlTreeAgain, ReplacesValuesAndReusesNodes) {
+    TYamlTree tree;
+    tree.setYaml("---\nA:\n b: 1\n c: 2\n");
+    TStringTree* const node = tree.sub("A");
+    tree.setYaml("---\nA:\n b: 3\n");
+    EXPECT_EQ(tree.sub("A"), node);
+    EXPECT_EQ(treeText(tree), "A:\nA/b=3\nA/c=2\n");
+}
+
+TEST(TYamlTreeAgain, KeepsADriverThatTheNewTextLacks) {
+    TYamlTree tree;
+    tree.setYaml("---\nD:\n - i: 0\n   n: A\n - i: 1\n   n: B\n");
+    tree.setYaml("---\nD:\n - i: 1\n   n: C\n");
+    EXPECT_EQ(treeText(tree), "D:\nD/0:\nD/0/n=A\nD/1:\nD/1/n=C\n");
+}
+
+TEST(TYamlTreeAgain, StartsAtTheRootWithNothingRemembered) {
+    TYamlTree tree;
+    tree.setYaml("---\nA:\n - i: 0\n");
+    tree.setYaml("---\n   \nb: 1\n");
+    EXPECT_EQ(treeText(tree), "=\nb=1\nA:\nA/0:\n");
+}
+
+TEST(TYamlTreeAgain, EmptiesAValueThatHasNoTextAnyMore) {
+    TYamlTree tree;
+    tree.setYaml("---\na: 1\n");
+    tree.setYaml("---\na: \n");
+    EXPECT_EQ(tree.value("a"), "");
+}
+
+TEST(TYamlTreeAgain, LeavesEqualTextsWhereTheyAre) {
+    const char* const text = "---\nA:\n b: some text\n";
+    TYamlTree tree;
+    tree.setYaml(text);
+    const QString held = tree.pathValue("A/b");
+    tree.setYaml(text);
+    EXPECT_EQ(tree.pathValue("A/b").constData(), held.constData());
+}

@@ -1,0 +1,92 @@
+#include "tests/support/printqt.h"
+#include "tests/yaml/plainyamltree.h"
+#include "tests/yaml/treetext.h"
+#include "yaml/tyamltree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <string>
+
+namespace {
+
+class RandomTexts {
+public:
+    explicit RandomTexts(unsigned seed) : m_random(seed) {}
+
+    std::string next() {
+        std::string text = below(10) == 0 ? "" : "---\n";
+        for (int lines = below(30); lines > 0; --lines) {
+            text += line();
+        }
+        text += pick(std::array{"", "...", "end: 1", "  "});
+        return text;
+    }
+
+private:
+    // Mostly lines as the simulator writes them, each a little further in or out than the one
+    // before, and among them everything that is close to one.
+    std::string line() {
+        if (below(12) == 0) {
+            return oddLine() + '\n';
+        }
+        if (below(8) == 0) {
+            return pick(std::array{"\n", " \n", "   \n"});
+        }
+        m_indentation = below(8) == 0 ? below(7) : std::max(0, m_indentation + below(4) - 2);
+        std::string text(static_cast<std::size_t>(m_indentation), ' ');
+        switch (below(4)) {
+            case 0:
+                text += word() + ':';
+                break;
+            case 1:
+                text += "- " + word() + ": " + word();
+                break;
+            default:
+                text += word() + ": " + word();
+        }
+        return text + pick(std::array{"\n", "\n", "\n", "\n", "\r\n", " \n", ":\n", ": \n"});
+    }
+
+    std::string oddLine() {
+        std::string text;
+        for (int pieces = below(6); pieces > 0; --pieces) {
+            text += pick(std::array{" ", "  ", "-", "- ", ":", ": ", "a", "\t", "\r", "/", "\xA0",
+                                    "\xE4", "\x85", "---"});
+        }
+        return text;
+    }
+
+    std::string word() { return pick(std::array{"a", "b", "A", "ab", "0", "1", "7", "a b", ""}); }
+
+    template <std::size_t N>
+    std::string pick(const std::array<const char*, N>& choices) {
+        return choices[static_cast<std::size_t>(below(static_cast<int>(N)))];
+    }
+
+    int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(m_random); }
+
+    std::mt19937 m_random;
+    int m_indentation = 0;
+};
+
+}  // namespace
+
+TEST(TYamlTreeDifferential, EqualsThePlainReaderOnRandomTextsTwiceIntoTheSameTree) {
+    constexpr unsigned kPairsOfTexts = 10'000;
+    for (unsigned seed = 0; seed < kPairsOfTexts; ++seed) {
+        RandomTexts texts(seed);
+        TYamlTree tree;
+        PlainYamlTree plain;
+        for (int parse = 0; parse < 2; ++parse) {
+            const std::string text = texts.next();
+            tree.setYaml(text.c_str());
+            plain.setYaml(text.c_str());
+            ASSERT_EQ(treeText(tree), treeText(plain)) << "seed " << seed << '\n' << text;
+        }
+        ASSERT_EQ(plain.adjoiningSections(), 0)
+            << "a section is followed by a deeper line, never by another section beside it";
+    }
+}
