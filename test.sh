@@ -1,0 +1,151 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every check of the project.
+#
+#   ./test.sh                  format, asan, lint: everything a change must pass
+#   ./test.sh --quick          format, debug: the same tests without sanitizers, for an edit
+#   ./test.sh --stage NAME     one stage (may be given several times)
+#   ./test.sh --list           print the stages
+set -euo pipefail
+export CDPATH=
+cd "$(dirname "${BASH_SOURCE[0]}")"
+
+source_folders=(sdk irsdk yaml reader plugin tools benchmarks tests)
+jobs="$(nproc)"
+
+# A stage is a function stage_NAME. Its one-line result, when it has more to say than "ok", goes to
+# the variable `result`.
+all_stages=(format asan lint)
+quick_stages=(format debug)
+declare -A stage_titles=(
+    [format]="clang-format leaves every source as it is"
+    [debug]="debug build and its tests"
+    [asan]="build with address and undefined-behaviour sanitizers and its tests"
+    [lint]="clang-tidy over the libraries, the plugin and the console programs"
+)
+declare -A stage_packages=(
+    [format]="lint"
+    [debug]="build viewer test"
+    [asan]="build viewer test"
+    [lint]="build viewer test lint"
+)
+
+stage_format() {
+    find "${source_folders[@]}" \( -name '*.h' -o -name '*.cpp' \) -print0 |
+        xargs -0 clang-format --dry-run -Werror
+}
+
+stage_debug() {
+    build_and_test debug
+}
+
+# What is new is freed and what was freed is not touched again, all the way to the program's end.
+stage_asan() {
+    export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_stack_use_after_return=1}"
+    export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}"
+    build_and_test asan
+}
+
+# Reads the commands of the build with sanitizers, so what is compiled is what is checked. The
+# generated meta-object sources are not ours to mend. The window, the measuring and the tests, whose
+# headers take most of the time, are left to whoever edits them.
+stage_lint() {
+    build asan
+    local here
+    here="$(printf '%s' "$PWD" | sed 's/[][\.*^$+?(){}|]/\\&/g')"
+    run-clang-tidy -quiet -j "$jobs" -p build/asan \
+        "^$here/(irsdk|sdk|yaml|reader|plugin|tools/(simulator|host|monitor))/.*\.cpp\$"
+}
+
+build() {
+    local preset="$1"
+    cmake --preset "$preset"
+    cmake --build --preset "$preset" --parallel "$jobs"
+}
+
+build_and_test() {
+    local preset="$1"
+    local log="build/$preset/test.log"
+    build "$preset"
+    ctest --preset "$preset" --parallel "$jobs" --no-tests=error 2>&1 | tee "$log"
+    result="$(grep 'tests passed' "$log")"
+}
+
+print_usage() {
+    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "$0"
+}
+
+print_stages() {
+    local stage
+    for stage in format debug asan lint; do
+        printf '%-10s %s\n' "$stage" "${stage_titles[$stage]}"
+    done
+}
+
+die() {
+    printf 'test.sh: %s\n' "$1" >&2
+    exit 2
+}
+
+stages=()
+parse_arguments() {
+    while [[ $# -gt 0 ]]; do
+        case "$1" in
+        --quick) stages+=("${quick_stages[@]}") ;;
+        --stage)
+            [[ -n "${2:-}" && -n "${stage_titles[$2]:-}" ]] || die "--stage needs a name of --list"
+            stages+=("$2")
+            shift
+            ;;
+        --list)
+            print_stages
+            exit 0
+            ;;
+        -h | --help)
+            print_usage
+            exit 0
+            ;;
+        *) die "unknown option $1 (see --help)" ;;
+        esac
+        shift
+    done
+    [[ ${#stages[@]} -gt 0 ]] || stages=("${all_stages[@]}")
+}
+
+install_packages() {
+    local groups=() stage group
+    for stage in "${stages[@]}"; do
+        for group in ${stage_packages[$stage]}; do
+            groups+=("$group")
+        done
+    done
+    scripts/setup.sh "${groups[@]}"
+}
+
+summary=()
+current_stage=""
+print_summary() {
+    local status=$?
+    [[ ${#summary[@]} -gt 0 || -n "$current_stage" ]] || return 0
+    printf '\n== Summary\n'
+    [[ ${#summary[@]} -eq 0 ]] || printf '%s\n' "${summary[@]}"
+    if [[ $status -ne 0 ]]; then
+        printf '%-10s FAILED: %s\n' "$current_stage" "${stage_titles[$current_stage]}"
+    fi
+}
+
+run_stage() {
+    local started=$SECONDS
+    current_stage="$1"
+    result="ok"
+    printf '\n== %s: %s\n' "$1" "${stage_titles[$1]}"
+    "stage_$1"
+    summary+=("$(printf '%-10s %5d s  %s' "$1" $((SECONDS - started)) "$result")")
+    current_stage=""
+}
+
+parse_arguments "$@"
+install_packages
+trap print_summary EXIT
+for stage in "${stages[@]}"; do
+    run_stage "$stage"
+done
