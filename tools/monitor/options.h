@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/host/commandline.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -19,13 +21,9 @@ struct Options {
 
 /** A command line as it was understood. */
 struct ParsedArguments {
-    enum class Request {
-        Watch,
-        ShowHelp,
-        ShowVersion,
-    };
+    using Request = host::CommandLine::Request;
 
-    Request request = Request::Watch;
+    Request request = Request::Run;
     Options options;
     QString error;  // one sentence when the arguments make no sense, else empty
 };

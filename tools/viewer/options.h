@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/host/commandline.h"
+
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -20,13 +22,9 @@ struct Options {
 
 /** A command line as it was understood. */
 struct ParsedArguments {
-    enum class Request {
-        Show,
-        ShowHelp,
-        ShowVersion,
-    };
+    using Request = host::CommandLine::Request;
 
-    Request request = Request::Show;
+    Request request = Request::Run;
     Options options;
     QString error;  // one sentence when the arguments make no sense, else empty
 };

@@ -19,7 +19,7 @@ void expectError(const QStringList& arguments, const char* part) {
 TEST(MonitorArguments, AskForNothingByDefault) {
     const ParsedArguments parsed = parse({});
     EXPECT_TRUE(parsed.error.isEmpty());
-    EXPECT_EQ(parsed.request, ParsedArguments::Request::Watch);
+    EXPECT_EQ(parsed.request, ParsedArguments::Request::Run);
     EXPECT_TRUE(parsed.options.pluginPath.isEmpty());
     EXPECT_EQ(parsed.options.wait, std::nullopt);
     EXPECT_EQ(parsed.options.duration, std::nullopt);

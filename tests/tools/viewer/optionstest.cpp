@@ -15,7 +15,7 @@ ParsedArguments parse(const QStringList& arguments) {
 TEST(ViewerOptions, AreAllOptional) {
     const ParsedArguments parsed = parse({});
     EXPECT_TRUE(parsed.error.isEmpty());
-    EXPECT_EQ(parsed.request, ParsedArguments::Request::Show);
+    EXPECT_EQ(parsed.request, ParsedArguments::Request::Run);
     EXPECT_TRUE(parsed.options.pluginPath.isEmpty());
     EXPECT_FALSE(parsed.options.duration);
     EXPECT_FALSE(parsed.options.size);
