@@ -29,6 +29,11 @@ if(WIN32)
     target_compile_definitions(rataip_common INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 
+# Programs that are free of Qt are one file on Windows, which runs wherever it is copied to.
+if(MINGW AND NOT RATAIP_HAVE_QT)
+    add_link_options(-static)
+endif()
+
 set(RATAIP_SANITIZER "" CACHE STRING "Sanitizers of this build, as -fsanitize takes them")
 if(RATAIP_SANITIZER)
     add_compile_options(-fsanitize=${RATAIP_SANITIZER} -fno-omit-frame-pointer

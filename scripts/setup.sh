@@ -15,9 +15,10 @@ declare -A packages=(
     [lint]="clang-format clang-tidy python3"
     [coverage]="gcovr"
     [bench]="libbenchmark-dev libyaml-dev libyaml-cpp-dev"
-    [windows]="g++-mingw-w64-x86-64-posix wine64 googletest"
+    [windows]="g++-mingw-w64-x86-64-posix googletest"
+    [wine]="wine64"
 )
-group_order=(build viewer test lint coverage bench windows)
+group_order=(build viewer test lint coverage bench windows wine)
 
 list_groups() {
     local group
