@@ -2,6 +2,7 @@
 
 #include "sdk/utilities.h"
 #include "tools/host/laptext.h"
+#include "tools/lapimage/scale.h"
 #include "tools/lapimage/ticks.h"
 #include "tools/laps/displayunit.h"
 
@@ -87,6 +88,13 @@ Range heightOf(const QList<LapPicture::Curve>& curves) {
     return range;
 }
 
+bool hasWholeNumbers(const QList<LapPicture::Curve>& curves) {
+    return std::all_of(curves.cbegin(), curves.cend(), [](const LapPicture::Curve& curve) {
+        return std::all_of(curve.points.cbegin(), curve.points.cend(),
+                           [](const QPointF& point) { return point.y() == std::floor(point.y()); });
+    });
+}
+
 Range widthOf(const laps::AxisValues& axis) {
     Range range;
     for (const double value : axis.values) {
@@ -107,20 +115,14 @@ double shareOf(double value, const Range& range) {
     return (value - range.low) / (range.high - range.low);
 }
 
-/** The marks around a range, and what is shown of them. */
-struct Scale {
+/** The marks of the axis across, and the range that it shows. */
+struct AcrossScale {
     Ticks ticks;
     Range range;
 };
 
-/** Ends at marks. */
-Scale upScale(const Range& height) {
-    const Ticks ticks = ticksFor(height.low, height.high, marksUp);
-    return {ticks, {ticks.lowest(), ticks.highest()}};
-}
-
 /** Ends where the lap ends, so that nothing stays empty; an axis without a width ends at marks. */
-Scale acrossScale(const Range& width) {
+AcrossScale acrossScale(const Range& width) {
     Ticks ticks = ticksFor(width.low, width.high, marksAcross);
     if (!(width.low < width.high)) {
         return {ticks, {ticks.lowest(), ticks.highest()}};
@@ -202,21 +204,25 @@ void LapPicture::addPanel(const Lap& lap, const QRectF& area, const QString& nam
         return;
     }
 
-    const Scale up = upScale(heightOf(panel.curves));
-    const Scale across = acrossScale(widthOf(m_axis));
+    const Range height = heightOf(panel.curves);
+    const Scale up = scaleFor(height.low, height.high, marksUp,
+                              hasWholeNumbers(panel.curves) ? Numbers::Whole : Numbers::Any);
+    const AcrossScale across = acrossScale(widthOf(m_axis));
     for (Curve& curve : panel.curves) {
         for (const QPointF& point : curve.points) {
-            curve.line.append({area.left() + shareOf(point.x(), across.range) * area.width(),
-                               area.bottom() - shareOf(point.y(), up.range) * area.height()});
+            curve.line.append(
+                {area.left() + shareOf(point.x(), across.range) * area.width(),
+                 area.bottom() - shareOf(point.y(), {up.low, up.high}) * area.height()});
         }
     }
-    for (const double value : up.ticks.values) {
-        panel.yMarks.append({value, area.bottom() - shareOf(value, up.range) * area.height()});
+    for (const double value : up.marks) {
+        panel.yMarks.append(
+            {value, area.bottom() - shareOf(value, {up.low, up.high}) * area.height()});
     }
     for (const double value : across.ticks.values) {
         panel.xMarks.append({value, area.left() + shareOf(value, across.range) * area.width()});
     }
-    addMarkTexts(panel, across.ticks.decimals, up.ticks.decimals);
+    addMarkTexts(panel, across.ticks.decimals, up.decimals);
     if (sources.size() > 1) {
         addLegend(panel, sources);
     }

@@ -1,5 +1,6 @@
 #include "tools/viewer/plotpanel.h"
 
+#include "tools/lapimage/scale.h"
 #include "tools/lapimage/ticks.h"
 
 #include <QChart>
@@ -9,13 +10,14 @@
 #include <QPen>
 
 #include <algorithm>
+#include <cmath>
 
 namespace rataip::viewer {
 
 namespace {
 
 constexpr double curveWidth = 1.6;
-constexpr int mostMarksUp = 5;
+constexpr int mostMarksUp = 6;
 constexpr int fewestMarks = 2;
 constexpr int mostMarks = 11;
 constexpr double gap = 6.0;
@@ -36,10 +38,16 @@ QString labelWithUnit(const QString& name, const QString& unit) {
     return unit.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit);
 }
 
-void setMarks(QValueAxis& axis, const lapimage::Ticks& ticks) {
-    axis.setRange(ticks.lowest(), ticks.highest());
-    axis.setTickCount(static_cast<int>(ticks.values.size()));
-    axis.setLabelFormat(QStringLiteral("%.%1f").arg(ticks.decimals));
+QString numberFormat(int decimals) {
+    return QStringLiteral("%.%1f").arg(decimals);
+}
+
+/** Marks from `first` on; the axis draws those that lie in its range. */
+void setMarks(QValueAxis& axis, double first, double step, int decimals) {
+    axis.setTickType(QValueAxis::TicksDynamic);
+    axis.setTickAnchor(first);
+    axis.setTickInterval(step);
+    axis.setLabelFormat(numberFormat(decimals));
 }
 
 }  // namespace
@@ -91,7 +99,7 @@ void PlotPanel::setAxis(const QString& name, const QString& unit) {
 }
 
 void PlotPanel::setAxisRange(double low, double high) {
-    m_across = {low, high, false};
+    m_across = {low, high, false, false};
     markAxis();
 }
 
@@ -101,10 +109,7 @@ void PlotPanel::markAxis() {
     const int marks =
         std::clamp(static_cast<int>(chart()->plotArea().width() / room), fewestMarks, mostMarks);
     const lapimage::Ticks ticks = lapimage::ticksFor(m_across.low, m_across.high, marks);
-    m_x->setTickType(QValueAxis::TicksDynamic);
-    m_x->setTickAnchor(ticks.lowest());
-    m_x->setTickInterval(ticks.values.at(1) - ticks.values.at(0));
-    m_x->setLabelFormat(QStringLiteral("%.%1f").arg(ticks.decimals));
+    setMarks(*m_x, ticks.lowest(), ticks.values.at(1) - ticks.values.at(0), ticks.decimals);
     m_x->setRange(m_across.low, m_across.high > m_across.low ? m_across.high : ticks.highest());
 }
 
@@ -119,6 +124,7 @@ PlotPanel::Range PlotPanel::heightOfPoints() const {
         for (const QPointF& point : points) {
             range.low = range.isEmpty ? point.y() : std::min(range.low, point.y());
             range.high = range.isEmpty ? point.y() : std::max(range.high, point.y());
+            range.isWhole = range.isWhole && point.y() == std::floor(point.y());
             range.isEmpty = false;
         }
     }
@@ -140,15 +146,20 @@ void PlotPanel::growHeight() {
         (range.low >= m_y->min() && range.high <= m_y->max() && !m_shown.isEmpty)) {
         return;
     }
-    setHeight({std::min({0.0, range.low, m_shown.low}), std::max(range.high, m_shown.high), false});
+    setHeight({std::min({0.0, range.low, m_shown.low}), std::max(range.high, m_shown.high), false,
+               range.isWhole});
 }
 
 void PlotPanel::setHeight(const Range& range) {
     m_shown = range;
-    const double room = 2.0 * QFontMetricsF(font()).height();
+    const double room = 1.5 * QFontMetricsF(font()).height();
     const int marks =
         std::clamp(static_cast<int>(chart()->plotArea().height() / room), fewestMarks, mostMarksUp);
-    setMarks(*m_y, lapimage::ticksFor(range.low, range.isEmpty ? 1.0 : range.high, marks));
+    const lapimage::Scale scale =
+        lapimage::scaleFor(range.low, range.isEmpty ? 1.0 : range.high, marks,
+                           range.isWhole ? lapimage::Numbers::Whole : lapimage::Numbers::Any);
+    setMarks(*m_y, scale.marks.constFirst(), scale.step, scale.decimals);
+    m_y->setRange(scale.low, scale.high);
 }
 
 QSize PlotPanel::minimumSizeHint() const {

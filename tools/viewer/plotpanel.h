@@ -64,6 +64,7 @@ private:
         double low = 0.0;
         double high = 0.0;
         bool isEmpty = true;
+        bool isWhole = true;  // every number in it
     };
 
     void applyPalette();

@@ -1,0 +1,61 @@
+#include "tools/lapimage/scale.h"
+
+#include "tools/lapimage/ticks.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace rataip::lapimage {
+
+namespace {
+
+// A hair of room, so that an end that is a mark stays one in spite of rounding.
+constexpr double room = 1e-9;
+// Added to a zero it takes the sign away, which would be seen in front of it.
+constexpr double plainZero = 0.0;
+
+double below(double value, double step) {
+    return std::floor(value / step + room) * step + plainZero;
+}
+
+double above(double value, double step) {
+    return std::ceil(value / step - room) * step + plainZero;
+}
+
+QList<double> marksWithin(double low, double high, double step) {
+    QList<double> marks;
+    const double last = std::floor(high / step + room);
+    for (double index = std::ceil(low / step - room); index <= last; index += 1.0) {
+        marks.append(index * step + plainZero);
+    }
+    return marks;
+}
+
+}  // namespace
+
+Scale scaleFor(double low, double high, int roomForMarks, Numbers numbers) {
+    const Ticks ticks = ticksFor(low, high, std::max(roomForMarks, 1) + 1);
+    const bool isDrawable = low < high && ticks.lowest() <= high && ticks.highest() >= low;
+    const double lowest = isDrawable ? low : ticks.lowest();
+    const double highest = isDrawable ? high : ticks.highest();
+    Scale scale;
+    scale.step = ticks.values.at(1) - ticks.values.at(0);
+    scale.decimals = ticks.decimals;
+    double end = scale.step / 2.0;
+    if (numbers == Numbers::Whole && scale.step <= 1.0) {
+        scale.step = 1.0;
+        scale.decimals = 0;
+        end = 1.0;
+    }
+    scale.low = below(lowest, end);
+    scale.high = above(highest, end);
+    scale.marks = marksWithin(scale.low, scale.high, scale.step);
+    if (scale.marks.size() < 2) {
+        scale.low = ticks.lowest();
+        scale.high = ticks.highest();
+        scale.marks = ticks.values;
+    }
+    return scale;
+}
+
+}  // namespace rataip::lapimage
