@@ -10,8 +10,8 @@ namespace rataip::laps {
 
 using TLM::SDK::Lap;
 
-LapExporter::LapExporter(const QDir& folder, const QList<LapFormat>& formats)
-    : m_folder(folder), m_formats(formats) {
+LapExporter::LapExporter(const QDir& folder, const QList<LapFormat>& formats, Tells failures)
+    : m_folder(folder), m_formats(formats), m_failures(failures) {
     m_writer.moveToThread(&m_thread);
     m_thread.start();
 }
@@ -67,7 +67,7 @@ void LapExporter::tell(const Outcome& outcome) {
     const bool hasFailed = !outcome.error.isEmpty();
     if (!hasFailed) {
         emit written(outcome.paths);
-    } else if (!m_isFailing) {
+    } else if (!m_isFailing || m_failures == Tells::Each) {
         emit failed(outcome.error);
     }
     m_isFailing = hasFailed;

@@ -17,8 +17,7 @@ namespace rataip::laps {
  * Writes laps as files into a folder, a file for each format, on a thread of its own: a lap has
  * millions of digits, and whoever receives it must be back before the next tick.
  *
- * What cannot be written is told by failed(), and the next lap is tried like any other. A failure
- * that lasts (a full disk) is told once, and again only after a lap could be written in between.
+ * What cannot be written is told by failed(), and the next lap is tried like any other.
  *
  * Every lap that was added is written before the object is gone.
  */
@@ -26,7 +25,13 @@ class LapExporter : public QObject {
     Q_OBJECT
 
 public:
-    LapExporter(const QDir& folder, const QList<LapFormat>& formats);
+    /** How often a failure that lasts (a full disk) is told. */
+    enum class Tells {
+        Once,  // and again only after a lap could be written in between: laps come by themselves
+        Each,  // somebody asks for each lap and waits for the answer
+    };
+
+    LapExporter(const QDir& folder, const QList<LapFormat>& formats, Tells failures = Tells::Once);
     ~LapExporter() override;
 
     /**
@@ -57,6 +62,7 @@ private:
 
     QDir m_folder;
     QList<LapFormat> m_formats;
+    Tells m_failures;
     QThread m_thread;
     QObject m_writer;  // lives on m_thread, so that calls queued to it run there
     bool m_isFailing = false;

@@ -5,6 +5,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <system_error>
+
 namespace rataip::laps {
 
 namespace {
@@ -25,14 +28,19 @@ bool writeWhole(QFile& file, const std::function<bool(QIODevice&)>& write) {
 
 QString makeFolder(const QString& path) {
     const QFileInfo folder(path);
-    if (folder.isDir() || QDir().mkpath(path)) {
+    if (folder.isDir()) {
         return {};
     }
     const QString shown = QDir::toNativeSeparators(path);
     if (folder.exists()) {
         return QStringLiteral("cannot write into %1: it is not a folder").arg(shown);
     }
-    return QStringLiteral("cannot make the folder %1").arg(shown);
+    // Unlike QDir, this says what is in the way.
+    std::error_code failure;
+    std::filesystem::create_directories(folder.filesystemFilePath(), failure);
+    return failure ? QStringLiteral("cannot make the folder %1: %2")
+                         .arg(shown, QString::fromLocal8Bit(failure.message().c_str()))
+                   : QString();
 }
 
 NewFile writeNewFile(const QDir& folder, const QString& name,

@@ -95,6 +95,19 @@ TEST(LapExporter, TellsAFolderThatCannotBeAndGoesOn) {
     EXPECT_EQ(written.size(), 1);
 }
 
+TEST(LapExporter, TellsEachFailureWhereEachLapIsAskedFor) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("taken"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    LapExporter exporter(QDir(path), {csvFormat()}, LapExporter::Tells::Each);
+    QSignalSpy failed(&exporter, &LapExporter::failed);
+    exporter.add(ownLap(1));
+    exporter.add(ownLap(2));
+    exporter.finish();
+    EXPECT_EQ(failed.size(), 2);
+}
+
 TEST(LapExporter, StopsALapAtItsFirstFormatThatFails) {
     const QTemporaryDir folder;
     const LapFormat broken{QStringLiteral("bad"), [](const Lap&, QIODevice&) { return false; }};
