@@ -18,7 +18,9 @@
  */
 class PluginTest : public ::testing::Test {
 protected:
-    PluginTest() : plugin(new iRPluginLive), host(plugin->dataEmitter()) {}
+    PluginTest() : PluginTest(new iRPluginLive) {}
+    /** With a plugin of the test's own, which the fixture deletes. */
+    explicit PluginTest(iRPluginLive* made) : plugin(made), host(plugin->dataEmitter()) {}
     ~PluginTest() override { delete plugin.data(); }
 
     void initialize() {
