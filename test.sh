@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every check of the project.
 #
-#   ./test.sh                  format, asan, windows, lint: everything a change must pass
+#   ./test.sh                  format, asan, windows, lint, fuzz: everything a change must pass
 #   ./test.sh --quick          format, debug: the same tests without sanitizers, for an edit
 #   ./test.sh --stage NAME     one stage (may be given several times)
 #   ./test.sh --list           print the stages
@@ -16,7 +16,7 @@ jobs="$(nproc)"
 
 # A stage is a function stage_NAME. Its one-line result, when it has more to say than "ok", goes to
 # the variable `result`.
-all_stages=(format asan windows lint)
+all_stages=(format asan windows lint fuzz)
 quick_stages=(format debug)
 declare -A stage_titles=(
     [format]="clang-format leaves every source as it is"
@@ -24,6 +24,7 @@ declare -A stage_titles=(
     [asan]="build with address and undefined-behaviour sanitizers and its tests"
     [windows]="cross build for Windows and its tests, run with Wine"
     [lint]="clang-tidy over the libraries, the plugin and the console programs"
+    [fuzz]="every fuzz target for half a minute"
 )
 declare -A stage_packages=(
     [format]="lint"
@@ -31,6 +32,7 @@ declare -A stage_packages=(
     [asan]="build viewer test"
     [windows]="build viewer windows"
     [lint]="build viewer test lint"
+    [fuzz]="build test fuzz"
 )
 # A stage does without these where they cannot be installed, and says so.
 declare -A stage_optional_packages=(
@@ -79,6 +81,14 @@ stage_lint() {
         "^$here/(irsdk|sdk|yaml|reader|plugin|tools/(simulator|host|monitor))/.*\.cpp\$"
 }
 
+# Four targets share the two minutes.
+stage_fuzz() {
+    local log="build/fuzz.log"
+    mkdir -p build
+    ./fuzz.sh 2 2>&1 | tee "$log"
+    result="$(tail -n 1 "$log")"
+}
+
 build() {
     local preset="$1"
     cmake --preset "$preset"
@@ -99,7 +109,7 @@ print_usage() {
 
 print_stages() {
     local stage
-    for stage in format debug asan windows lint; do
+    for stage in format debug asan windows lint fuzz; do
         printf '%-10s %s\n' "$stage" "${stage_titles[$stage]}"
     done
 }

@@ -14,11 +14,12 @@ declare -A packages=(
     [test]="libgtest-dev"
     [lint]="clang-format clang-tidy python3"
     [coverage]="gcovr"
+    [fuzz]="clang libclang-rt-dev"
     [bench]="libbenchmark-dev libyaml-dev libyaml-cpp-dev"
     [windows]="g++-mingw-w64-x86-64-posix googletest"
     [wine]="wine64"
 )
-group_order=(build viewer test lint coverage bench windows wine)
+group_order=(build viewer test lint coverage fuzz bench windows wine)
 
 list_groups() {
     local group

@@ -1,0 +1,161 @@
+#include "tests/fuzz/streamrecords.h"
+
+#include <algorithm>
+
+namespace fuzz {
+
+namespace {
+
+constexpr qint32 kAffordableCars = 64;
+
+// Qt takes memory for a text before it knows whether the text follows.
+constexpr quint32 kAffordableText = 64 * 1024;
+constexpr quint32 kNullLength = 0xFFFFFFFFU;
+
+/** Follows a stream as Qt's readers do, without keeping what it passes. */
+class StreamWalk {
+public:
+    explicit StreamWalk(const QByteArray& bytes) : m_bytes(bytes) {}
+
+    [[nodiscard]] bool isAtEnd() const { return m_at >= m_bytes.size(); }
+
+    quint32 number() {
+        quint32 value = 0;
+        constexpr qsizetype size = sizeof value;
+        if (m_bytes.size() - m_at < size) {
+            fail();
+            return 0;
+        }
+        for (qsizetype i = 0; i < size; ++i) {
+            value = value << 8U | static_cast<unsigned char>(m_bytes.at(m_at + i));
+        }
+        m_at += size;
+        return value;
+    }
+
+    void skip(quint32 count) {
+        if (count > m_bytes.size() - m_at) {
+            fail();
+        } else {
+            m_at += count;
+        }
+    }
+
+    void skipBytes() {
+        const quint32 length = number();
+        if (length != kNullLength) {
+            skipLong(length);
+        }
+    }
+
+    void skipText() {
+        const quint32 length = number();
+        if (length == kNullLength) {
+            return;
+        }
+        if (length % 2 != 0) {
+            m_good = false;
+            return;
+        }
+        skipLong(length);
+    }
+
+    /** Passes a variant; false when it is none of the plain kinds. */
+    bool skipVariant() {
+        const quint32 type = number();
+        skip(1);
+        switch (type) {
+            case 0:   // none: a text follows
+            case 10:  // QString
+                skipText();
+                return true;
+            case 1:  // bool
+                skip(1);
+                return true;
+            case 2:  // int
+            case 3:  // unsigned int
+                skip(4);
+                return true;
+            case 4:  // qlonglong
+            case 5:  // qulonglong
+            case 6:  // double
+                skip(8);
+                return true;
+            case 12:  // QByteArray
+                skipBytes();
+                return true;
+            default:
+                return !m_good;
+        }
+    }
+
+    /** Passes a map of variants; false when one is none of the plain kinds. */
+    bool skipCar() {
+        m_good = true;
+        const quint32 entries = number();
+        for (quint32 i = 0; i < entries && m_good; ++i) {
+            skipText();
+            if (m_good && !skipVariant()) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /** Whether every text announced was one that a run can afford. */
+    [[nodiscard]] bool isAffordable() const { return m_affordable; }
+
+private:
+    void skipLong(quint32 length) {
+        m_affordable = m_affordable && length <= kAffordableText;
+        skip(length);
+    }
+
+    /** A read past the end takes what there is. */
+    void fail() {
+        m_at = m_bytes.size();
+        m_good = false;
+    }
+
+    const QByteArray& m_bytes;
+    qsizetype m_at = 0;
+    bool m_good = true;
+    bool m_affordable = true;
+};
+
+bool skipCars(StreamWalk& walk, qint64 count) {
+    for (qint64 i = 0; i < count && !walk.isAtEnd(); ++i) {
+        if (!walk.skipCar()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool skipRecord(StreamWalk& walk, StreamRecord record) {
+    switch (record) {
+        case StreamRecord::CarInfo:
+        case StreamRecord::Sample:
+        case StreamRecord::LapHeader:
+            return walk.skipCar();
+        case StreamRecord::LivePluginInfo: {
+            walk.skipText();
+            walk.skipText();
+            const auto cars = static_cast<qint32>(walk.number());
+            return cars <= kAffordableCars && skipCars(walk, cars);
+        }
+        case StreamRecord::SampleList:
+        case StreamRecord::LoadedList:
+            return skipCars(walk, walk.number());
+    }
+    return false;
+}
+
+}  // namespace
+
+bool staysWithinRecords(StreamRecord record, const QByteArray& bytes) {
+    StreamWalk walk(bytes);
+    return skipRecord(walk, record) && walk.isAffordable();
+}
+
+}  // namespace fuzz
