@@ -35,11 +35,13 @@ QList<double> marksWithin(double low, double high, double step) {
 
 Scale scaleFor(double low, double high, int roomForMarks, Numbers numbers) {
     const Ticks ticks = ticksFor(low, high, std::max(roomForMarks, 1) + 1);
-    const bool isDrawable = low < high && ticks.lowest() <= high && ticks.highest() >= low;
+    const double step = ticks.values.at(1) - ticks.values.at(0);
+    const bool isDrawable =
+        low < high && ticks.lowest() <= low + step && ticks.highest() >= high - step;
     const double lowest = isDrawable ? low : ticks.lowest();
     const double highest = isDrawable ? high : ticks.highest();
     Scale scale;
-    scale.step = ticks.values.at(1) - ticks.values.at(0);
+    scale.step = step;
     scale.decimals = ticks.decimals;
     double end = scale.step / 2.0;
     if (numbers == Numbers::Whole && scale.step <= 1.0) {
