@@ -11,7 +11,6 @@ struct CarState {
     TLM::SDK::CarInfo info;
     std::optional<double> share;           // of the lap, 0 to 1; none while not in the world
     std::optional<int> lap;                // the lap it is on
-    std::optional<int> lapsCompleted;      // in this session
     std::optional<double> lastLapSeconds;  // none without a time
     std::optional<int> position;           // by distance, 1 leads; none while not in the world
 

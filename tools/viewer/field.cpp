@@ -40,8 +40,13 @@ std::optional<double> lastLapOf(const CarState& car, const DynamicData& values) 
     return seconds && *seconds > 0.0 ? seconds : std::nullopt;
 }
 
+/**
+ * In laps. The number of the lap that a car is on changes at the line, as its share of the lap
+ * does; the number of laps completed follows up to half a second later, and the car would fall back
+ * by a whole lap in between.
+ */
 double distanceOf(const CarState& car) {
-    return car.lapsCompleted.value_or(0) + car.share.value_or(0.0);
+    return car.lap.value_or(0) + car.share.value_or(0.0);
 }
 
 void rank(QList<CarState>& cars) {
@@ -80,14 +85,14 @@ void Field::setSamples(const QList<Sample>& samples) {
         const DynamicData& values = samples.at(slot);
         car.share = shareOf(values);
         car.lap = countOf(values, QStringLiteral("lap"));
-        car.lapsCompleted = countOf(values, QStringLiteral("lapcompleted"));
         car.lastLapSeconds = lastLapOf(car, values);
     }
 }
 
 void Field::clearSamples() {
     for (CarState& car : m_slots) {
-        const CarInfo info = car.info;
+        CarInfo info = car.info;
+        info.setStatus(TLM::SDK::CarStatus::NotConnected);
         car = CarState();
         car.info = info;
     }

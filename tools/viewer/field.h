@@ -21,7 +21,7 @@ public:
     void setCars(const TLM::SDK::LivePluginInfo& info);
     void setSamples(const QList<TLM::SDK::Sample>& samples);
 
-    /** Forgets where the cars are; who drives them stays. */
+    /** Forgets where the cars are and what they do; who drives them stays. */
     void clearSamples();
 
     /** The slot of the user's own car, if it is known. */

@@ -24,10 +24,10 @@ LivePluginInfo carsNamed(const QStringList& drivers, int own = -1) {
     return info;
 }
 
-Sample at(double share, int lapsCompleted) {
+Sample at(double share, int lap) {
     Sample sample;
     sample.setValue(QStringLiteral("lapdistpct"), static_cast<float>(share), {});
-    sample.setValue(QStringLiteral("lapcompleted"), lapsCompleted, {});
+    sample.setValue(QStringLiteral("lap"), lap, {});
     return sample;
 }
 
@@ -62,6 +62,18 @@ TEST(ViewerField, RanksByLapsAndShareOfTheLap) {
               (QStringList{QStringLiteral("C"), QStringLiteral("B"), QStringLiteral("A")}));
 }
 
+TEST(ViewerField, KeepsACarInFrontThatHasJustCrossedTheLine) {
+    Sample leader = at(0.01, 6);
+    // This number follows some ticks after the line.
+    leader.setValue(QStringLiteral("lapcompleted"), 4, {});
+    Sample follower = at(0.98, 5);
+    follower.setValue(QStringLiteral("lapcompleted"), 4, {});
+    Field field;
+    field.setCars(carsNamed({QStringLiteral("A"), QStringLiteral("B")}));
+    field.setSamples({leader, follower});
+    EXPECT_EQ(byPosition(field), (QStringList{QStringLiteral("A"), QStringLiteral("B")}));
+}
+
 TEST(ViewerField, GivesNoPositionToCarsThatAreNotInTheWorld) {
     Field field;
     field.setCars(carsNamed({QStringLiteral("A"), QStringLiteral("B")}));
@@ -94,7 +106,6 @@ TEST(ViewerField, TakesNumbersThatMakeNoSenseAsNotKnown) {
     Sample sample;
     sample.setValue(QStringLiteral("lapdistpct"), std::numeric_limits<double>::quiet_NaN(), {});
     sample.setValue(QStringLiteral("lap"), -1, {});
-    sample.setValue(QStringLiteral("lapcompleted"), 1e30, {});
     sample.setValue(QStringLiteral("lastlaptime"), -1.0, {});
     Field field;
     field.setCars(carsNamed({QStringLiteral("A")}));
@@ -102,7 +113,9 @@ TEST(ViewerField, TakesNumbersThatMakeNoSenseAsNotKnown) {
     const CarState car = field.cars().constFirst();
     EXPECT_FALSE(car.share);
     EXPECT_FALSE(car.lap);
-    EXPECT_FALSE(car.lapsCompleted);
+    sample.setValue(QStringLiteral("lap"), 1e30, {});
+    field.setSamples({sample});
+    EXPECT_FALSE(field.cars().constFirst().lap);
     EXPECT_FALSE(car.lastLapSeconds);
 }
 
@@ -124,6 +137,7 @@ TEST(ViewerField, ForgetsWhereTheCarsAreButNotWhoTheyAre) {
     field.clearSamples();
     ASSERT_EQ(field.cars().size(), 1);
     EXPECT_FALSE(field.cars().at(0).isInWorld());
+    EXPECT_EQ(field.cars().at(0).info.status(), TLM::SDK::CarStatus::NotConnected);
 }
 
 }  // namespace

@@ -57,7 +57,6 @@ public:
             place = place < 0.0 ? place + 1.0 : place;
             sample.setValue(QStringLiteral("lapdistpct"), place, {});
             sample.setValue(QStringLiteral("lap"), 5, {});
-            sample.setValue(QStringLiteral("lapcompleted"), 4, {});
             sample.setValue(QStringLiteral("lastlaptime"), 83.4567, QStringLiteral("s"));
             sample.setValue(QStringLiteral("sessiontick"), tick, {});
         }
