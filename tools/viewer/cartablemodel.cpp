@@ -5,6 +5,7 @@
 #include <QFont>
 #include <QTime>
 
+#include <algorithm>
 #include <cmath>
 
 namespace rataip::viewer {
@@ -75,6 +76,17 @@ bool isNumber(int column) {
            column == CarTableModel::Lap || column == CarTableModel::LastLap;
 }
 
+/** Whether it is another set of cars, and not just what they do that has changed. */
+bool isOtherField(const QList<CarState>& left, const QList<CarState>& right) {
+    return !std::equal(
+        left.cbegin(), left.cend(), right.cbegin(), right.cend(),
+        [](const CarState& a, const CarState& b) {
+            return a.info.carId() == b.info.carId() && a.info.driverName() == b.info.driverName() &&
+                   a.info.teamName() == b.info.teamName() && a.info.carName() == b.info.carName() &&
+                   a.info.className() == b.info.className() && a.isOwn() == b.isOwn();
+        });
+}
+
 bool looksTheSame(const CarState& left, const CarState& right) {
     for (int column = 0; column < CarTableModel::ColumnCount; ++column) {
         if (textOf(left, column) != textOf(right, column)) {
@@ -87,7 +99,7 @@ bool looksTheSame(const CarState& left, const CarState& right) {
 }  // namespace
 
 void CarTableModel::setCars(const QList<CarState>& cars) {
-    if (cars.size() != m_cars.size()) {
+    if (isOtherField(cars, m_cars)) {
         beginResetModel();
         m_cars = cars;
         endResetModel();

@@ -34,7 +34,10 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    /** Takes the cars over; tells the views only of what is another now. */
+    /**
+     * Takes the cars over; tells the views only of what is another now. Another set of cars, or
+     * other names, begin the table anew.
+     */
     void setCars(const QList<CarState>& cars);
 
     /** Where the grey comes from. */

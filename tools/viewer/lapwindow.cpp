@@ -5,10 +5,13 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QCloseEvent>
+#include <QEvent>
 #include <QHeaderView>
 #include <QKeySequence>
 #include <QScrollArea>
-#include <QSplitter>
+#include <QScrollBar>
+#include <QSet>
 #include <QTableView>
 #include <QToolBar>
 
@@ -28,8 +31,41 @@ constexpr qsizetype otherLine = 0;
 constexpr qsizetype thisLine = 1;
 
 constexpr QSize usualSize(1100, 760);
-constexpr int channelPaneWidth = 330;
-constexpr int plotPaneWidth = 770;
+// Among the laps to compare with, the first is none.
+constexpr int noOtherLap = 0;
+
+QString sizeKey() {
+    return QStringLiteral("lap/size");
+}
+QString splitterKey() {
+    return QStringLiteral("lap/splitter");
+}
+QString overTimeKey() {
+    return QStringLiteral("lap/overTime");
+}
+QString channelsKey() {
+    return QStringLiteral("lap/channels");
+}
+QString calculatedMark() {
+    return QStringLiteral("calculated:");
+}
+
+QStringList toTexts(const QList<ChannelName>& names) {
+    QStringList texts;
+    for (const ChannelName& name : names) {
+        texts.append(name.isCalculated ? calculatedMark() + name.name : name.name);
+    }
+    return texts;
+}
+
+QList<ChannelName> fromTexts(const QStringList& texts) {
+    QList<ChannelName> names;
+    for (const QString& text : texts) {
+        const bool isCalculated = text.startsWith(calculatedMark());
+        names.append({isCalculated ? text.mid(calculatedMark().size()) : text, isCalculated});
+    }
+    return names;
+}
 
 struct Range {
     double low = 0.0;
@@ -64,18 +100,33 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     m_tabs->setAccessibleName(QStringLiteral("Plots and values"));
     m_tabs->addTab(makePlotPane(), QStringLiteral("Plots"));
     m_tabs->addTab(makeValuesPane(), QStringLiteral("Header and values"));
-    auto* const splitter = new QSplitter;
-    splitter->addWidget(makeChannelPane());
-    splitter->addWidget(m_tabs);
-    splitter->setStretchFactor(1, 1);
-    splitter->setSizes({channelPaneWidth, plotPaneWidth});
-    setCentralWidget(splitter);
+    m_splitter = new QSplitter;
+    QWidget* const channelPane = makeChannelPane();
+    m_splitter->addWidget(channelPane);
+    m_splitter->addWidget(m_tabs);
+    m_splitter->setStretchFactor(1, 1);
+    const int channelWidth = channelPane->sizeHint().width();
+    m_splitter->setSizes({channelWidth, usualSize.width() - channelWidth});
+    m_outcome = new QLabel;
+    m_outcome->setWordWrap(true);
+    m_outcome->setMargin(fontMetrics().height() / 3);
+    m_outcome->setAccessibleName(QStringLiteral("What became of saving"));
+    m_outcome->hide();
+    auto* const centre = new QWidget;
+    auto* const layout = new QVBoxLayout(centre);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_splitter, 1);
+    layout->addWidget(m_outcome);
+    setCentralWidget(centre);
     resize(usualSize);
 
     connect(m_channels, &ChannelList::chosenChanged, this, &LapWindow::rebuildPanels);
-    connect(&m_laps, &LapListModel::rowsInserted, this, &LapWindow::listOtherLaps);
-    connect(&m_laps, &LapListModel::rowsRemoved, this, &LapWindow::listOtherLaps);
-    listOtherLaps();
+    connect(&m_laps, &LapListModel::rowsInserted, this,
+            [this](const QModelIndex&, int first, int last) { offerLaps(first, last); });
+    connect(&m_laps, &LapListModel::rowsRemoved, this, &LapWindow::withdrawReleasedLaps);
+    m_others->addItem(QStringLiteral("no other lap"), QVariant::fromValue(LapPointer()));
+    offerLaps(0, m_laps.rowCount() - 1);
     chooseUsualChannels();
     describeLines();
 }
@@ -154,6 +205,11 @@ QWidget* LapWindow::makeChannelPane() {
     m_tree->setUniformRowHeights(true);
     m_tree->expandAll();
     m_tree->resizeColumnToContents(0);
+    m_tree->resizeColumnToContents(1);
+    // Both columns in full; names that are longer than any of the simulator's scroll.
+    const int columns = m_tree->columnWidth(0) + m_tree->columnWidth(1);
+    m_tree->setMinimumWidth(std::min(columns, usualSize.width() / 3) + 2 * m_tree->frameWidth() +
+                            m_tree->verticalScrollBar()->sizeHint().width());
 
     auto* const pane = new QWidget;
     auto* const layout = new QVBoxLayout(pane);
@@ -190,6 +246,7 @@ QWidget* LapWindow::makeValuesPane() {
     values->setParent(table);
     table->setModel(values);
     table->verticalHeader()->hide();
+    table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() * 3 / 2);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->resizeColumnsToContents();
     table->horizontalHeader()->setStretchLastSection(true);
@@ -202,15 +259,100 @@ void LapWindow::chooseUsualChannels() {
     }
 }
 
-void LapWindow::listOtherLaps() {
-    m_others->clear();
-    m_others->addItem(QStringLiteral("no other lap"), QVariant::fromValue(LapPointer()));
-    for (const LapPointer& lap : m_laps.laps()) {
-        if (lap != m_lap) {
-            m_others->addItem(lapTitle(*lap), QVariant::fromValue(lap));
-            if (lap == m_other) {
-                m_others->setCurrentIndex(m_others->count() - 1);
-            }
+void LapWindow::chooseOnly(const QList<ChannelName>& names) {
+    const QList<ChannelName> before = m_channels->chosen();
+    for (const ChannelName& name : before) {
+        m_channels->choose(name, false);
+    }
+    for (const ChannelName& name : names) {
+        m_channels->choose(name, true);
+    }
+}
+
+bool LapWindow::hasChannel(const ChannelName& name) const {
+    return name.isCalculated ? m_lap->containsCalculatedChannel(name.name)
+                             : m_lap->containsRecordedChannel(name.name);
+}
+
+/** What was chosen before and cannot be unticked here, because the lap lacks it, is not lost. */
+QList<ChannelName> LapWindow::channelsToHandOn() const {
+    QList<ChannelName> names = m_channels->chosen();
+    for (const ChannelName& name : m_handedOn) {
+        if (!hasChannel(name)) {
+            names.append(name);
+        }
+    }
+    return names;
+}
+
+void LapWindow::rememberLayoutIn(QSettings& settings) {
+    m_settings = &settings;
+    const QSize size = settings.value(sizeKey()).toSize();
+    if (size.isValid()) {
+        resize(size);
+    }
+    m_splitter->restoreState(settings.value(splitterKey()).toByteArray());
+    setAxis(settings.value(overTimeKey()).toBool() ? Axis::Time : Axis::Distance);
+    if (settings.contains(channelsKey())) {
+        m_handedOn = fromTexts(settings.value(channelsKey()).toStringList());
+        chooseOnly(m_handedOn);
+    }
+}
+
+void LapWindow::closeEvent(QCloseEvent* event) {
+    if (m_settings != nullptr) {
+        m_settings->setValue(sizeKey(), size());
+        m_settings->setValue(splitterKey(), m_splitter->saveState());
+        m_settings->setValue(overTimeKey(), m_axis == Axis::Time);
+        m_settings->setValue(channelsKey(), toTexts(channelsToHandOn()));
+    }
+    QMainWindow::closeEvent(event);
+}
+
+void LapWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        describeLines();
+    }
+}
+
+void LapWindow::showOutcome(const QString& sentence) {
+    m_outcome->setText(sentence);
+    m_outcome->show();
+}
+
+bool LapWindow::isOfSameCar(const LapPointer& other) const {
+    return other->carId() == m_lap->carId() && other->driverName() == m_lap->driverName();
+}
+
+/** Newest first, and those of the same car before all others. */
+void LapWindow::offerLap(const LapPointer& other) {
+    if (other == m_lap) {
+        return;
+    }
+    int place = noOtherLap + 1;
+    if (!isOfSameCar(other)) {
+        while (place < m_others->count() &&
+               isOfSameCar(m_others->itemData(place).value<LapPointer>())) {
+            ++place;
+        }
+    }
+    m_others->insertItem(place, lapTitle(*other), QVariant::fromValue(other));
+}
+
+void LapWindow::offerLaps(int first, int last) {
+    for (int row = first; row <= last; ++row) {
+        offerLap(m_laps.lap(row));
+    }
+}
+
+/** The one that is compared with is held by this window and stays. */
+void LapWindow::withdrawReleasedLaps() {
+    const QSet<LapPointer> kept(m_laps.laps().cbegin(), m_laps.laps().cend());
+    for (int place = m_others->count() - 1; place > noOtherLap; --place) {
+        const auto lap = m_others->itemData(place).value<LapPointer>();
+        if (lap != m_other && !kept.contains(lap)) {
+            m_others->removeItem(place);
         }
     }
 }
@@ -223,7 +365,11 @@ void LapWindow::setAxis(Axis axis) {
 
 void LapWindow::compareWith(const LapPointer& other) {
     m_other = other;
-    listOtherLaps();
+    for (int place = 0; place < m_others->count(); ++place) {
+        if (m_others->itemData(place).value<LapPointer>() == other) {
+            m_others->setCurrentIndex(place);
+        }
+    }
     describeLines();
     drawPanels();
 }

@@ -10,8 +10,10 @@
 #include <QLineEdit>
 #include <QList>
 #include <QMainWindow>
+#include <QSettings>
 #include <QSharedPointer>
 #include <QSortFilterProxyModel>
+#include <QSplitter>
 #include <QTabWidget>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -39,12 +41,25 @@ public:
     /** Lays a second lap over the first; null takes it away. */
     void compareWith(const LapPointer& other);
 
+    /**
+     * Takes size, axis and chosen channels over from the lap window that was closed last, and hands
+     * its own on when it is closed itself. The settings must outlive the window.
+     */
+    void rememberLayoutIn(QSettings& settings);
+
+    /** Shows what became of saving. */
+    void showOutcome(const QString& sentence);
+
     [[nodiscard]] ChannelList& channels() { return *m_channels; }
     [[nodiscard]] const QList<PlotPanel*>& panels() const { return m_panels; }
     [[nodiscard]] const LapPointer& lap() const { return m_lap; }
 
 signals:
     void saveRequested(const QSharedPointer<TLM::SDK::Lap>& lap);
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     QAction* addCommand(const QString& text, const QKeySequence& shortcut);
@@ -53,7 +68,13 @@ private:
     QWidget* makePlotPane();
     QWidget* makeValuesPane();
     void chooseUsualChannels();
-    void listOtherLaps();
+    void chooseOnly(const QList<ChannelName>& names);
+    [[nodiscard]] bool hasChannel(const ChannelName& name) const;
+    [[nodiscard]] QList<ChannelName> channelsToHandOn() const;
+    void offerLap(const LapPointer& other);
+    void offerLaps(int first, int last);
+    void withdrawReleasedLaps();
+    [[nodiscard]] bool isOfSameCar(const LapPointer& other) const;
     void rebuildPanels();
     void drawPanels();
     void describeLines();
@@ -68,11 +89,15 @@ private:
     QLineEdit* m_search = nullptr;
     QComboBox* m_others = nullptr;
     QLabel* m_legend = nullptr;
+    QLabel* m_outcome = nullptr;
     QTabWidget* m_tabs = nullptr;
+    QSplitter* m_splitter = nullptr;
     QVBoxLayout* m_panelLayout = nullptr;
     QAction* m_overDistance = nullptr;
     QAction* m_overTime = nullptr;
     QList<PlotPanel*> m_panels;  // one for each channel chosen, owned by their layout's widget
+    QSettings* m_settings = nullptr;
+    QList<ChannelName> m_handedOn;  // chosen in the lap window before; this lap may lack some
 };
 
 }  // namespace rataip::viewer

@@ -87,7 +87,7 @@ void LiveTraces::describeLines() {
                       sample(Role::OtherLap, "╍╍") + QStringLiteral("previous flying lap") + gap +
                       QStringLiteral("Pedals: ") + sample(Role::Throttle, "━━") +
                       QStringLiteral("throttle") + gap + sample(Role::Brake, "━━") +
-                      QStringLiteral("brake"));
+                      QStringLiteral("brake (previous lap dashed)"));
 }
 
 void LiveTraces::changeEvent(QEvent* event) {

@@ -91,6 +91,7 @@ MainWindow::MainWindow(Session& session, QSettings& settings)
 
     connect(&m_session, &Session::stateChanged, this, &MainWindow::showState);
     connect(&m_session, &Session::message, this, &MainWindow::showMessage);
+    connect(this, &MainWindow::saveEnded, this, &MainWindow::showMessage);
     connect(&m_session, &Session::lapArrived, this, &MainWindow::addLap);
     connect(&m_session, &Session::probed, this, [this](bool isThere) {
         showMessage(isThere ? QStringLiteral("A simulator is there and delivers data.")
@@ -428,6 +429,8 @@ LapWindow* MainWindow::openLap(const LapPointer& lap) {
     window->setWindowFlag(Qt::Window);
     window->setAttribute(Qt::WA_DeleteOnClose);
     connect(window, &LapWindow::saveRequested, this, &MainWindow::askAndSaveLap);
+    connect(this, &MainWindow::saveEnded, window, &LapWindow::showOutcome);
+    window->rememberLayoutIn(m_settings);
     window->show();
     return window;
 }
@@ -444,13 +447,14 @@ laps::LapExporter& MainWindow::exporterFor(const QString& folder) {
     std::unique_ptr<laps::LapExporter>& exporter = m_exporters[folder];
     if (!exporter) {
         exporter = std::make_unique<laps::LapExporter>(
-            QDir(folder), QList{laps::csvFormat(), laps::jsonFormat(), lapimage::pngFormat()});
+            QDir(folder), QList{laps::csvFormat(), laps::jsonFormat(), lapimage::pngFormat()},
+            laps::LapExporter::Tells::Each);
         connect(exporter.get(), &laps::LapExporter::written, this,
                 [this](const QStringList& paths) {
-                    showMessage(QStringLiteral("Saved ") + paths.join(QStringLiteral(", ")));
+                    emit saveEnded(QStringLiteral("Saved ") + paths.join(QStringLiteral(", ")));
                 });
         connect(exporter.get(), &laps::LapExporter::failed, this, [this](const QString& sentence) {
-            showMessage(QStringLiteral("The lap was not saved: %1.").arg(sentence));
+            emit saveEnded(QStringLiteral("The lap was not saved: %1.").arg(sentence));
         });
     }
     return *exporter;

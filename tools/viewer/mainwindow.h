@@ -50,6 +50,10 @@ public:
     [[nodiscard]] const LapListModel& laps() const { return m_laps; }
     [[nodiscard]] QString noticeText() const { return m_notice->text(); }
 
+signals:
+    /** A lap is saved, or is not: a sentence for people. */
+    void saveEnded(const QString& sentence);
+
 protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

@@ -16,17 +16,19 @@ using lapimage::Role;
 
 namespace {
 
-constexpr int labelRows = 3;
+constexpr int labelRows = 3;     // above the line, of the cars on the track
+constexpr int pitLabelRows = 1;  // below it, of the cars in the pits
+constexpr int distanceRows = 1;  // below those, of the line itself
 constexpr int gridLines = 10;
 constexpr double labelGap = 2.0;
 constexpr double markSize = 12.0;
 constexpr double ownMarkSize = 18.0;
 
 TrackStrip::Shape shapeOf(const CarState& car) {
-    if (car.isInPits()) {
-        return TrackStrip::Shape::Square;
+    if (car.isOwn()) {
+        return TrackStrip::Shape::Diamond;
     }
-    return car.isOwn() ? TrackStrip::Shape::Diamond : TrackStrip::Shape::Disc;
+    return car.isInPits() ? TrackStrip::Shape::Square : TrackStrip::Shape::Disc;
 }
 
 Role roleOf(TrackStrip::Shape shape) {
@@ -72,7 +74,8 @@ TrackStrip::TrackStrip(QWidget* parent) : QWidget(parent) {
 
 QSize TrackStrip::minimumSizeHint() const {
     return {20 * fontMetrics().averageCharWidth(),
-            static_cast<int>((labelRows + 2) * rowHeight() + 2 * ownMarkSize)};
+            static_cast<int>((labelRows + pitLabelRows + distanceRows) * rowHeight() +
+                             2 * ownMarkSize)};
 }
 
 QSize TrackStrip::sizeHint() const {
@@ -105,10 +108,11 @@ void TrackStrip::layOut() {
         }
         Mark mark;
         mark.shape = shapeOf(car);
+        mark.isInPits = car.isInPits();
         mark.slot = car.info.carId();
         mark.driver = car.info.driverName();
         const double size = car.isOwn() ? ownMarkSize : markSize;
-        const double offset = (mark.shape == Shape::Square ? 0.5 : -0.5) * ownMarkSize;
+        const double offset = (mark.isInPits ? 0.5 : -0.5) * ownMarkSize;
         mark.box = QRectF(0.0, 0.0, size, size);
         mark.box.moveCenter({line.left() + *car.share * line.width(), line.center().y() + offset});
         if (car.isOwn()) {
@@ -120,13 +124,14 @@ void TrackStrip::layOut() {
     placeLabels();
 }
 
-/** The own car's number first, then the others' from the left, each in the lowest free row. */
+/**
+ * The own car's number first, then the others' from the left, each in the free row nearest to the
+ * line.
+ */
 void TrackStrip::placeLabels() {
     std::vector<Mark*> order;
     for (Mark& mark : m_marks) {
-        if (mark.shape != Shape::Square) {
-            order.push_back(&mark);
-        }
+        order.push_back(&mark);
     }
     const auto isBefore = [](const Mark* left, const Mark* right) {
         const bool isLeftOwn = left->shape == Shape::Diamond;
@@ -137,12 +142,14 @@ void TrackStrip::placeLabels() {
     std::sort(order.begin(), order.end(), isBefore);
 
     QList<QRectF> taken;
-    const double bottom = track().top();
+    const QRectF line = track();
     for (Mark* mark : order) {
         const double width = fontMetrics().horizontalAdvance(mark->slot) + labelGap;
-        for (int row = 0; row < labelRows && mark->label.isEmpty(); ++row) {
-            const QRectF box(mark->box.center().x() - width / 2.0, bottom - (row + 1) * rowHeight(),
-                             width, rowHeight());
+        const int rows = mark->isInPits ? pitLabelRows : labelRows;
+        for (int row = 0; row < rows && mark->label.isEmpty(); ++row) {
+            const double top = mark->isInPits ? line.bottom() + row * rowHeight()
+                                              : line.top() - (row + 1) * rowHeight();
+            const QRectF box(mark->box.center().x() - width / 2.0, top, width, rowHeight());
             const bool isFree =
                 std::none_of(taken.cbegin(), taken.cend(),
                              [&](const QRectF& other) { return other.intersects(box); });
@@ -176,9 +183,9 @@ void TrackStrip::paintEvent(QPaintEvent*) {
     for (int i = 0; i <= gridLines; i += 2) {
         const double x = line.left() + i * line.width() / gridLines;
         const double width = 2.0 * line.left();
-        painter.drawText(QRectF(x - width / 2.0, line.bottom(), width, rowHeight()),
-                         static_cast<int>(Qt::AlignCenter),
-                         QStringLiteral("%1 %").arg(100 * i / gridLines));
+        painter.drawText(
+            QRectF(x - width / 2.0, line.bottom() + pitLabelRows * rowHeight(), width, rowHeight()),
+            static_cast<int>(Qt::AlignCenter), QStringLiteral("%1 %").arg(100 * i / gridLines));
     }
 
     for (const Mark& mark : m_marks) {

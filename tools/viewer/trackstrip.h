@@ -11,9 +11,9 @@ namespace rataip::viewer {
 
 /**
  * The lap as a straight line with every car at its distance: the own car as a diamond, the others
- * as discs above the line, cars in the pits as squares below it. Each carries its slot's number
- * where there is room for it; a car's tooltip names its driver. Cars that are not in the world are
- * not shown.
+ * as discs, those in the pits as squares; cars in the pits stand below the line, all others above
+ * it. Each carries its slot's number where there is room for it; a car's tooltip names its driver.
+ * Cars that are not in the world are not shown.
  */
 class TrackStrip : public QWidget {
     Q_OBJECT
@@ -28,6 +28,7 @@ public:
     /** A car as it is drawn. */
     struct Mark {
         Shape shape = Shape::Disc;
+        bool isInPits = false;
         QString slot;
         QString driver;
         QRectF box;

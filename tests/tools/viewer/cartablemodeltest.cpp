@@ -98,6 +98,18 @@ TEST(CarTable, TellsOnlyOfWhatIsAnother) {
     EXPECT_EQ(changes.size(), 2) << "it is grey now";
 }
 
+TEST(CarTable, BeginsAnewWhenADriverIsAnother) {
+    CarTableModel cars;
+    cars.setCars({car(0), car(1)});
+    QSignalSpy resets(&cars, &CarTableModel::modelReset);
+    CarState relieved = car(1);
+    relieved.info.setDriverName(QStringLiteral("A driver with a longer name"));
+    cars.setCars({car(0), relieved});
+    EXPECT_EQ(resets.size(), 1) << "so that its column can be widened";
+    cars.setCars({car(0), relieved});
+    EXPECT_EQ(resets.size(), 1);
+}
+
 TEST(CarTable, TakesMoreAndFewerCars) {
     CarTableModel cars;
     const QAbstractItemModelTester tester(&cars,

@@ -5,8 +5,12 @@
 #include <QAction>
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTreeView>
 
 #include <gtest/gtest.h>
@@ -102,9 +106,109 @@ TEST_F(LapView, OffersTheOtherLapsToCompareWithAsTheyCome) {
     EXPECT_EQ(choice->count(), 2) << "none and the other";
     laps.add(ownLap(5));
     EXPECT_EQ(choice->count(), 3);
+    EXPECT_EQ(choice->itemText(1), QStringLiteral("Ada Berg, lap 5, 1:34.512")) << "newest first";
     window->compareWith(other);
+    EXPECT_EQ(choice->currentIndex(), 2);
     laps.add(ownLap(6));
-    EXPECT_EQ(choice->currentIndex(), 1) << "the choice stays";
+    EXPECT_EQ(choice->currentText(), QStringLiteral("Ada Berg, lap 3, 1:34.512"))
+        << "the choice stays";
+}
+
+TEST_F(LapView, OffersLapsOfTheSameCarBeforeAllOthers) {
+    laps.add(otherLap());
+    laps.add(ownLap(5));
+    laps.add(otherLap(8));
+    const auto* const choice = window->findChild<QComboBox*>();
+    QStringList offered;
+    for (int place = 0; place < choice->count(); ++place) {
+        offered.append(choice->itemText(place).section(QStringLiteral(", 1:"), 0, 0));
+    }
+    EXPECT_EQ(offered.join(QStringLiteral("; ")).toStdString(),
+              "no other lap; Ada Berg, lap 5; Ada Berg, lap 3; Björn Kowalski, lap 4; "
+              "Björn Kowalski, lap 4");
+}
+
+TEST_F(LapView, NoLongerOffersLapsThatWereLetGoButKeepsTheOneInSight) {
+    // Room for one of these laps: what comes next drives the one before out.
+    LapListModel few(1);
+    few.add(other);
+    LapWindow view(lap, few);
+    view.compareWith(other);
+    const auto* const choice = view.findChild<QComboBox*>();
+    few.add(ownLap(5));
+    EXPECT_EQ(choice->count(), 3) << "none, the newest, and the one in sight";
+    few.add(ownLap(6));
+    EXPECT_EQ(choice->count(), 3);
+    EXPECT_EQ(choice->currentText(), QStringLiteral("Ada Berg, lap 3, 1:34.512"));
+}
+
+TEST_F(LapView, HandsItsLayoutOnToTheNext) {
+    const QTemporaryDir folder;
+    QSettings settings(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    window->rememberLayoutIn(settings);
+    window->resize(1234, 777);
+    window->setAxis(Axis::Time);
+    window->channels().choose({QStringLiteral("brake"), false}, false);
+    window->channels().choose({QStringLiteral("steeringwheelangle"), false}, true);
+    window->close();
+    LapWindow next(other, laps);
+    next.rememberLayoutIn(settings);
+    EXPECT_EQ(next.size(), QSize(1234, 777));
+    QStringList names;
+    for (const PlotPanel* panel : next.panels()) {
+        names.append(panel->accessibleName());
+    }
+    EXPECT_EQ(names.join(QLatin1Char(' ')).toStdString(), "speed throttle gear steeringwheelangle");
+    EXPECT_EQ(next.panels().constLast()->axisText(), QStringLiteral("Time (s)"));
+}
+
+TEST_F(LapView, HandsChannelsOnThatItsLapLacks) {
+    const QTemporaryDir folder;
+    QSettings settings(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    {
+        LapWindow first(lap, laps);
+        first.rememberLayoutIn(settings);
+        first.channels().choose({QStringLiteral("steeringwheelangle"), false}, true);
+        first.close();
+        LapWindow second(otherLap(), laps);
+        second.rememberLayoutIn(settings);
+        second.close();
+    }
+    LapWindow third(lap, laps);
+    third.rememberLayoutIn(settings);
+    EXPECT_EQ(third.panels().size(), 5);
+}
+
+TEST_F(LapView, TakesLinesColoursFromTheDesktopsPalette) {
+    const auto legend = [this] {
+        const QList<QLabel*> labels = window->findChildren<QLabel*>();
+        for (const QLabel* label : labels) {
+            if (label->text().contains(QStringLiteral("━━"))) {
+                return label->text();
+            }
+        }
+        return QString();
+    };
+    const QString light = legend();
+    EXPECT_TRUE(
+        light.contains(rataip::lapimage::colour(rataip::lapimage::Role::ThisLap, false).name()));
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(40, 40, 40));
+    window->setPalette(dark);
+    EXPECT_TRUE(
+        legend().contains(rataip::lapimage::colour(rataip::lapimage::Role::ThisLap, true).name()));
+}
+
+TEST_F(LapView, SaysWhatBecameOfSaving) {
+    window->showOutcome(QStringLiteral("The lap was not saved: the disk is full."));
+    bool isShown = false;
+    const QList<QLabel*> labels = window->findChildren<QLabel*>();
+    for (const QLabel* label : labels) {
+        isShown = isShown ||
+                  (label->isVisible() &&
+                   label->text() == QStringLiteral("The lap was not saved: the disk is full."));
+    }
+    EXPECT_TRUE(isShown);
 }
 
 TEST_F(LapView, PlotsWhatIsTickedWithItsUnit) {

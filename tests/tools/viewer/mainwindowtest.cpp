@@ -223,6 +223,21 @@ TEST_F(Window, SaysInASentenceWhyALapCannotBeSavedAndGoesOn) {
     QTRY_VERIFY(messages().contains(QStringLiteral("The lap was not saved: cannot write into")));
     connectSource();
     EXPECT_EQ(session.state(), Session::State::Connected);
+    window->saveLap(ownLap(), target);
+    QTRY_COMPARE(messages().count(QStringLiteral("The lap was not saved")), 2);
+}
+
+TEST_F(Window, TellsTheWindowOfALapWhatBecameOfSavingIt) {
+    showWindow();
+    const LapWindow& view = *window->openLap(ownLap());
+    window->saveLap(ownLap(), folder.filePath(QStringLiteral("laps")));
+    QTRY_VERIFY(messages().contains(QStringLiteral("Saved ")));
+    QStringList shown;
+    const QList<QLabel*> labels = view.findChildren<QLabel*>();
+    for (const QLabel* label : labels) {
+        shown.append(label->text());
+    }
+    EXPECT_EQ(shown.filter(QStringLiteral("Saved ")).size(), 1);
 }
 
 TEST_F(Window, RemembersItsLayout) {

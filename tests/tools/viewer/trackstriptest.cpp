@@ -64,6 +64,24 @@ TEST_F(Strip, TellsTheOwnCarAndTheCarsInThePitsByTheirShape) {
     EXPECT_EQ(strip.marks().constLast().slot, QStringLiteral("0")) << "drawn above the others";
 }
 
+TEST_F(Strip, KeepsTheOwnCarsShapeInThePits) {
+    CarState own = carAt(0, 0.9, true);
+    own.info.setStatus(TLM::SDK::CarStatus::InPitlane);
+    strip.setCars({own, carAt(1, 0.5)});
+    EXPECT_EQ(markOf(strip, 0).shape, Shape::Diamond);
+    EXPECT_GT(markOf(strip, 0).box.center().y(), markOf(strip, 1).box.center().y())
+        << "below the line";
+}
+
+TEST_F(Strip, NumbersTheCarsInThePitsBelowTheLine) {
+    CarState inPits = carAt(2, 0.9);
+    inPits.info.setStatus(TLM::SDK::CarStatus::InPitStall);
+    strip.setCars({inPits, carAt(1, 0.9)});
+    EXPECT_GT(markOf(strip, 2).label.top(), markOf(strip, 2).box.center().y());
+    EXPECT_LT(markOf(strip, 1).label.bottom(), markOf(strip, 1).box.center().y());
+    EXPECT_TRUE(QRectF(strip.rect()).contains(markOf(strip, 2).label));
+}
+
 TEST_F(Strip, ShowsNoCarThatIsNotInTheWorld) {
     CarState gone = carAt(0, 0.5);
     gone.share.reset();
