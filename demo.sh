@@ -58,14 +58,15 @@ trap 'exit 130' INT
 trap 'exit 143' TERM
 
 build() {
+    local programs=(rataip rataip-simulator rataip-monitor)
     if [[ -n "$with_window" ]]; then
         scripts/setup.sh build viewer
+        programs+=(rataip-viewer)
     else
         scripts/setup.sh build
     fi
     cmake --preset release -B "$build_folder" -DBUILD_TESTING=OFF
-    cmake --build "$build_folder" --parallel "$(nproc)" \
-        --target rataip rataip-simulator rataip-monitor
+    cmake --build "$build_folder" --parallel "$(nproc)" --target "${programs[@]}"
 }
 
 has_display() {
