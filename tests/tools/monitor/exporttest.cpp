@@ -1,4 +1,4 @@
-#include "tests/tools/monitor/backgroundprogram.h"
+#include "tests/tools/monitor/exportwatch.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,29 +8,10 @@
 
 namespace {
 
-/** The monitor with a simulator whose first laps are over within seconds. */
-class Watch {
-public:
-    explicit Watch(const QString& exportFolder)
-        : m_simulator(QStringLiteral(SIMULATOR_PROGRAM),
-                      {QStringLiteral("--cars"), QStringLiteral("4"), QStringLiteral("--track"),
-                       QStringLiteral("short"), QStringLiteral("--speed"), QStringLiteral("8")}),
-          m_monitor(QStringLiteral(MONITOR_PROGRAM),
-                    {QStringLiteral("--wait"), QStringLiteral("20"), QStringLiteral("--laps"),
-                     QStringLiteral("4"), QStringLiteral("--export"), exportFolder}) {}
-
-    [[nodiscard]] int waitForEnd() { return m_monitor.waitForEnd(); }
-    [[nodiscard]] std::string output() const { return m_monitor.output(); }
-
-private:
-    BackgroundProgram m_simulator;
-    BackgroundProgram m_monitor;
-};
-
 TEST(MonitorExport, SavesTheLapsThatItSees) {
     const QTemporaryDir folder;
     const QString laps = folder.filePath(QStringLiteral("laps"));
-    Watch watch(laps);
+    ExportWatch watch(laps);
     EXPECT_EQ(watch.waitForEnd(), 0) << watch.output();
     EXPECT_NE(watch.output().find(" laps saved in "), std::string::npos) << watch.output();
     const QStringList tables = QDir(laps).entryList({QStringLiteral("*.csv")});
@@ -43,7 +24,7 @@ TEST(MonitorExport, GoesOnWhenNothingCanBeSaved) {
     const QTemporaryDir folder;
     QFile file(folder.filePath(QStringLiteral("taken")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    Watch watch(file.fileName() + QStringLiteral("/laps"));
+    ExportWatch watch(file.fileName() + QStringLiteral("/laps"));
     EXPECT_EQ(watch.waitForEnd(), 0) << watch.output();
     const std::string sentence = "A lap was not saved: cannot make the folder ";
     const std::size_t first = watch.output().find(sentence);

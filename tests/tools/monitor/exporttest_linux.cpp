@@ -1,0 +1,41 @@
+#include "tests/tools/monitor/exportwatch.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/** How often a text stands in another. */
+int countOf(const std::string& text, const std::string& in) {
+    int count = 0;
+    for (std::size_t at = in.find(text); at != std::string::npos; at = in.find(text, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST(MonitorExport, GoesOnWhenTheDiskIsFull) {
+    const QTemporaryDir folder;
+    // No file may grow beyond a few blocks: writing fails as on a full disk, for root, too.
+    const QStringList shell = {QStringLiteral("sh"), QStringLiteral("-c"),
+                               QStringLiteral("trap '' XFSZ; ulimit -f 4; exec \"$0\" \"$@\"")};
+    ExportWatch watch(folder.path(), shell);
+    EXPECT_EQ(watch.waitForEnd(), 0) << watch.output();
+    EXPECT_EQ(countOf("A lap was not saved: cannot write ", watch.output()), 1) << watch.output();
+    EXPECT_EQ(countOf("0 laps saved in ", watch.output()), 1) << watch.output();
+    EXPECT_GE(countOf("\nLap ", watch.output()), 4) << watch.output();
+    EXPECT_TRUE(QDir(folder.path()).isEmpty()) << "no half file is left";
+}
+
+TEST(MonitorExport, GoesOnWhenItHasNoRightsToTheFolder) {
+    // Nobody may make anything there, root included.
+    ExportWatch watch(QStringLiteral("/proc"));
+    EXPECT_EQ(watch.waitForEnd(), 0) << watch.output();
+    EXPECT_EQ(countOf("A lap was not saved: cannot write /proc/car", watch.output()), 1)
+        << watch.output();
+    EXPECT_GE(countOf("\nLap ", watch.output()), 4) << watch.output();
+}
+
+}  // namespace
