@@ -5,6 +5,9 @@
 #include <QEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <cmath>
+
 namespace rataip::viewer {
 
 using lapimage::Role;
@@ -97,20 +100,45 @@ void LiveTraces::changeEvent(QEvent* event) {
     }
 }
 
+bool LiveTraces::hasMoved(const Place& place, const QList<QPointF>& curve) const {
+    const bool isAnother = curve.isEmpty() || curve.size() < place.pointsDrawn;
+    if (isAnother || place.pointsDrawn == 0) {
+        return curve.size() != place.pointsDrawn;
+    }
+    const QPointF way =
+        place.panel->placeOf(curve.constLast()) - place.panel->placeOf(place.newestDrawn);
+    return std::max(std::abs(way.x()), std::abs(way.y())) * devicePixelRatioF() >= 1.0;
+}
+
+bool LiveTraces::hasMoved(const PlotPanel* panel, const TraceCurves& curves) const {
+    return std::any_of(m_places.cbegin(), m_places.cend(), [&](const Place& place) {
+        return place.panel == panel && !place.isPrevious && hasMoved(place, curves[place.trace]);
+    });
+}
+
+void LiveTraces::draw(Place& place, const LiveLap& lap, qsizetype columns) {
+    const QList<QPointF>& curve = (place.isPrevious ? lap.previous() : lap.current())[place.trace];
+    place.panel->setPoints(place.line, laps::thinned(curve, columns));
+    place.panel->setQuantity(place.panel->accessibleName(), lap.unit(place.trace));
+    place.pointsDrawn = curve.size();
+    place.newestDrawn = curve.isEmpty() ? QPointF() : curve.constLast();
+}
+
 void LiveTraces::show(const LiveLap& lap) {
     const bool isPreviousNew = lap.previousRevision() != m_previousShown || width() != m_widthShown;
     m_previousShown = lap.previousRevision();
     m_widthShown = width();
-    for (const Place& place : m_places) {
-        if (!place.isPrevious || isPreviousNew) {
-            const TraceCurves& curves = place.isPrevious ? lap.previous() : lap.current();
-            // One point each two pixels is as much as a line of this width shows.
-            place.panel->setPoints(place.line,
-                                   laps::thinned(curves[place.trace], m_widthShown / 4));
-            place.panel->setQuantity(place.panel->accessibleName(), lap.unit(place.trace));
-        }
-    }
+    // One point each two pixels is as much as a line of this width shows.
+    const qsizetype columns = m_widthShown / 4;
     for (PlotPanel* panel : m_panels) {
+        if (!isPreviousNew && !hasMoved(panel, lap.current())) {
+            continue;
+        }
+        for (Place& place : m_places) {
+            if (place.panel == panel && (isPreviousNew || !place.isPrevious)) {
+                draw(place, lap, columns);
+            }
+        }
         panel->growHeight();
     }
 }

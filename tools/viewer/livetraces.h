@@ -19,7 +19,10 @@ class LiveTraces : public QWidget {
 public:
     explicit LiveTraces(QWidget* parent = nullptr);
 
-    /** Draws the lap as it is now, thinned to what can be seen. */
+    /**
+     * Draws the lap as it is now, thinned to what can be seen. A plot whose lines have grown by
+     * less than a pixel is left as it is: painting lines is what a window spends its time on.
+     */
     void show(const LiveLap& lap);
     using QWidget::show;
 
@@ -37,7 +40,13 @@ private:
         qsizetype line;
         std::size_t trace;
         bool isPrevious;
+        qsizetype pointsDrawn = 0;
+        QPointF newestDrawn = {};
     };
+
+    [[nodiscard]] bool hasMoved(const Place& place, const QList<QPointF>& curve) const;
+    [[nodiscard]] bool hasMoved(const PlotPanel* panel, const TraceCurves& curves) const;
+    static void draw(Place& place, const LiveLap& lap, qsizetype columns);
 
     QLabel* m_legend;
     QList<PlotPanel*> m_panels;

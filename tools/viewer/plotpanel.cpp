@@ -117,6 +117,13 @@ void PlotPanel::setPoints(qsizetype line, const QList<QPointF>& points) {
     m_lines.at(line)->replace(points);
 }
 
+QPointF PlotPanel::placeOf(const QPointF& point) const {
+    const QRectF area = chart()->plotArea();
+    const double across = (point.x() - m_x->min()) / (m_x->max() - m_x->min());
+    const double up = (point.y() - m_y->min()) / (m_y->max() - m_y->min());
+    return {area.left() + across * area.width(), area.bottom() - up * area.height()};
+}
+
 PlotPanel::Range PlotPanel::heightOfPoints() const {
     Range range;
     for (const QLineSeries* line : m_lines) {

@@ -47,6 +47,9 @@ public:
     /** The same, but the height never shrinks: for lines that are still being drawn. */
     void growHeight();
 
+    /** Where a point lies in the widget as its axes are now. */
+    [[nodiscard]] QPointF placeOf(const QPointF& point) const;
+
     [[nodiscard]] const QList<QLineSeries*>& lines() const { return m_lines; }
     [[nodiscard]] QString quantityText() const { return m_quantity->text(); }
     [[nodiscard]] QString axisText() const { return m_axis->text(); }

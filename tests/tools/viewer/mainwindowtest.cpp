@@ -165,6 +165,37 @@ TEST_F(Window, DrawsAtItsOwnPace) {
     QTRY_COMPARE(pointsDrawn(), before + 48);
 }
 
+TEST_F(Window, LeavesTracesAloneThatHaveGrownByLessThanAPixel) {
+    showWindow();
+    connectSource();
+    window->refresh();
+    const auto* const traces = window->findChild<rataip::viewer::LiveTraces*>();
+    const auto pointsDrawn = [traces] {
+        return traces->panels().constFirst()->lines().constLast()->points().size();
+    };
+    const qsizetype before = pointsDrawn();
+    source.sendTick(20, 3, 2, 0.50001);
+    window->refresh();
+    EXPECT_EQ(pointsDrawn(), before);
+    source.sendTick(20, 3, 3, 0.51);
+    window->refresh();
+    EXPECT_EQ(pointsDrawn(), before + 2) << "nothing is left out for good";
+}
+
+TEST_F(Window, BeginsTheTracesAnewWithALap) {
+    showWindow();
+    connectSource();
+    source.sendTick(20, 3, 2, 0.9);
+    source.sendTick(20, 3, 3, 0.95);
+    window->refresh();
+    source.sendTick(20, 3, 4, 0.04);
+    window->refresh();
+    const auto* const traces = window->findChild<rataip::viewer::LiveTraces*>();
+    for (const auto* panel : traces->panels()) {
+        EXPECT_EQ(panel->lines().constLast()->count(), 1) << panel->accessibleName().toStdString();
+    }
+}
+
 TEST_F(Window, ThinsTheLiveTracesToWhatCanBeSeen) {
     showWindow();
     connectSource();

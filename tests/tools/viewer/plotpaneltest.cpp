@@ -84,6 +84,30 @@ TEST_F(Panel, ShowsTheWholeAxisRange) {
     EXPECT_LT(panel.xAxis().min(), panel.xAxis().max());
 }
 
+TEST_F(Panel, TellsWhereAPointLies) {
+    panel.setAxisRange(0.0, 200.0);
+    panel.setPoints(1, {{0.0, 0.0}, {200.0, 100.0}});
+    panel.fitHeight();
+    const QRectF area = panel.chart()->plotArea();
+    EXPECT_EQ(panel.placeOf({0.0, 0.0}), area.bottomLeft());
+    EXPECT_EQ(panel.placeOf({200.0, 100.0}), area.topRight());
+    for (const QPointF& point : panel.lines().at(1)->points()) {
+        const QPointF drawn = panel.chart()->mapToPosition(point, panel.lines().at(1));
+        EXPECT_NEAR(panel.placeOf(point).x(), drawn.x(), 1e-6);
+        EXPECT_NEAR(panel.placeOf(point).y(), drawn.y(), 1e-6);
+    }
+}
+
+TEST_F(Panel, FitsItsHeightToWhatItShows) {
+    panel.setPoints(1, {{0.0, 0.0}, {1.0, 205.0}});
+    panel.fitHeight();
+    EXPECT_EQ(panel.yAxis().max(), 250.0) << "not 300";
+    panel.setPoints(1, {{0.0, 4.0}, {1.0, 5.0}});
+    panel.fitHeight();
+    EXPECT_EQ(panel.yAxis().tickInterval(), 1.0) << "there are no half gears";
+    EXPECT_EQ(panel.yAxis().labelFormat(), QStringLiteral("%.0f"));
+}
+
 TEST_F(Panel, TellsLinesApartByMoreThanTheirColours) {
     EXPECT_NE(panel.lines().at(0)->pen().style(), panel.lines().at(1)->pen().style());
     EXPECT_NE(panel.lines().at(0)->pen().color(), panel.lines().at(1)->pen().color());
