@@ -53,8 +53,9 @@ start)
     # What stays behind must not hold on to the output of who called.
     exec >"$WINEPREFIX/start.log" 2>&1 </dev/null
     make_folder
-    # Else the server ends with each program, and the next one waits until it has come up again.
-    "$wineserver" --persistent="$server_patience"
+    # Else the server ends with each program, and the next one waits until it has come up again. One
+    # that runs already is as good.
+    "$wineserver" --persistent="$server_patience" || true
     "$wine" cmd /c exit
     ;;
 stop)

@@ -1,6 +1,7 @@
 #include "tests/support/childprocess.h"
 
 #include <array>
+#include <cstdio>
 #include <filesystem>
 #include <windows.h>
 
@@ -115,13 +116,16 @@ bool ChildProcess::start(const std::string& program, const std::vector<std::stri
     std::wstring line = commandLine(program, arguments);
     const bool started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                         nullptr, &startup, &child) != 0;
+    const DWORD error = GetLastError();
     closeHandle(childInput);
     closeHandle(childOutput);
-    if (started) {
-        CloseHandle(child.hThread);
-        m_process->process = child.hProcess;
+    if (!started) {
+        std::fprintf(stderr, "ChildProcess: %s, error %lu\n", program.c_str(), error);
+        return false;
     }
-    return started;
+    CloseHandle(child.hThread);
+    m_process->process = child.hProcess;
+    return true;
 }
 
 bool ChildProcess::writeLine(const std::string& line) {

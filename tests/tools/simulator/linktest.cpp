@@ -1,0 +1,206 @@
+#include "irsdk/irsdk.h"
+#include "irsdk/layout.h"
+#include "tests/support/childprocess.h"
+#include "tools/simulator/checksum.h"
+#include "tools/simulator/variabletable.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <iostream>
+#include <span>
+#include <string>
+#include <vector>
+
+using namespace simulator;
+using testsupport::ChildProcess;
+
+namespace {
+
+constexpr int kAnswerTime = 60'000;  // milliseconds; only a hang takes as long
+constexpr int kTicks = 1000;
+constexpr std::size_t kNoPlace = std::numeric_limits<std::size_t>::max();
+
+/** The simulator as a program of its own, with the link as its reader. */
+class SimulatorLink : public ::testing::Test {
+protected:
+    void SetUp() override { irsdk_shutdown(); }
+    void TearDown() override { irsdk_shutdown(); }
+
+    /** Starts the program and waits until it publishes; its arguments are those of `options`. */
+    static void begin(ChildProcess& program, std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--track", "short", "--cars", "6"});
+        ASSERT_TRUE(program.start(testsupport::siblingProgram("rataip-simulator"), arguments));
+        ASSERT_EQ(lineThatBegins(program, "Publishing ").rfind("Publishing ", 0), 0U);
+    }
+
+    static void open() { ASSERT_TRUE(irsdk_startup()) << irsdk_errorText(irsdk_lastError()); }
+
+    /** The first of the next lines that begins so; empty when none comes. */
+    static std::string lineThatBegins(ChildProcess& program, const std::string& start) {
+        std::optional<std::string> line = program.readLine(kAnswerTime);
+        while (line && line->rfind(start, 0) != 0) {
+            line = program.readLine(kAnswerTime);
+        }
+        return line.value_or("");
+    }
+
+    /** One tick in lock step. */
+    static void step(ChildProcess& program) {
+        ASSERT_TRUE(program.writeLine(""));
+        ASSERT_NE(lineThatBegins(program, "tick "), "");
+    }
+
+    /** Where an int of the snapshot lies, as the published table says. */
+    static std::size_t placeOf(const char* name) {
+        const int offset = irsdk_varNameToOffset(name);
+        return offset < 0 ? kNoPlace : static_cast<std::size_t>(offset);
+    }
+
+    void makeRoom() {
+        irsdk_header header{};
+        ASSERT_TRUE(irsdk_copyHeader(header));
+        snapshot.resize(static_cast<std::size_t>(header.bufferLength));
+        checksumAt = placeOf(kChecksumName);
+        tickAt = placeOf("SessionTick");
+        ASSERT_NE(checksumAt, kNoPlace);
+        ASSERT_NE(tickAt, kNoPlace);
+    }
+
+    [[nodiscard]] bool takes(int timeOut) {
+        return irsdk_waitForDataReady(timeOut, snapshot.data(), static_cast<int>(snapshot.size()));
+    }
+
+    [[nodiscard]] std::int32_t intAt(std::size_t place) const {
+        std::int32_t value = 0;
+        std::memcpy(&value, snapshot.data() + place, sizeof value);
+        return value;
+    }
+
+    [[nodiscard]] bool isTorn() const {
+        return snapshotChecksum(std::as_bytes(std::span(snapshot)), checksumAt) !=
+               intAt(checksumAt);
+    }
+
+    static std::int32_t status() { return irsdk_getHeader()->status & irsdk_stConnected; }
+
+    std::vector<char> snapshot;
+    std::size_t checksumAt = kNoPlace;
+    std::size_t tickAt = kNoPlace;
+};
+
+}  // namespace
+
+TEST_F(SimulatorLink, TakesEveryTickOfARunInLockStep) {
+    ChildProcess program;
+    begin(program, {"--lockstep"});
+    open();
+    makeRoom();
+    step(program);
+    ASSERT_FALSE(takes(0)) << "the first look only notes the tick";
+    for (int tick = 2; tick <= kTicks + 1; ++tick) {
+        step(program);
+        ASSERT_TRUE(takes(0)) << tick;
+        ASSERT_FALSE(isTorn()) << tick;
+        ASSERT_EQ(intAt(tickAt), tick);
+        ASSERT_FALSE(takes(0)) << tick;
+    }
+}
+
+// The run's own count of its ticks says how many there were to be taken, so that a tick that is
+// neither delivered nor known to be skipped would show.
+TEST_F(SimulatorLink, AccountsForAThousandTicksOfARunByTheClock) {
+    constexpr int kTicksPerSecond = 60;
+    constexpr int kAllTicks = 20 * kTicksPerSecond;  // enough to begin late
+    ChildProcess program;
+    begin(program, {"--speed", "4", "--duration", std::to_string(kAllTicks / kTicksPerSecond)});
+    open();
+    makeRoom();
+    int delivered = 0;
+    int skipped = 0;
+    int last = 0;
+    int first = 0;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kAnswerTime);
+    while (last - first < kTicks && std::chrono::steady_clock::now() < end) {
+        if (!takes(1000)) {
+            continue;
+        }
+        ASSERT_FALSE(isTorn()) << last;
+        const int tick = intAt(tickAt);
+        if (first == 0) {
+            first = tick;
+        } else {
+            ASSERT_GT(tick, last);
+            ++delivered;
+            skipped += tick - last - 1;
+        }
+        last = tick;
+    }
+    EXPECT_EQ(delivered + skipped, last - first);
+    EXPECT_GE(last - first, kTicks);
+    EXPECT_GE(delivered, kTicks / 10) << "even on a machine that is busy with other things";
+    const std::string account = lineThatBegins(program, "Ended after ");
+    EXPECT_EQ(account, "Ended after " + std::to_string(kAllTicks) + " ticks.");
+    EXPECT_LE(last, kAllTicks);
+    RecordProperty("delivered", delivered);
+    RecordProperty("skipped", skipped);
+    std::cout << delivered << " ticks delivered, " << skipped << " skipped\n";
+}
+
+TEST_F(SimulatorLink, FindsTheStatusClearedAfterAnOrderlyEnd) {
+    ChildProcess program;
+    begin(program, {"--lockstep"});
+    open();
+    ASSERT_EQ(status(), irsdk_stConnected);
+
+    ASSERT_TRUE(program.writeLine("quit"));
+
+    EXPECT_EQ(program.waitForExit(kAnswerTime), 0);
+    EXPECT_EQ(status(), 0);
+    EXPECT_FALSE(irsdk_isConnected());
+}
+
+TEST_F(SimulatorLink, ReadsTheSimulatorThatFollowsACrashedOne) {
+    ChildProcess crashed;
+    begin(crashed, {"--lockstep"});
+    open();
+    makeRoom();
+    step(crashed);
+    crashed.kill();
+    irsdk_shutdown();
+
+    ChildProcess next;
+    begin(next, {"--lockstep"});
+    open();
+    step(next);
+    ASSERT_FALSE(takes(0));
+    step(next);
+    ASSERT_TRUE(takes(0));
+    EXPECT_EQ(intAt(tickAt), 2);
+}
+
+TEST_F(SimulatorLink, LeavesTheObjectsToTheSimulatorThatCameFirst) {
+    ChildProcess first;
+    begin(first, {"--lockstep"});
+    ChildProcess second;
+    ASSERT_TRUE(second.start(testsupport::siblingProgram("rataip-simulator"), {"--lockstep"}));
+
+    EXPECT_EQ(second.waitForExit(kAnswerTime), 1);
+    open();
+    makeRoom();
+    step(first);
+    EXPECT_FALSE(takes(0));
+    step(first);
+    EXPECT_TRUE(takes(0));
+}
+
+TEST_F(SimulatorLink, SendsCommandsWithTheirSigns) {
+    ChildProcess program;
+    begin(program, {"--lockstep"});
+
+    irsdk_broadcastMsg(irsdk_BroadcastMsg{3}, -5, 70000);
+    EXPECT_NE(lineThatBegins(program, "Broadcast message 3 (-5, 70000), number "), "");
+    irsdk_broadcastMsg(irsdk_BroadcastMsg{12}, 0x7FFF, std::numeric_limits<int>::min());
+    EXPECT_NE(lineThatBegins(program, "Broadcast message 12 (32767, -2147483648), number "), "");
+}
