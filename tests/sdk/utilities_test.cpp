@@ -23,6 +23,13 @@ TEST(IsValidValue, HoldsBelowTheWidenedSinglePrecisionThreshold) {
     EXPECT_FALSE(isValidValue(std::numeric_limits<double>::quiet_NaN()));
 }
 
+// Windows drops a dot at the end of a name: there is no file "notes." there, it is "notes".
+#ifdef Q_OS_WIN
+constexpr bool kFilesKeepALastDot = false;
+#else
+constexpr bool kFilesKeepALastDot = true;
+#endif
+
 class GenerateUniqueFileName : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(m_folder.isValid()); }
@@ -85,7 +92,7 @@ TEST_F(GenerateUniqueFileName, DoesNotSeeFilesWithoutADotAndFolders) {
 
 TEST_F(GenerateUniqueFileName, SeesAFileThatEndsInItsDot) {
     makeFile("notes.");
-    EXPECT_EQ(nameFor("notes"), "notes_1.");
+    EXPECT_EQ(nameFor("notes"), kFilesKeepALastDot ? "notes_1." : "notes.");
 }
 
 TEST_F(GenerateUniqueFileName, GivesTheNameForAFolderThatDoesNotExist) {
