@@ -3,22 +3,53 @@
 #include <QMetaObject>
 
 #include <atomic>
+#include <mutex>
 #include <windows.h>
 
 namespace rataip::monitor {
 
 namespace {
 
-// The system calls the handler on a thread of its own and passes nothing of ours along.
-std::atomic<Interrupt*> listening = nullptr;
+// The system calls the handler on a thread of its own and passes nothing of ours along. The lock
+// keeps the object alive while the handler tells it something.
+std::mutex listenerLock;
+Interrupt* listening = nullptr;
 
-BOOL WINAPI onConsoleEvent(DWORD) {
-    Interrupt* const interrupt = listening.exchange(nullptr);
-    if (interrupt == nullptr) {
+std::atomic<bool> ended = false;
+
+bool passOn() {
+    const std::lock_guard guard(listenerLock);
+    if (listening == nullptr) {
+        return false;
+    }
+    QMetaObject::invokeMethod(listening, &Interrupt::requested, Qt::QueuedConnection);
+    listening = nullptr;
+    return true;
+}
+
+// After a closed console or a log-off the process is killed as soon as the handler returns, so it
+// stays until the program has ended in order, for about as long as the system lets it.
+void waitForTheEnd() {
+    constexpr int kSteps = 400;
+    constexpr DWORD kStepMilliseconds = 10;
+    for (int step = 0; !ended && step < kSteps; ++step) {
+        Sleep(kStepMilliseconds);
+    }
+}
+
+BOOL WINAPI onConsoleEvent(DWORD event) {
+    if (!passOn()) {
         return FALSE;
     }
-    QMetaObject::invokeMethod(interrupt, &Interrupt::requested, Qt::QueuedConnection);
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        waitForTheEnd();
+    }
     return TRUE;
+}
+
+void listenWith(Interrupt* interrupt) {
+    const std::lock_guard guard(listenerLock);
+    listening = interrupt;
 }
 
 }  // namespace
@@ -27,13 +58,16 @@ BOOL WINAPI onConsoleEvent(DWORD) {
 class Interrupt::Listener {
 public:
     explicit Listener(Interrupt& interrupt) {
-        listening = &interrupt;
+        ended = false;
+        listenWith(&interrupt);
         SetConsoleCtrlHandler(onConsoleEvent, TRUE);
     }
 
     ~Listener() {
+        listenWith(nullptr);
+        // First, since the system may make the next call wait for a handler that runs.
+        ended = true;
         SetConsoleCtrlHandler(onConsoleEvent, FALSE);
-        listening = nullptr;
     }
 
     Listener(const Listener&) = delete;
