@@ -45,7 +45,8 @@ parse_arguments() {
             exit 0
             ;;
         *)
-            [[ -z "$minutes" && "$1" =~ ^[1-9][0-9]*$ ]] || die "MINUTES is a whole number (see --help)"
+            [[ -z "$minutes" && "$1" =~ ^[1-9][0-9]*$ ]] ||
+                die "MINUTES is a whole number (see --help)"
             minutes="$1"
             ;;
         esac

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every check of the project.
 #
-#   ./test.sh                  format, asan, windows, lint, fuzz: everything a change must pass
+#   ./test.sh                  format, asan, tsan, windows, lint, fuzz: all that a change must pass
 #   ./test.sh --quick          format, debug: the same tests without sanitizers, for an edit
 #   ./test.sh --stage NAME     one stage (may be given several times)
 #   ./test.sh --list           print the stages
@@ -16,12 +16,13 @@ jobs="$(nproc)"
 
 # A stage is a function stage_NAME. Its one-line result, when it has more to say than "ok", goes to
 # the variable `result`.
-all_stages=(format asan windows lint fuzz)
+all_stages=(format asan tsan windows lint fuzz)
 quick_stages=(format debug)
 declare -A stage_titles=(
     [format]="clang-format leaves every source as it is"
     [debug]="debug build and its tests"
     [asan]="build with address and undefined-behaviour sanitizers and its tests"
+    [tsan]="build with the thread sanitizer and the tests that have threads"
     [windows]="cross build for Windows and its tests, run with Wine"
     [lint]="clang-tidy over the libraries, the plugin and the console programs"
     [fuzz]="every fuzz target for half a minute"
@@ -30,6 +31,7 @@ declare -A stage_packages=(
     [format]="lint"
     [debug]="build viewer test"
     [asan]="build viewer test"
+    [tsan]="build test"
     [windows]="build viewer windows"
     [lint]="build viewer test lint"
     [fuzz]="build test fuzz"
@@ -53,6 +55,14 @@ stage_asan() {
     export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_stack_use_after_return=1}"
     export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}"
     build_and_test asan
+}
+
+stage_tsan() {
+    local log="build/tsan/test.log"
+    build tsan
+    export TSAN_OPTIONS="suppressions=$PWD/tests/plugin/tsan.supp:${TSAN_OPTIONS:-}"
+    build/tsan/bin/plugin-hostthread-tests 2>&1 | tee "$log"
+    result="$(grep 'PASSED' "$log")"
 }
 
 # The programs that are free of Qt run as Windows programs; everything else is compiled for Windows.
@@ -109,7 +119,7 @@ print_usage() {
 
 print_stages() {
     local stage
-    for stage in format debug asan windows lint fuzz; do
+    for stage in format debug asan tsan windows lint fuzz; do
         printf '%-10s %s\n' "$stage" "${stage_titles[$stage]}"
     done
 }

@@ -1,7 +1,7 @@
 #include "sdk/plugininterfacelive.h"
 #include "tests/plugin/hostrecorder.h"
-#include "tests/plugin/lapslog.h"
 #include "tests/plugin/lockstepsimulator.h"
+#include "tests/support/drivenlaps.h"
 #include "tests/support/printqt.h"
 
 #include <QMetaObject>
@@ -21,6 +21,7 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using testsupport::DrivenLap;
 using TLM::SDK::Lap;
 using TLM::SDK::LapType;
 using TLM::SDK::PluginInterfaceLive;
@@ -115,7 +116,9 @@ Recording record(const SimulatorRun& run) {
     plugin->disconnectFromSource();
     simulator.quit();
     recording.laps = withSamples(host.laps());
-    recording.driven = readLapsLog(simulator.logFile());
+    const auto driven = testsupport::readDrivenLaps(simulator.logFile());
+    EXPECT_TRUE(driven.has_value()) << simulator.logFile();
+    recording.driven = driven.value_or(std::vector<DrivenLap>());
     recording.events = host.events();
     return recording;
 }
@@ -139,15 +142,6 @@ std::string textOf(const DrivenLap& driven) {
 QTime publishedTime(const DrivenLap& driven) {
     constexpr float millisecondsInASecond = 1000.0F;
     return QTime(0, 0).addMSecs(static_cast<int>(millisecondsInASecond * driven.published));
-}
-
-/**
- * Whether a lap of this kind is handed over. One that ends on pit road is, as not completed; one
- * that ends because the car vanishes (its driver, the session or the simulator has left) is never
- * closed.
- */
-bool isHandedOver(const DrivenLap& driven) {
-    return driven.complete || driven.kind == "in";
 }
 
 class EndToEnd : public ::testing::TestWithParam<SimulatorRun> {
@@ -224,19 +218,6 @@ protected:
         }
     }
 
-    /**
-     * Results follow the line by up to 2 s. Until then the lap is still open, and for ever when the
-     * car vanishes meanwhile.
-     */
-    bool vanishedBeforeItsResult(const DrivenLap& driven) const {
-        constexpr int resultTicks = 130;
-        return std::any_of(recording.driven.cbegin(), recording.driven.cend(),
-                           [&driven](const DrivenLap& next) {
-                               return next.car == driven.car && next.start == driven.finish &&
-                                      !next.complete && next.finish - next.start < resultTicks;
-                           });
-    }
-
     Recording recording;
 };
 
@@ -307,7 +288,7 @@ TEST_P(EndToEnd, HandsOverTheLapsThatWereDriven) {
     for (const DrivenLap& driven : recording.driven) {
         SCOPED_TRACE(textOf(driven));
         const QSharedPointer<Lap> lap = handedOver(driven);
-        if (!vanishedBeforeItsResult(driven)) {
+        if (!vanishedBeforeItsResult(driven, recording.driven)) {
             EXPECT_EQ(!lap.isNull(), isHandedOver(driven));
         }
         if (!lap.isNull()) {

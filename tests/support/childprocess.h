@@ -38,6 +38,9 @@ public:
 
     [[nodiscard]] bool isRunning();
 
+    /** The system's number of the process; -1 before start(). */
+    [[nodiscard]] int id() const;
+
 private:
     struct Process;
     std::unique_ptr<Process> m_process;

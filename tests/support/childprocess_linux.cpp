@@ -168,6 +168,10 @@ bool ChildProcess::isRunning() {
     return !m_process->hasEnded();
 }
 
+int ChildProcess::id() const {
+    return m_process->pid;
+}
+
 std::string siblingProgram(const std::string& name) {
     return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
 }

@@ -169,6 +169,11 @@ bool ChildProcess::isRunning() {
     return !m_process->hasEnded(0);
 }
 
+int ChildProcess::id() const {
+    return m_process->process == nullptr ? -1
+                                         : static_cast<int>(GetProcessId(m_process->process));
+}
+
 std::string siblingProgram(const std::string& name) {
     std::wstring path(MAX_PATH, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));

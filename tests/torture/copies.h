@@ -1,0 +1,44 @@
+#pragma once
+
+#include "tests/torture/options.h"
+#include "tests/torture/table.h"
+
+#include <chrono>
+
+namespace torture {
+
+/** Copies that were taken out of a ring, and those of them that mixed two snapshots. */
+struct CopyCount {
+    long long copies = 0;
+    long long torn = 0;
+
+    CopyCount& operator+=(const CopyCount& other) {
+        copies += other.copies;
+        torn += other.torn;
+        return *this;
+    }
+};
+
+/**
+ * Copies snapshots as fast as it goes, by the link itself, while another process overwrites the
+ * ring without pause. The same is done by a reader that does not look at the tick count again: if
+ * that one copies nothing torn, the run proves nothing.
+ */
+class CopyTest {
+public:
+    explicit CopyTest(const Options& options) : m_options(options) {}
+
+    /** Runs until `wanted` copies are made, and for a while besides. */
+    void run(long long wanted);
+
+    void addTo(Table& table, long long wanted) const;
+
+private:
+    const Options& m_options;
+    CopyCount m_link;       // of checked snapshots, rings of three, two and one buffer
+    CopyCount m_simulator;  // of the stand-in simulator's, by their checksum
+    CopyCount m_careless;
+    double m_seconds = 0.0;
+};
+
+}  // namespace torture

@@ -1,0 +1,404 @@
+#include "tests/torture/faults.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/mman.h>
+#include <thread>
+#include <unistd.h>
+
+namespace torture {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr const char* kBlockName = "/IRSDKMemMapFileName";
+constexpr const char* kEventName = "/IRSDKDataValidEvent";
+
+// The host tries a few times a second and each attempt takes 200 ms at most; whatever takes longer
+// than this is a failure and not a late success.
+constexpr milliseconds kConnectionPatience(20000);
+constexpr milliseconds kDisconnectionPatience(10000);
+constexpr double kReconnectionLimit = 1.0;  // s
+constexpr seconds kStall(5);
+constexpr milliseconds kStallAnswer(10000);
+constexpr std::size_t kMemoryLimit = std::size_t{2} * 1024 * 1024;
+constexpr seconds kSettlingTime(60);
+constexpr off_t kCutLength = 4096;
+
+// Kinds of faults besides the kill recur so often, in runs of the simulator.
+constexpr int kCutEvery = 11;
+constexpr int kStallEvery = 37;
+constexpr int kUsualLayoutEvery = 5;
+constexpr int kShuffledAtEnd = 3;
+constexpr int kSeeds = 4;
+
+double secondsBetween(FaultTest::Clock::time_point from, FaultTest::Clock::time_point to) {
+    return std::chrono::duration<double>(to - from).count();
+}
+
+}  // namespace
+
+FaultTest::FaultTest(const Options& options, Host& host)
+    : m_options(options),
+      m_random(options.seed),
+      m_host(host),
+      m_connector(m_host.source(), std::nullopt) {}
+
+int FaultTest::pick(int count) {
+    return std::uniform_int_distribution(0, count - 1)(m_random);
+}
+
+milliseconds FaultTest::between(int least, int most) {
+    return milliseconds(least + pick(most - least + 1));
+}
+
+void FaultTest::note(const std::string& problem) {
+    std::fprintf(stderr, "Run %d: %s\n", m_runs, problem.c_str());
+    m_problems.push_back(problem);
+}
+
+template <typename Done>
+bool FaultTest::waitFor(Done done, milliseconds atMost) {
+    constexpr milliseconds kSlice(2);
+    const auto end = Clock::now() + atMost;
+    while (!done() && Clock::now() < end) {
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(kSlice);
+    }
+    return done();
+}
+
+void FaultTest::run(Clock::time_point end) {
+    m_start = Clock::now();
+    begin(Layout::Usual);
+    m_connector.start();
+    while (Clock::now() < end || m_kills < m_options.kills) {
+        cycle(m_runs % kUsualLayoutEvery == 0 ? Layout::Usual : Layout::Other);
+    }
+    // Behind a table in another order the host keeps the names of the first one; from then on it
+    // has to survive and nothing more.
+    m_countsLaps = false;
+    compareResources();
+    for (int i = 0; i < kShuffledAtEnd; ++i) {
+        ++m_shuffles;
+        cycle(Layout::Shuffled);
+    }
+    finish();
+    m_connector.stop();
+}
+
+/** From a simulator that is there to the next one. */
+void FaultTest::cycle(Layout layout) {
+    awaitConnection();
+    compareResources();
+    if (happens(4)) {
+        removeObjects();
+    }
+    drive(between(100, 900));
+    if (happens(3)) {
+        switchStatus();
+        drive(between(100, 400));
+    }
+    if (happens(6)) {
+        comeAndGo();
+    }
+    const bool isCut = m_runs % kCutEvery == kCutEvery - 1;
+    if (m_runs % kStallEvery == kStallEvery - 1) {
+        stall();
+        drive(between(100, 500));
+    }
+    end(isCut ? Fault::Cut : Fault::Kill);
+    // The next simulator is there before or after the plugin has noticed.
+    const milliseconds pause = between(100, 2600);
+    waitFor([this, pause] { return Clock::now() > m_faultAt + pause; }, pause);
+    finish();
+    begin(layout);
+    awaitDisconnection();
+}
+
+std::vector<std::string> FaultTest::argumentsOf(Layout layout) {
+    std::vector<std::string> arguments{"--track", "short",  "--cars",
+                                       "12",      "--seed", std::to_string(1 + pick(kSeeds))};
+    if (layout == Layout::Usual) {
+        return arguments;
+    }
+    const auto add = [&arguments](const std::string& name, int value) {
+        arguments.insert(arguments.end(), {name, std::to_string(value)});
+    };
+    constexpr int kMostPadding = 4096;
+    constexpr int kMostExtra = 40;
+    add("--pad-buffer", pick(kMostPadding));
+    add("--extra-vars", pick(kMostExtra));
+    add("--buffer-count", 1 + pick(4));
+    if (happens(4)) {
+        ++m_textsEveryTick;
+        arguments.emplace_back("--session-info-every-tick");
+    }
+    if (layout == Layout::Shuffled) {
+        arguments.emplace_back("--shuffle-vars");
+    }
+    return arguments;
+}
+
+void FaultTest::begin(Layout layout) {
+    ++m_runs;
+    const QString log = m_folder.filePath(QStringLiteral("laps%1.log").arg(m_runs));
+    m_run.reset();
+    m_run =
+        std::make_unique<SimulatorRun>(m_options.programs, argumentsOf(layout), log.toStdString());
+    if (!m_run->isStarted()) {
+        note("the simulator does not start");
+    }
+    m_ledger = LapLedger();
+    m_run->goOn();
+}
+
+/** Settles the laps of a simulator that has ended. */
+void FaultTest::finish() {
+    m_run->pause();
+    m_run->kill();
+    const auto driven = testsupport::readDrivenLaps(m_run->log());
+    if (!driven) {
+        note("the simulator's log cannot be read");
+    } else if (m_countsLaps) {
+        m_balance += m_ledger.balance(
+            *driven, m_runs == 1 ? LapLedger::Trust::AllCars : LapLedger::Trust::OwnCar);
+    }
+    std::error_code ignored;
+    std::filesystem::remove(m_run->log(), ignored);
+}
+
+void FaultTest::awaitConnection() {
+    const int before = m_knownDisconnections;
+    if (!waitFor([this] { return m_host.source().isConnected(); }, kConnectionPatience)) {
+        note("no connection");
+        return;
+    }
+    if (m_host.disconnections() > before) {
+        m_knownDisconnections = m_host.disconnections();
+        const auto possibleSince = std::max(m_host.disconnectedAt(), m_run->backSince());
+        const double took = secondsBetween(possibleSince, m_host.connectedAt());
+        m_longestReconnection = std::max(m_longestReconnection, took);
+        if (took > kReconnectionLimit) {
+            note("a reconnection took " + number(took, 2, "s"));
+        }
+    }
+    m_run->pause();
+    step(false);
+    step(true);
+    step(true);
+}
+
+void FaultTest::awaitDisconnection() {
+    if (!m_wasConnected) {
+        return;
+    }
+    const bool ended =
+        waitFor([this] { return m_host.disconnectedAt() > m_faultAt; }, kDisconnectionPatience);
+    if (!ended) {
+        note("the plugin does not notice the end");
+        return;
+    }
+    m_longestDisconnection =
+        std::max(m_longestDisconnection, secondsBetween(m_faultAt, m_host.disconnectedAt()));
+}
+
+void FaultTest::step(bool joins) {
+    if (!m_run->step()) {
+        note("the simulator does not answer");
+        return;
+    }
+    m_host.writeTo(&m_ledger);
+    const long long before = m_host.snapshots();
+    m_host.tick();
+    m_host.writeTo(nullptr);
+    if (m_host.snapshots() > before) {
+        m_ledger.see(m_host.newestTick(), joins);
+    }
+}
+
+void FaultTest::drive(milliseconds duration) {
+    const auto end = Clock::now() + duration;
+    while (m_host.source().isConnected() && Clock::now() < end) {
+        step(true);
+    }
+}
+
+/** The status goes off for less than the plugin's patience; no tick passes meanwhile. */
+void FaultTest::switchStatus() {
+    ++m_statusSwitches;
+    constexpr int kTicksOff = 5;
+    if (!m_run->command("status off", kStallAnswer)) {
+        note("no answer to status off");
+    }
+    for (int i = 0; i < kTicksOff; ++i) {
+        m_host.tick();
+    }
+    if (!m_run->command("status on", kStallAnswer)) {
+        note("no answer to status on");
+    }
+}
+
+void FaultTest::removeObjects() {
+    ++m_removals;
+    shm_unlink(kBlockName);
+    shm_unlink(kEventName);
+}
+
+void FaultTest::cutObjects() {
+    const int block = shm_open(kBlockName, O_RDWR, 0);
+    if (block >= 0) {
+        // Not to nothing: an empty block counts as one that is being made, and is used again.
+        if (ftruncate(block, kCutLength) == 0) {
+            ++m_cuts;
+        }
+        close(block);
+    }
+}
+
+/** A host that cannot make up its mind. */
+void FaultTest::comeAndGo() {
+    m_connector.stop();
+    m_run->goOn();
+    constexpr int kChanges = 12;
+    for (int i = 0; i < kChanges; ++i) {
+        ++m_comings;
+        switch (pick(3)) {
+            case 0:
+                m_host.source().connectToSource();
+                break;
+            case 1:
+                m_host.source().disconnectFromSource();
+                break;
+            default:
+                m_host.source().checkConnectionAvailability();
+                break;
+        }
+        waitFor([] { return false; }, between(0, 30));
+    }
+    // An object without a name cannot be found again: then there is no connection until the end.
+    m_connector.start();
+    waitFor([this] { return m_host.source().isConnected(); }, milliseconds(500));
+    m_run->pause();
+    if (m_host.source().isConnected()) {
+        step(false);
+    }
+    m_knownDisconnections = m_host.disconnections();
+    drive(between(100, 400));
+}
+
+void FaultTest::stall() {
+    ++m_stalls;
+    if (!m_host.source().isConnected()) {
+        return;
+    }
+    m_faultAt = Clock::now();
+    m_wasConnected = true;
+    std::jthread stalled([this] {
+        static_cast<void>(m_run->command("stall " + std::to_string(kStall.count()), kStallAnswer));
+        m_run->goOn();
+    });
+    awaitDisconnection();
+    if (!waitFor([this] { return m_run->backSince() > m_faultAt; }, kStallAnswer)) {
+        note("no answer to a stall");
+    }
+    stalled.join();
+    awaitConnection();
+}
+
+void FaultTest::end(Fault fault) {
+    m_wasConnected = m_host.source().isConnected();
+    m_run->rush();
+    std::this_thread::sleep_for(between(1, 20));
+    if (fault == Fault::Cut) {
+        m_faultAt = Clock::now();
+        cutObjects();
+        // Its next write ends it; what was unlinked before is not cut, and is ended here.
+        waitFor([] { return false; }, milliseconds(50));
+        m_run->kill();
+        return;
+    }
+    ++m_kills;
+    m_killsInMidWrite += m_run->killInMidWrite() ? 1 : 0;
+    m_faultAt = Clock::now();
+}
+
+/** At one and the same point: connected, usual layout, all cars in the pits. */
+void FaultTest::compareResources() {
+    const bool comparable = m_runs == 1 || m_runs % kUsualLayoutEvery == 1;
+    if (!comparable || !m_host.source().isConnected()) {
+        return;
+    }
+    m_last = Resources::now();
+    if (!m_first) {
+        m_first = m_last;
+    }
+    const bool settled =
+        Clock::now() - m_start > std::min<Clock::duration>(kSettlingTime, m_options.duration / 4);
+    if (settled && !m_settled) {
+        m_settled = m_last;
+    }
+}
+
+void FaultTest::addTo(Table& table) const {
+    const auto count = [&table](const char* name, int value) {
+        table.add(name, std::to_string(value));
+    };
+    const auto none = [&table](const char* name, int value) {
+        table.add(name, std::to_string(value), "0", value == 0);
+    };
+    table.add("kills of the simulator", std::to_string(m_kills),
+              "at least " + std::to_string(m_options.kills), m_kills >= m_options.kills);
+    count("of these, with a buffer half written", m_killsInMidWrite);
+    count("blocks cut off while read", m_cuts);
+    count("stalls of 5 s", m_stalls);
+    count("objects removed while read", m_removals);
+    count("status off and on", m_statusSwitches);
+    count("host comes or goes", m_comings);
+    count("runs with a new session text in every tick", m_textsEveryTick);
+    count("runs with a table in another order", m_shuffles);
+    table.add("snapshots delivered", number(static_cast<double>(m_host.snapshots())));
+    none("samples or laps without a connection", m_host.strays());
+    count("laps driven to the line or the pits", m_balance.driven);
+    count("of these, handed over", m_balance.handedOver);
+    count("of these, cut short by a fault", m_balance.cutShort);
+    count("of these, in pieces: other cars' laps behind results of an earlier run",
+          m_balance.inPieces);
+    table.add("laps lost", std::to_string(m_balance.lost), "0 of at least 1",
+              m_balance.lost == 0 && m_balance.handedOver > 0);
+    none("laps handed over twice", m_balance.twice);
+    none("laps with the wrong end", m_balance.wrongEnd);
+    none("laps with samples of two runs", m_balance.mixed);
+    none("laps that nobody drove", m_balance.neverDriven);
+    count("connections", m_host.connections());
+    table.add("longest time from a fault to sendDisconnected()",
+              number(m_longestDisconnection, 2, "s"));
+    table.add("longest time from there, or from the simulator's return, to sendConnected()",
+              number(m_longestReconnection, 2, "s"), "at most 1 s",
+              m_longestReconnection <= kReconnectionLimit);
+    const Resources first = m_first.value_or(Resources());
+    table.add("open files at the first connection and at the end",
+              std::to_string(first.descriptors) + ", " + std::to_string(m_last.descriptors),
+              "the same", m_last.descriptors == first.descriptors);
+    table.add("named mappings at the first connection and at the end",
+              std::to_string(first.namedMaps) + ", " + std::to_string(m_last.namedMaps), "the same",
+              m_last.namedMaps == first.namedMaps);
+    constexpr double kMegabyte = 1024.0 * 1024.0;
+    const Resources settled = m_settled.value_or(m_last);
+    table.add("memory in use after the first minute and at the end",
+              number(static_cast<double>(settled.inUse) / kMegabyte, 2) + ", " +
+                  number(static_cast<double>(m_last.inUse) / kMegabyte, 2, "MiB"),
+              "at most 2 MiB more", m_last.inUse <= settled.inUse + kMemoryLimit);
+    table.add("resident memory after the first minute and at the end",
+              number(static_cast<double>(settled.resident) / kMegabyte, 1) + ", " +
+                  number(static_cast<double>(m_last.resident) / kMegabyte, 1, "MiB"));
+    none("other problems", static_cast<int>(m_problems.size()));
+}
+
+}  // namespace torture

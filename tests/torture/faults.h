@@ -1,0 +1,99 @@
+#pragma once
+
+#include "tests/torture/host.h"
+#include "tests/torture/lapledger.h"
+#include "tests/torture/options.h"
+#include "tests/torture/resources.h"
+#include "tests/torture/simulatorrun.h"
+#include "tests/torture/table.h"
+#include "tools/host/sourceconnector.h"
+
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace torture {
+
+/**
+ * A host whose simulator is killed, cut off, stalled, stopped and started with another layout, over
+ * and over. Between the faults it drives in lock step, so that every lap can be accounted for.
+ */
+class FaultTest {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    FaultTest(const Options& options, Host& host);
+
+    /** Injects faults until `end` and until the simulator was killed as often as asked. */
+    void run(Clock::time_point end);
+
+    void addTo(Table& table) const;
+
+private:
+    /** What ends a run of the simulator. */
+    enum class Fault { Kill, Cut };
+
+    /** Layouts of the block that the reader's table of names allows, and one that it does not. */
+    enum class Layout { Usual, Other, Shuffled };
+
+    void cycle(Layout layout);
+    void begin(Layout layout);
+    void finish();
+    void drive(std::chrono::milliseconds duration);
+    void step(bool joins);
+    void switchStatus();
+    void removeObjects();
+    void cutObjects();
+    void comeAndGo();
+    void stall();
+    void end(Fault fault);
+    void awaitConnection();
+    void awaitDisconnection();
+    template <typename Done>
+    bool waitFor(Done done, std::chrono::milliseconds atMost);
+    void note(const std::string& problem);
+    void compareResources();
+
+    [[nodiscard]] std::vector<std::string> argumentsOf(Layout layout);
+    [[nodiscard]] int pick(int count);
+    [[nodiscard]] bool happens(int onceIn) { return pick(onceIn) == 0; }
+    [[nodiscard]] std::chrono::milliseconds between(int least, int most);
+
+    const Options& m_options;
+    std::mt19937 m_random;
+    QTemporaryDir m_folder;
+    Host& m_host;
+    rataip::host::SourceConnector m_connector;
+    std::unique_ptr<SimulatorRun> m_run;  // never null after begin()
+    LapLedger m_ledger;
+    LapBalance m_balance;
+    bool m_countsLaps = true;
+
+    int m_runs = 0;
+    int m_kills = 0;
+    int m_killsInMidWrite = 0;
+    int m_cuts = 0;
+    int m_stalls = 0;
+    int m_removals = 0;
+    int m_statusSwitches = 0;
+    int m_comings = 0;
+    int m_shuffles = 0;
+    int m_textsEveryTick = 0;
+    int m_knownDisconnections = 0;
+    double m_longestReconnection = 0.0;   // s
+    double m_longestDisconnection = 0.0;  // s
+    Clock::time_point m_start;
+    Clock::time_point m_faultAt;
+    bool m_wasConnected = false;         // when the fault came
+    std::optional<Resources> m_first;    // after the first connection
+    std::optional<Resources> m_settled;  // after the first minute
+    Resources m_last;
+    std::vector<std::string> m_problems;
+};
+
+}  // namespace torture

@@ -1,0 +1,146 @@
+#include "tests/torture/lapledger.h"
+
+#include <gtest/gtest.h>
+
+using testsupport::DrivenLap;
+using torture::HandedLap;
+using torture::LapBalance;
+using torture::LapLedger;
+using Trust = LapLedger::Trust;
+
+// The books by which the torture program says that nothing was lost.
+
+namespace {
+
+constexpr long long kStart = 1000;
+constexpr long long kFinish = 2000;
+
+DrivenLap lap(bool complete = true) {
+    DrivenLap driven;
+    driven.car = 4;
+    driven.kind = complete ? "flying" : "in";
+    driven.start = kStart;
+    driven.finish = kFinish;
+    driven.complete = complete;
+    return driven;
+}
+
+HandedLap handed(bool completed = true) {
+    return {.car = 4, .firstTick = kStart, .lastTick = kFinish - 1, .completed = completed};
+}
+
+LapLedger ledgerThatSaw(long long from, long long to) {
+    LapLedger ledger;
+    ledger.see(from, false);
+    ledger.see(to, true);
+    return ledger;
+}
+
+}  // namespace
+
+TEST(LapLedger, IsEvenWhenALapThatWasSeenWasHandedOver) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    ledger.hand(handed());
+    const LapBalance balance = ledger.balance({lap()}, Trust::AllCars);
+    EXPECT_TRUE(balance.isEven());
+    EXPECT_EQ(balance.driven, 1);
+    EXPECT_EQ(balance.handedOver, 1);
+}
+
+TEST(LapLedger, MissesALapThatWasSeenAndNotHandedOver) {
+    const LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).lost, 1);
+    EXPECT_EQ(ledger.balance({lap(false)}, Trust::AllCars).lost, 1)
+        << "one that ended at the pits counts too";
+}
+
+TEST(LapLedger, DoesNotMissALapWhoseEndOrResultNobodySaw) {
+    EXPECT_EQ(ledgerThatSaw(kStart, kFinish + 50).balance({lap()}, Trust::AllCars).cutShort, 1);
+    EXPECT_EQ(ledgerThatSaw(kFinish + 1, kFinish + 300).balance({lap()}, Trust::AllCars).cutShort,
+              1);
+    LapLedger interrupted = ledgerThatSaw(kStart, kFinish - 1);
+    interrupted.see(kFinish + 1, false);
+    interrupted.see(kFinish + 300, true);
+    EXPECT_EQ(interrupted.balance({lap()}, Trust::AllCars).lost, 0);
+    EXPECT_EQ(interrupted.balance({lap()}, Trust::AllCars).cutShort, 1);
+}
+
+TEST(LapLedger, DoesNotMissALapThatTheCarsVanishingEnded) {
+    DrivenLap vanished = lap(false);
+    vanished.kind = "flying";
+    const LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    EXPECT_EQ(ledger.balance({vanished}, Trust::AllCars).driven, 0);
+    DrivenLap next = vanished;
+    next.start = kFinish;
+    next.finish = kFinish + 60;
+    EXPECT_EQ(ledger.balance({lap(), next}, Trust::AllCars).lost, 0);
+}
+
+TEST(LapLedger, FindsALapThatWasHandedOverTwice) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    ledger.hand(handed());
+    ledger.hand(handed());
+    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).twice, 1);
+}
+
+TEST(LapLedger, FindsALapWithTheWrongEnd) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    ledger.hand(handed(false));
+    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).wrongEnd, 1);
+    EXPECT_EQ(ledger.balance({lap(false)}, Trust::AllCars).wrongEnd, 0);
+}
+
+TEST(LapLedger, FindsALapOfTwoRuns) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    HandedLap mixed = handed();
+    mixed.ticksRise = false;
+    ledger.hand(mixed);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).mixed, 1);
+}
+
+TEST(LapLedger, FindsACompletedLapThatNobodyDrove) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    HandedLap invented = handed();
+    invented.lastTick = kFinish - 400;
+    ledger.hand(invented);
+    invented.completed = false;
+    ledger.hand(invented);
+    EXPECT_EQ(ledger.balance({}, Trust::AllCars).neverDriven, 1)
+        << "only the completed one is a claim";
+}
+
+TEST(LapLedger, AsksOfOtherCarsBehindAnEarlierRunThatNoSampleIsMissing) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    HandedLap first = handed();
+    first.lastTick = kStart + 300;
+    HandedLap second = handed();
+    second.firstTick = kStart + 302;
+    second.lastTick = kFinish + 90;
+    ledger.hand(first);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).cutShort, 1) << "the rest is open";
+    LapLedger whole = ledger;
+    whole.hand(second);
+    EXPECT_EQ(whole.balance({lap()}, Trust::OwnCar).inPieces, 1);
+    EXPECT_EQ(whole.balance({lap()}, Trust::OwnCar).neverDriven, 0);
+    second.firstTick = kStart + 400;
+    ledger.hand(second);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1);
+}
+
+TEST(LapLedger, AsksOfTheOwnCarThatItsLapsEndWhereTheyWereDriven) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    HandedLap part = handed();
+    part.isOwnCar = true;
+    part.lastTick = kStart + 300;
+    ledger.hand(part);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).neverDriven, 1);
+}
+
+TEST(LapLedger, AddsUpTheRuns) {
+    const LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    LapBalance sum = ledger.balance({lap()}, Trust::AllCars);
+    sum += ledger.balance({lap(), lap(false)}, Trust::AllCars);
+    EXPECT_EQ(sum.lost, 3);
+    EXPECT_FALSE(sum.isEven());
+}

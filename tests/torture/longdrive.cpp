@@ -1,0 +1,189 @@
+#include "tests/torture/longdrive.h"
+
+#include "tests/support/publishedobjects.h"
+#include "tools/simulator/feed.h"
+#include "tools/simulator/laplog.h"
+
+#include <QScopeGuard>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <span>
+#include <thread>
+
+namespace torture {
+
+namespace {
+
+constexpr int kMinutesAnHour = 60;
+constexpr int kTicksAMinute = simulator::kTicksPerSecond * 60;
+constexpr double kMicrosecondsASecond = 1e6;
+constexpr std::size_t kMemoryLimit = std::size_t{2} * 1024 * 1024;
+
+// A machine that does other work too has hours of other speed.
+constexpr double kMedianLimit = 1.25;
+constexpr double kAlmostWorstLimit = 1.5;
+
+// Ticks after which everything that a tick works with is there and all cars are in the pits still.
+constexpr int kRestTicks = 30;
+
+double threadMicroseconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * kMicrosecondsASecond +
+           static_cast<double>(time.tv_nsec) / 1000.0;
+}
+
+testsupport::DrivenLap drivenLap(const simulator::LapRecord& record) {
+    testsupport::DrivenLap lap;
+    lap.car = record.car;
+    lap.lap = record.lap;
+    lap.kind = simulator::lapKindText(record.kind);
+    lap.start = record.start;
+    lap.finish = record.finish;
+    lap.complete = record.complete;
+    return lap;
+}
+
+}  // namespace
+
+/** The simulator's model with its objects, in this process. */
+class LongDrive::Source {
+public:
+    Source() : m_feed(options()) {
+        m_ready = m_objects.createBlock(m_feed.blockSize()) && m_objects.createEvent();
+        if (m_ready) {
+            m_feed.attach({reinterpret_cast<std::byte*>(m_objects.block()), m_feed.blockSize()});
+        }
+    }
+
+    [[nodiscard]] bool isReady() const { return m_ready; }
+
+    void publish() {
+        m_feed.publishNextTick();
+        m_objects.signalEvent();
+    }
+
+    /** Connecting takes a tick that comes while it waits for one. */
+    bool connect(Host& host) {
+        static constexpr std::chrono::milliseconds kPause(5);
+        std::jthread publisher([this](const std::stop_token& stop) {
+            while (!stop.stop_requested()) {
+                publish();
+                std::this_thread::sleep_for(kPause);
+            }
+        });
+        host.source().connectToSource();
+        return host.source().isConnected();
+    }
+
+    [[nodiscard]] std::vector<simulator::LapRecord> takeLaps() { return m_feed.takeLaps(); }
+
+private:
+    static simulator::Options options() {
+        simulator::Options options;
+        options.cars = simulator::Options::kMostCars;
+        return options;
+    }
+
+    simulator::Feed m_feed;
+    testsupport::PublishedObjects m_objects;
+    bool m_ready = false;
+};
+
+void LongDrive::run() {
+    m_start = restingResources();
+    {
+        Source source;
+        if (!source.isReady() || !source.connect(m_host)) {
+            m_connected = false;
+            return;
+        }
+        driveHours(source);
+        m_host.source().disconnectFromSource();
+    }
+    m_end = restingResources();
+}
+
+Resources LongDrive::restingResources() {
+    Source source;
+    if (!source.isReady() || !source.connect(m_host)) {
+        m_connected = false;
+        return {};
+    }
+    for (int tick = 0; tick < kRestTicks; ++tick) {
+        source.publish();
+        m_host.tick();
+    }
+    const Resources resources = Resources::now();
+    m_host.source().disconnectFromSource();
+    return resources;
+}
+
+void LongDrive::driveHours(Source& source) {
+    LapLedger ledger;
+    std::vector<testsupport::DrivenLap> driven;
+    m_host.writeTo(&ledger);
+    const auto stopWriting = qScopeGuard([this] { m_host.writeTo(nullptr); });
+    std::vector<double> costs;
+    costs.reserve(static_cast<std::size_t>(kMinutesAnHour) * kTicksAMinute);
+    for (int hour = 0; hour < m_options.driveHours; ++hour) {
+        costs.clear();
+        for (int tick = 0; tick < kMinutesAnHour * kTicksAMinute; ++tick) {
+            source.publish();
+            const long long before = m_host.snapshots();
+            const double start = threadMicroseconds();
+            m_host.tick();
+            costs.push_back(threadMicroseconds() - start);
+            m_missedTicks += m_host.snapshots() == before ? 1 : 0;
+            ledger.see(m_host.newestTick(), true);
+            for (const simulator::LapRecord& record : source.takeLaps()) {
+                driven.push_back(drivenLap(record));
+            }
+        }
+        std::sort(costs.begin(), costs.end());
+        m_hours.push_back(
+            {costs[costs.size() / 2], costs[costs.size() - costs.size() / 1000], costs.back()});
+        std::fprintf(stderr, "Hour %d: %.1f us a tick\n", hour + 1, m_hours.back().median);
+    }
+    m_balance = ledger.balance(driven, LapLedger::Trust::AllCars);
+}
+
+void LongDrive::addTo(Table& table) const {
+    table.add("connections to the simulator", m_connected ? "all" : "not all", "all", m_connected);
+    table.add("ticks that the plugin did not take", std::to_string(m_missedTicks), "0",
+              m_missedTicks == 0);
+    table.add("laps driven to the line or the pits", std::to_string(m_balance.driven));
+    table.add("of these, handed over", std::to_string(m_balance.handedOver));
+    table.add("of these, open at the end", std::to_string(m_balance.cutShort));
+    table.add("laps lost, twice, with a wrong end, mixed, never driven",
+              std::to_string(m_balance.lost) + ", " + std::to_string(m_balance.twice) + ", " +
+                  std::to_string(m_balance.wrongEnd) + ", " + std::to_string(m_balance.mixed) +
+                  ", " + std::to_string(m_balance.neverDriven),
+              "0 of at least 1", m_balance.isEven() && m_balance.handedOver > 0);
+    for (std::size_t i = 0; i < m_hours.size(); ++i) {
+        const Hour& hour = m_hours[i];
+        const bool holds = hour.median <= m_hours.front().median * kMedianLimit &&
+                           hour.almostWorst <= m_hours.front().almostWorst * kAlmostWorstLimit;
+        table.add("processor time of a tick in hour " + std::to_string(i + 1) +
+                      ": median, worst but a thousandth, worst",
+                  number(hour.median, 1) + ", " + number(hour.almostWorst, 1) + ", " +
+                      number(hour.worst, 0, "us"),
+                  "as in the first hour", holds);
+    }
+    constexpr double kMegabyte = 1024.0 * 1024.0;
+    table.add("memory in use before and after, laps released",
+              number(static_cast<double>(m_start.inUse) / kMegabyte, 2) + ", " +
+                  number(static_cast<double>(m_end.inUse) / kMegabyte, 2, "MiB"),
+              "at most 2 MiB more", m_end.inUse <= m_start.inUse + kMemoryLimit);
+    table.add("resident memory before and after",
+              number(static_cast<double>(m_start.resident) / kMegabyte, 1) + ", " +
+                  number(static_cast<double>(m_end.resident) / kMegabyte, 1, "MiB"));
+    table.add("open files before and after",
+              std::to_string(m_start.descriptors) + ", " + std::to_string(m_end.descriptors),
+              "the same", m_start.descriptors == m_end.descriptors);
+}
+
+}  // namespace torture
