@@ -31,48 +31,46 @@ const TStringTree* walk(const TStringTree* node, QStringView nodes) {
     return node;
 }
 
-template <typename Map>
-QStringList keysOf(const Map& map) {
-    QStringList keys;
-    keys.reserve(static_cast<qsizetype>(map.size()));
-    for (const auto& entry : map) {
-        keys.append(entry.first);
-    }
-    return keys;
-}
-
 }  // namespace
 
-TStringTree::TStringTree(TStringTree* parent)
-    : m_parent(parent), m_revision(parent == nullptr ? &m_ownRevision : parent->m_revision) {}
+TStringTree::TStringTree(TStringTree* parent) : m_parent(parent) {
+    const bool isBranch = parent == nullptr || !parent->hasParent();
+    m_revision = parent == nullptr ? &m_ownRevision : parent->m_revision;
+    m_branchRevision = isBranch ? &m_ownRevision : parent->m_branchRevision;
+}
 
 TStringTree::~TStringTree() {
     clear();
+}
+
+void TStringTree::noteChange() {
+    ++*m_revision;
+    *m_branchRevision = *m_revision;
 }
 
 // Deletes leaf by leaf, finding its way by the parents: a text can nest far deeper than the call
 // stack reaches, and there is nothing here that could fail.
 void TStringTree::clear() {
     TStringTree* node = this;
-    while (node != this || !m_subs.empty()) {
-        if (!node->m_subs.empty()) {
-            node = node->m_subs.begin()->second.get();
+    while (node != this || !m_subs.isEmpty()) {
+        if (!node->m_subs.isEmpty()) {
+            node = node->m_subs.last().get();
         } else {
             node = node->m_parent;
-            node->m_subs.erase(node->m_subs.begin());
-            ++*m_revision;
+            node->m_subs.removeLast();
+            node->noteChange();
         }
     }
 }
 
 QString TStringTree::value(QStringView key) const {
-    const auto found = m_values.find(key);
-    return found == m_values.end() ? QString() : found->second;
+    const QString* const found = m_values.find(key);
+    return found == nullptr ? QString() : *found;
 }
 
 const TStringTree* TStringTree::sub(QStringView key) const {
-    const auto found = m_subs.find(key);
-    return found == m_subs.end() ? nullptr : found->second.get();
+    const std::unique_ptr<TStringTree>* const found = m_subs.find(key);
+    return found == nullptr ? nullptr : found->get();
 }
 
 TStringTree* TStringTree::sub(QStringView key) {
@@ -80,24 +78,19 @@ TStringTree* TStringTree::sub(QStringView key) {
 }
 
 void TStringTree::set(const QString& key, const QString& value) {
-    const auto found = m_values.lower_bound(key);
-    if (found == m_values.end() || found->first != key) {
-        m_values.emplace_hint(found, key, value);
-        ++*m_revision;
-    } else if (found->second != value || found->second.isNull() != value.isNull()) {
-        found->second = value;
-        ++*m_revision;
+    const auto [text, isNew] = m_values.findOrAdd(key);
+    if (isNew || text != value || text.isNull() != value.isNull()) {
+        text = value;
+        noteChange();
     }
 }
 
 void TStringTree::set(QStringView key, QStringView value) {
-    const auto found = m_values.lower_bound(key);
-    if (found == m_values.end() || found->first != key) {
-        m_values.emplace_hint(found, key.toString(), value.toString());
-        ++*m_revision;
-    } else if (found->second != value) {
-        found->second = value.toString();
-        ++*m_revision;
+    const auto [text, isNew] =
+        m_values.findOrAdd(key, m_elder == nullptr ? nullptr : &m_elder->m_values);
+    if (isNew || text != value) {
+        text = value.toString();
+        noteChange();
     }
 }
 
@@ -106,12 +99,15 @@ TStringTree* TStringTree::addSub(const QString& key) {
 }
 
 TStringTree* TStringTree::addSub(QStringView key) {
-    auto found = m_subs.lower_bound(key);
-    if (found == m_subs.end() || found->first != key) {
-        found = m_subs.emplace_hint(found, key.toString(), std::make_unique<TStringTree>(this));
-        ++*m_revision;
+    const TStringTree* const elder = m_subs.isEmpty() ? nullptr : m_subs.last().get();
+    const auto [child, isNew] =
+        m_subs.findOrAdd(key, m_elder == nullptr ? nullptr : &m_elder->m_subs);
+    if (isNew) {
+        child = std::make_unique<TStringTree>(this);
+        child->m_elder = elder;
+        child->noteChange();
     }
-    return found->second.get();
+    return child.get();
 }
 
 const TStringTree* TStringTree::pathSub(const QString& path) const {
@@ -140,9 +136,9 @@ void TStringTree::pathSet(const QString& path, const QString& value) {
 }
 
 QStringList TStringTree::subTreesKeys() const {
-    return keysOf(m_subs);
+    return m_subs.sortedNames();
 }
 
 QStringList TStringTree::valueKeys() const {
-    return keysOf(m_values);
+    return m_values.sortedNames();
 }

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "yaml/namedlist.h"
+
 #include <QString>
 #include <QStringList>
 #include <QStringView>
 
 #include <cstdint>
-#include <map>
 #include <memory>
 
 /**
- * A tree whose nodes hold named texts and named children, both ordered by name (case-sensitive, by
- * UTF-16 code units).
+ * A tree whose nodes hold named texts and named children, both listed in the order of their names
+ * (case-sensitive, by UTF-16 code units).
  *
  * Nothing here reports an error: a text that is not there is a null text, a node that is not there
  * a null pointer.
@@ -73,21 +74,26 @@ public:
      */
     std::uint64_t revision() const { return *m_revision; }
 
+    /**
+     * The tree's revision as of the last change in this node's branch: the child of the root that
+     * it is or lies below. For the root it is revision().
+     */
+    std::uint64_t branchRevision() const { return *m_branchRevision; }
+
     /** Keys of the children in ascending order. */
     QStringList subTreesKeys() const;
     /** Keys of the texts in ascending order. */
     QStringList valueKeys() const;
 
 private:
-    // Finds the entry of a slice without making a QString of it.
-    struct ByCodeUnits {
-        using is_transparent = void;
-        bool operator()(QStringView left, QStringView right) const noexcept { return left < right; }
-    };
+    void noteChange();
 
-    std::map<QString, QString, ByCodeUnits> m_values;
-    std::map<QString, std::unique_ptr<TStringTree>, ByCodeUnits> m_subs;
+    NamedList<QString> m_values;
+    NamedList<std::unique_ptr<TStringTree>> m_subs;
     TStringTree* m_parent;
-    std::uint64_t m_ownRevision = 0;  // the root's is the tree's
+    // The sibling that came before: the entries of a list mostly have the same keys.
+    const TStringTree* m_elder = nullptr;
+    std::uint64_t m_ownRevision = 0;  // of the tree in its root, of the branch in the root's child
     std::uint64_t* m_revision;
+    std::uint64_t* m_branchRevision;
 };

@@ -7,7 +7,17 @@
 
 namespace {
 
-constexpr QStringView kSeparator = u": ";
+constexpr qsizetype kSeparatorLength = 2;
+
+// Where `text` holds the first ": ", or -1. Most texts have one colon, which a search for a single
+// character finds many times faster than one for two.
+qsizetype firstSeparator(QStringView text) {
+    qsizetype colon = text.indexOf(u':');
+    while (colon >= 0 && colon + 1 < text.size() && text[colon + 1] != u' ') {
+        colon = text.indexOf(u':', colon + 1);
+    }
+    return colon + 1 < text.size() ? colon : -1;
+}
 
 // A line and what its beginning says.
 struct Line {
@@ -105,19 +115,19 @@ private:
     }
 
     void openListEntry(QStringView line) {
-        const qsizetype separator = line.lastIndexOf(kSeparator);
-        const QStringView key = separator < 0 ? line : line.sliced(separator + kSeparator.size());
+        const qsizetype separator = line.lastIndexOf(u": ");
+        const QStringView key = separator < 0 ? line : line.sliced(separator + kSeparatorLength);
         m_node = m_node->addSub(key.trimmed());
     }
 
     void storeValue(QStringView line) {
-        const qsizetype separator = line.indexOf(kSeparator);
+        const qsizetype separator = firstSeparator(line);
         if (separator < 0) {
             m_node->set(line.trimmed(), u"");
             return;
         }
-        const QStringView rest = line.sliced(separator + kSeparator.size());
-        const qsizetype secondSeparator = rest.indexOf(kSeparator);
+        const QStringView rest = line.sliced(separator + kSeparatorLength);
+        const qsizetype secondSeparator = firstSeparator(rest);
         m_node->set(line.first(separator).trimmed(),
                     secondSeparator < 0 ? rest : rest.first(secondSeparator));
     }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <type_traits>
 
 static_assert(!std::is_copy_constructible_v<TStringTree>);
@@ -184,4 +185,118 @@ TEST(TStringTree, EndsWithoutRecursionHoweverDeepItIs) {
             EXPECT_TRUE(tree.subTreesKeys().isEmpty());
         }
     }
+}
+
+TEST(TStringTree, FindsEveryNameOfACrowdedNode) {
+    constexpr int kNames = 500;
+    TStringTree tree(nullptr);
+    const auto name = [](int i) { return QString::number(i * 7919 % kNames); };
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < kNames; ++i) {
+            tree.set(name(i), QString::number(round * i));
+            tree.addSub(name(i))->set("name", name(i));
+        }
+        EXPECT_EQ(tree.valueKeys().size(), kNames);
+        for (int i = 0; i < kNames; ++i) {
+            ASSERT_EQ(tree.value(name(i)), QString::number(round * i));
+            ASSERT_EQ(tree.sub(name(i))->value("name"), name(i));
+        }
+    }
+    QStringList sorted = tree.subTreesKeys();
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(tree.subTreesKeys(), sorted);
+    EXPECT_EQ(tree.value("500"), QString());
+    EXPECT_EQ(tree.sub(QString("-1")), nullptr);
+}
+
+TEST(TStringTree, FindsNamesInWhateverOrderTheyComeAgain) {
+    for (const int names : {1, 2, 5, 31, 32, 33, 34, 100}) {
+        TStringTree tree(nullptr);
+        for (int i = 0; i < names; ++i) {
+            tree.set(QString::number(i), "");
+        }
+        for (int step = 1; step < 7; ++step) {
+            for (int i = 0; i < names; ++i) {
+                const QString name = QString::number(i * step % names);
+                tree.set(QStringView(name), QStringView(name));
+                ASSERT_EQ(tree.value(name), name) << names << " names, step " << step;
+            }
+        }
+        EXPECT_EQ(tree.valueKeys().size(), names);
+    }
+}
+
+TEST(TStringTree, TakesChildrenAnewAfterClear) {
+    TStringTree tree(nullptr);
+    for (const int children : {40, 33, 32, 10, 40}) {
+        for (int i = 0; i < children; ++i) {
+            tree.addSub(QString::number(i))->set("i", QString::number(i));
+        }
+        ASSERT_EQ(tree.subTreesKeys().size(), children);
+        ASSERT_EQ(tree.sub(QString::number(children - 1))->value("i"),
+                  QString::number(children - 1));
+        tree.clear();
+        ASSERT_EQ(tree.sub(QString("0")), nullptr);
+    }
+}
+
+TEST(TStringTree, SharesTheKeysOfAListsEntries) {
+    TStringTree tree(nullptr);
+    for (const char* const entry : {"0", "1", "2"}) {
+        TStringTree* const node = tree.addSub(QString(entry));
+        node->set(QStringView(u"UserName"), QStringView(u"A"));
+        node->set(QStringView(u"TeamName"), QStringView(u"B"));
+        node->addSub(QStringView(u"Laps"));
+    }
+    const auto key = [&tree](const char* entry) {
+        return tree.sub(QString(entry))->valueKeys()[1];
+    };
+    EXPECT_EQ(key("0"), "UserName");
+    EXPECT_EQ(key("0").constData(), key("1").constData());
+    EXPECT_EQ(key("1").constData(), key("2").constData());
+    tree.clear();
+    EXPECT_TRUE(tree.subTreesKeys().isEmpty());
+}
+
+TEST(TStringTreeRevision, GrowsWithEveryChangeAndWithNothingElse) {
+    TStringTree tree(nullptr);
+    auto before = tree.revision();
+    const auto hasGrown = [&tree, &before] {
+        const bool grown = tree.revision() > before;
+        before = tree.revision();
+        return grown;
+    };
+    tree.pathSet("a/b/c", "1");
+    EXPECT_TRUE(hasGrown());
+    tree.pathSet("a/b/c", "1");
+    tree.addSub(QString("a"));
+    EXPECT_FALSE(hasGrown());
+    tree.pathSet("a/b/c", "2");
+    EXPECT_TRUE(hasGrown());
+    tree.pathSub("a")->clear();
+    EXPECT_TRUE(hasGrown());
+    EXPECT_EQ(tree.branchRevision(), tree.revision());
+}
+
+TEST(TStringTreeRevision, OfABranchStaysWhileOthersChange) {
+    TStringTree tree(nullptr);
+    tree.pathSet("a/b/c", "1");
+    tree.pathSet("d/e", "1");
+    const auto ofA = tree.pathSub("a")->branchRevision();
+    tree.pathSet("d/e", "2");
+    tree.pathSet("f/g/h", "2");
+    tree.set(QString("root"), QString("2"));
+    EXPECT_EQ(tree.pathSub("a")->branchRevision(), ofA);
+    EXPECT_EQ(tree.pathSub("a/b")->branchRevision(), ofA);
+    tree.pathSet("a/b/c", "2");
+    EXPECT_GT(tree.pathSub("a")->branchRevision(), ofA);
+    EXPECT_EQ(tree.pathSub("a/b")->branchRevision(), tree.revision());
+}
+
+TEST(TStringTreeRevision, OfABranchIsNeverThatOfABranchBefore) {
+    TStringTree tree(nullptr);
+    const auto first = tree.addSub(QString("a"))->branchRevision();
+    EXPECT_GT(first, 0U) << "0 is free for a branch that is not there";
+    tree.clear();
+    EXPECT_GT(tree.addSub(QString("a"))->branchRevision(), first);
 }
