@@ -6,10 +6,10 @@ namespace {
 
 constexpr int carSlotCount = 64;
 
-// A first lap of some 70 seconds at 60 samples a second. A longer one outgrows its room, and then
-// the cars should not all do so in the same tick.
-constexpr qsizetype firstLapSamples = 4096;
-constexpr qsizetype firstLapStagger = 64;
+// While the length of a lap is not known its lists double in length, here from some eight seconds
+// on. The cars may have begun together, and their lists should not do that together.
+constexpr qsizetype firstLapSamples = 512;
+constexpr qsizetype firstLapStagger = 9;
 
 }  // namespace
 

@@ -46,9 +46,13 @@ void RecorderCar::expectSamples(qsizetype count) {
 }
 
 void RecorderCar::expectSamplesLike(const Lap& ended) {
-    // An eighth to spare for a slower lap; a lap that broke off early says little about the next.
     const qsizetype samples = ended.size();
-    m_expectedSamples = std::max(samples + samples / 8, m_expectedSamples / 2);
+    // An eighth to spare for a slower lap; a lap that broke off early says little about the next,
+    // and one that never began nothing.
+    if (samples > 0) {
+        m_expectedSamples = std::max(samples + samples / 8, m_expectedSamples / 2);
+        nextLap->reserve(m_expectedSamples);
+    }
 }
 
 void RecorderCar::startStint() {

@@ -49,8 +49,8 @@ public:
     RecorderCar();
 
     /**
-     * How many samples the laps to come may have: their channels take that room at once, so that
-     * hundreds of lists do not grow in the same tick. Every lap corrects it.
+     * How many samples the laps to come may have, so that their channels take room in time. Every
+     * lap corrects it.
      */
     void expectSamples(qsizetype count);
 

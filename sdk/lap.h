@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sdk/channel.h"
+#include "sdk/channelcolumns.h"
 #include "sdk/lapheader.h"
 #include "sdk/sample.h"
 
@@ -10,10 +11,6 @@
 #include <QSharedPointer>
 #include <QString>
 #include <QStringList>
-#include <QStringView>
-
-#include <cstddef>
-#include <vector>
 
 namespace TLM::SDK {
 
@@ -23,6 +20,8 @@ namespace TLM::SDK {
  *
  * A name that is not there is an ordinary answer: a null channel, a default Value, no effect. A
  * null channel is never stored.
+ *
+ * A lap that samples are still added to belongs to one thread, its const operations too.
  *
  * Laps travel as QSharedPointer<Lap>. A copy of a lap shares its Channel objects: a sample added to
  * one lap is seen through the other. Who wants an independent copy MUST copy the channels.
@@ -38,7 +37,7 @@ namespace TLM::SDK {
  */
 class Lap : public LapHeader {
 public:
-    using ChannelMap = QMap<QString, QSharedPointer<Channel>>;
+    using ChannelMap = ChannelColumns::ChannelMap;
 
     /** Empties both kinds of channels and the lap values; the header's fields stay. */
     void clear();
@@ -53,7 +52,7 @@ public:
     bool isEmpty() const { return m_channels.isEmpty() && m_calculatedChannels.isEmpty(); }
 
     /** The recorded channels by name. */
-    ChannelMap const& channels() const { return m_channels; }
+    ChannelMap const& channels() const;
 
     /** The lap values. */
     DynamicData const& values() const { return *this; }
@@ -64,7 +63,7 @@ public:
      */
     Value value(QString const& name) const;
 
-    QSharedPointer<Channel> channel(QString const& name) const { return m_channels.value(name); }
+    QSharedPointer<Channel> channel(QString const& name) const;
     QSharedPointer<Channel> calculatedChannel(QString const& name) const {
         return m_calculatedChannels.value(name);
     }
@@ -105,29 +104,15 @@ public:
     void addSample(Sample const& sample);
 
     /**
-     * A hint: channels that addSample() creates from now on take room for `samples` entries at
-     * once, so that hundreds of them need not grow in the same tick. It changes no result, is
-     * bounded, and survives clear().
+     * A hint: the recorded channels may come to have `samples` entries, and take room accordingly.
+     * It changes no result, is bounded, and survives clear().
      */
-    void reserve(qsizetype samples);
+    void reserve(qsizetype samples) { m_columns.expect(samples); }
 
 private:
-    /** A recorded channel and its name, as the map holds them. */
-    struct Column {
-        QStringView name;
-        Channel* channel;
-    };
-
-    void listColumns();
-    void insertNewChannel(std::size_t column, QString const& name, Value const& value);
-
     ChannelMap m_channels;
     ChannelMap m_calculatedChannels;
-    // The recorded channels side by side in name order, empty until a sample comes. A step in the
-    // map costs as much as an append, and there are thousands of both in a tick. The map owns what
-    // the columns point at, and a copy of this lap shares it.
-    std::vector<Column> m_columns;
-    qsizetype m_expectedSamples = 0;
+    ChannelColumns m_columns;  // of m_channels; a copy of this lap shares what they point at
 };
 
 }  // namespace TLM::SDK

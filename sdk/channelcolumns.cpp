@@ -1,0 +1,276 @@
+#include "sdk/channelcolumns.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace TLM::SDK {
+
+namespace {
+
+// Written for a reading that a sample lacks. The formats that hosts share know it as a
+// single-precision number, hence not the double 1e25.
+constexpr double kMissingReading = static_cast<double>(1e25F);
+
+// The longest room taken on the word of a hint: 20 minutes at 60 samples a second.
+constexpr qsizetype kMaxExpectedSamples = 72'000;
+
+// A lap that breaks off at once has not taken more than this, and the tick in which 64 cars begin
+// their laps touches little memory.
+constexpr qsizetype kFirstRoom = 32;
+
+// Room grows towards the expected length by this factor at most, so that a lap that breaks off
+// early does not hold on to the room of a whole one.
+constexpr qsizetype kGrowthLimit = 24;
+
+// The lists move while the last part of their room is filled: late, because most laps end before.
+constexpr qsizetype kGrowthPart = 16;
+constexpr qsizetype kMinGrowthSamples = 16;
+
+qsizetype growthStart(qsizetype room) {
+    return room - std::max(room / kGrowthPart, kMinGrowthSamples);
+}
+
+// Rows that are kept before they go into the channels. Twice as many would save a little more and
+// make the tick in which they go longer.
+constexpr qsizetype kRows = 16;
+
+// Columns between one and those whose memory is asked for: no pattern leads to the lists' ends.
+constexpr std::size_t kChannelDistance = 12;
+constexpr std::size_t kListDistance = 6;
+
+void prefetch([[maybe_unused]] void const* place) {
+#if defined(__GNUC__)
+    __builtin_prefetch(place, 1);
+#endif
+}
+
+template <typename T>
+double storedNumber(QVariant const& variant) {
+    return static_cast<double>(*static_cast<T const*>(variant.constData()));
+}
+
+// The same number as QVariant::toDouble(), which dispatches through the meta-type system at ten
+// times the price; this runs for every value of every car in every tick.
+inline double toNumber(QVariant const& variant) {
+    switch (variant.typeId()) {
+        case QMetaType::Double:
+            return storedNumber<double>(variant);
+        case QMetaType::Float:
+            return storedNumber<float>(variant);
+        case QMetaType::Int:
+            return storedNumber<int>(variant);
+        case QMetaType::UInt:
+            return storedNumber<uint>(variant);
+        case QMetaType::LongLong:
+            return storedNumber<qlonglong>(variant);
+        case QMetaType::ULongLong:
+            return storedNumber<qulonglong>(variant);
+        case QMetaType::Bool:
+            return storedNumber<bool>(variant);
+        default:
+            return variant.toDouble();
+    }
+}
+
+// Below, at or above zero as `left` sorts before, with or after `right`. A channel took its name
+// from an earlier sample, so the two mostly share one text and need no look at the characters.
+int compareNames(QString const& left, QStringView right) {
+    if (left.constData() == right.data() && left.size() == right.size()) {
+        return 0;
+    }
+    return QStringView(left).compare(right);
+}
+
+}  // namespace
+
+ChannelColumns::ChannelColumns(ChannelColumns const& other) {
+    *this = other;
+}
+
+ChannelColumns& ChannelColumns::operator=(ChannelColumns const& other) {
+    if (this != &other) {
+        other.expose();
+        m_columns = other.m_columns;
+        m_rows.clear();
+        m_isExposed = true;
+        m_rowsToKeep = other.m_rowsToKeep;
+        m_length = other.m_length;
+        m_expectedSamples = other.m_expectedSamples;
+        m_room = other.m_room;
+        m_growFrom = other.m_growFrom;
+        m_grown = other.m_grown;
+    }
+    return *this;
+}
+
+void ChannelColumns::append(ChannelMap& channels, DynamicData::ValueMap const& values) {
+    if (m_columns.empty()) {
+        list(channels);
+        m_columns.reserve(static_cast<std::size_t>(values.size()));
+    }
+    if (m_isExposed || m_columns.empty() || !appendRow(values)) {
+        flush();
+        appendInPlace(channels, values);
+    } else if (keptRows() >= m_rowsToKeep) {
+        flush();
+        m_rowsToKeep = kRows;
+    }
+    makeRoomAhead();
+}
+
+/** Without effect and false when a value has no column yet. */
+bool ChannelColumns::appendRow(DynamicData::ValueMap const& values) {
+    const std::size_t rowsBefore = m_rows.size();
+    if (rowsBefore == 0) {
+        m_rows.reserve(m_columns.size() * static_cast<std::size_t>(kRows));
+    }
+    auto value = values.cbegin();
+    const auto lastValue = values.cend();
+    for (const Column& column : m_columns) {
+        const int order = value == lastValue ? 1 : compareNames(value.key(), column.name);
+        if (order < 0) {
+            break;
+        }
+        m_rows.push_back(order > 0 ? kMissingReading : toNumber(value->value));
+        value = order > 0 ? value : std::next(value);
+    }
+    if (m_rows.size() - rowsBefore < m_columns.size() || value != lastValue) {
+        m_rows.resize(rowsBefore);
+        return false;
+    }
+    ++m_length;
+    return true;
+}
+
+void ChannelColumns::appendInPlace(ChannelMap& channels, DynamicData::ValueMap const& values) {
+    std::size_t column = 0;
+    auto value = values.cbegin();
+    const auto lastValue = values.cend();
+    while (value != lastValue || column != m_columns.size()) {
+        const int order = value == lastValue ? 1
+                          : column == m_columns.size()
+                              ? -1
+                              : compareNames(value.key(), m_columns[column].name);
+        if (order < 0) {
+            insert(channels, column, value.key(), value.value());
+            ++value;
+        } else if (order > 0) {
+            m_columns[column].channel->samples.append(kMissingReading);
+        } else {
+            m_columns[column].channel->samples.append(toNumber(value->value));
+            ++value;
+        }
+        ++column;
+    }
+    m_length = m_columns.empty() ? 0 : m_columns.front().channel->samples.size();
+}
+
+void ChannelColumns::expose() const {
+    flush();
+    m_isExposed = true;
+    m_rows = {};
+}
+
+void ChannelColumns::forget() {
+    m_columns = {};
+}
+
+void ChannelColumns::clear() {
+    m_columns = {};
+    m_rows = {};
+    m_isExposed = false;
+}
+
+qsizetype ChannelColumns::keptRows() const {
+    return m_rows.empty() ? 0 : static_cast<qsizetype>(m_rows.size() / m_columns.size());
+}
+
+void ChannelColumns::flush() const {
+    const qsizetype rows = keptRows();
+    if (rows == 0) {
+        return;
+    }
+    for (std::size_t column = 0; column < m_columns.size(); ++column) {
+        prefetchBehind(column);
+        QList<double>& samples = m_columns[column].channel->samples;
+        samples.resize(samples.size() + rows);
+        double* entry = samples.data() + samples.size() - rows;
+        for (std::size_t i = column; i < m_rows.size(); i += m_columns.size()) {
+            *entry++ = m_rows[i];
+        }
+    }
+    m_rows.clear();
+}
+
+void ChannelColumns::expect(qsizetype samples) {
+    m_expectedSamples = std::clamp<qsizetype>(samples, 0, kMaxExpectedSamples);
+}
+
+void ChannelColumns::list(ChannelMap const& channels) {
+    m_grown = 0;
+    m_room = kFirstRoom;
+    m_growFrom = growthStart(kFirstRoom);
+    // Laps that expect different lengths do not flush in the same ticks.
+    m_rowsToKeep = kRows - m_expectedSamples % kRows;
+    if (channels.isEmpty()) {
+        return;
+    }
+    for (auto it = channels.cbegin(); it != channels.cend(); ++it) {
+        m_columns.push_back({it.key(), it.value().data()});
+    }
+    QList<double> const& first = m_columns.front().channel->samples;
+    m_room = std::max(m_room, first.capacity());
+    m_growFrom = std::max(growthStart(m_room), first.size());
+}
+
+void ChannelColumns::insert(ChannelMap& channels, std::size_t column, QString const& name,
+                            Value const& value) {
+    const qsizetype missed = m_columns.empty() ? 0 : m_columns.front().channel->samples.size() - 1;
+    auto created = QSharedPointer<Channel>::create();
+    created->setUnit(value.unit());
+    created->samples.reserve(std::max(m_room, missed + 1));
+    created->samples.resize(std::max<qsizetype>(missed, 0), kMissingReading);
+    created->samples.append(toNumber(value.value));
+    const auto inserted = channels.insert(name, created);
+    m_columns.insert(m_columns.begin() + static_cast<std::ptrdiff_t>(column),
+                     {inserted.key(), created.data()});
+    if (column < m_grown) {
+        ++m_grown;
+    }
+}
+
+void ChannelColumns::prefetchBehind(std::size_t column) const {
+    if (column + kChannelDistance < m_columns.size()) {
+        prefetch(m_columns[column + kChannelDistance].channel);
+    }
+    if (column + kListDistance < m_columns.size()) {
+        QList<double> const& samples = m_columns[column + kListDistance].channel->samples;
+        // The list's header, which says who shares it, lies right before its entries.
+        prefetch(reinterpret_cast<char const*>(samples.constData()) - 1);
+        prefetch(samples.constData() + samples.size());
+    }
+}
+
+void ChannelColumns::makeRoomAhead() {
+    if (m_length <= m_growFrom) {
+        return;
+    }
+    const auto count = static_cast<qsizetype>(m_columns.size());
+    const qsizetype steps = std::max<qsizetype>(m_room - m_growFrom, 1);
+    const qsizetype due = std::min(count, (m_length - m_growFrom) * count / steps);
+    const qsizetype room = nextRoom();
+    for (; m_grown < static_cast<std::size_t>(due); ++m_grown) {
+        m_columns[m_grown].channel->samples.reserve(room);
+    }
+    if (due == count) {
+        m_grown = 0;
+        m_room = room;
+        m_growFrom = std::max(growthStart(room), m_length);
+    }
+}
+
+qsizetype ChannelColumns::nextRoom() const {
+    return std::max(2 * m_room, std::min(m_expectedSamples, kGrowthLimit * m_room));
+}
+
+}  // namespace TLM::SDK
