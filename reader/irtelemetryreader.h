@@ -1,6 +1,7 @@
 #pragma once
 
 #include "irsdk/layout.h"
+#include "reader/lapfacts.h"
 #include "reader/recordercar.h"
 #include "reader/resultstable.h"
 #include "reader/samplegenerations.h"
@@ -162,10 +163,12 @@ private:
     void resolveSamplingPlan(const irsdk_varHeader* vars, qsizetype count, qint64 dataLength);
     void distributeSessionClock();
 
-    void addWeekend(TLM::SDK::Lap& lap, TStringTree& weekend);
-    void addDriverInfo(TLM::SDK::Lap& lap, TStringTree& driverInfo, int carIdx);
-    void addSession(TLM::SDK::Lap& lap);
-    [[nodiscard]] QString sessionTypeText(int session);
+    [[nodiscard]] LapFactsMemory::Origin originOfLapFacts() const;
+    [[nodiscard]] LapFacts collectLapFacts(int carIdx) const;
+    void addWeekend(LapFacts& facts, const TStringTree& weekend) const;
+    void addDriverInfo(LapFacts& facts, const TStringTree& driverInfo, int carIdx) const;
+    [[nodiscard]] std::optional<QString> ownSessionType() const;
+    [[nodiscard]] QString sessionTypeText(int session) const;
 
     [[nodiscard]] int ownSessionNumber() const;
     void processCar(int index, int sessionNumber, bool sessionChanged);
@@ -186,6 +189,7 @@ private:
     std::optional<quint64> m_carListRevision;  // of the tree that the car list was made from
     bool m_sampleHandedOut = false;            // of any car
     ResultsTable m_results;
+    LapFactsMemory m_lapFacts;
     SamplingPlan m_plan;
     std::vector<SampleGenerations> m_generations;  // of each slot's sample
     qint32 m_myCarIdx = -1;

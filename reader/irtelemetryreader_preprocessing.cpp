@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <span>
 #include <utility>
 
@@ -39,13 +38,18 @@ void correctYaw(Lap& lap) {
             reading += offset;
         }
     }
-    lap.removeValue(u"yawOffset"_s);
+    // Asked first, because the values are shared with other laps and removing copies them.
+    if (lap.containsValue(u"yawOffset"_s)) {
+        lap.removeValue(u"yawOffset"_s);
+    }
 }
 
-QSharedPointer<Channel> createChannel(const QString& unit = {}) {
-    auto channel = QSharedPointer<Channel>::create();
+void addChannel(Lap& lap, const QString& name, const QList<double>& samples,
+                const QString& unit = {}) {
+    const auto channel = QSharedPointer<Channel>::create();
+    channel->samples = samples;
     channel->setUnit(unit);
-    return channel;
+    lap.addChannel(channel, name);
 }
 
 void addFuelWeight(Lap& lap) {
@@ -54,11 +58,10 @@ void addFuelWeight(Lap& lap) {
     if (level == nullptr || std::fabs(density) <= zeroDensity) {
         return;
     }
-    const auto weight = createChannel(u"kg"_s);
-    weight->samples.resize(level->samples.size());
-    std::transform(level->samples.cbegin(), level->samples.cend(), weight->samples.begin(),
+    QList<double> weight(level->samples.size());
+    std::transform(level->samples.cbegin(), level->samples.cend(), weight.begin(),
                    [density](double reading) { return reading * density; });
-    lap.addChannel(weight, u"fuelweight"_s);
+    addChannel(lap, u"fuelweight"_s, weight, u"kg"_s);
 }
 
 void renamePercentUnits(Lap& lap) {
@@ -69,47 +72,56 @@ void renamePercentUnits(Lap& lap) {
     }
 }
 
-/** Lets the last entry repeat the one before; a lone entry stays 0. */
-void repeatLast(QList<double>& readings) {
-    if (readings.size() > 1) {
-        readings.last() = readings[readings.size() - 2];
+/**
+ * What follows from clock and place of a lap's samples. All of it is derived in one pass: at a
+ * session's end 64 laps of thousands of samples are closed in one tick, and it is the way to the
+ * memory that takes the time.
+ */
+struct Course {
+    QList<double> timeSteps;    // to the next sample
+    QList<double> time;         // since the first sample
+    QList<double> distance;     // metres
+    QList<double> speed;        // to the next sample
+    bool hasSteepRise = false;  // of the speed, without which it has no spike
+
+    /** The last entries of steps and speed repeat the ones before; lone ones are 0. */
+    Course(std::span<const double> clock, std::span<const double> fractions, double kilometres);
+};
+
+Course::Course(std::span<const double> clock, std::span<const double> fractions, double kilometres)
+    : timeSteps(static_cast<qsizetype>(clock.size())),
+      time(timeSteps.size()),
+      distance(timeSteps.size()),
+      speed(timeSteps.size()) {
+    double* const stepAt = timeSteps.data();
+    double* const timeAt = time.data();
+    double* const distanceAt = distance.data();
+    double* const speedAt = speed.data();
+    double elapsed = 0.0;
+    double lastStep = 0.0;
+    double lastSpeed = 0.0;
+    bool isSteep = false;
+    double here = fractions[0] * kilometres * metresPerKilometre;
+    const std::size_t last = clock.size() - 1;
+    for (std::size_t i = 0; i < last; ++i) {
+        const double next = fractions[i + 1] * kilometres * metresPerKilometre;
+        const double step = clock[i + 1] - clock[i];
+        const double speedHere = (next - here) / step;
+        isSteep = isSteep || (i > 0 && speedHere - lastSpeed > spikeStep);
+        stepAt[i] = step;
+        timeAt[i] = elapsed;
+        distanceAt[i] = here;
+        speedAt[i] = speedHere;
+        elapsed += step;
+        here = next;
+        lastStep = step;
+        lastSpeed = speedHere;
     }
-}
-
-/** The steps from each of the first `count` readings to the next. */
-QList<double> steps(const QList<double>& readings, qsizetype count) {
-    QList<double> result(count);
-    std::transform(readings.cbegin() + 1, readings.cbegin() + count, readings.cbegin(),
-                   result.begin(), std::minus<>());
-    repeatLast(result);
-    return result;
-}
-
-QList<double> runningTime(const QList<double>& timeSteps) {
-    QList<double> result(timeSteps.size());
-    double time = 0.0;
-    std::span<double> times(result);
-    for (qsizetype i = 0; i < timeSteps.size(); ++i) {
-        times[static_cast<std::size_t>(i)] = time;
-        time += timeSteps[i];
-    }
-    return result;
-}
-
-QList<double> lapDistance(const QList<double>& fractions, qsizetype count, double kilometres) {
-    QList<double> result(count);
-    std::transform(
-        fractions.cbegin(), fractions.cbegin() + count, result.begin(),
-        [kilometres](double fraction) { return fraction * kilometres * metresPerKilometre; });
-    return result;
-}
-
-QList<double> speedAlong(const QList<double>& distance, const QList<double>& timeSteps) {
-    QList<double> result = steps(distance, distance.size());
-    std::transform(result.cbegin(), result.cend() - 1, timeSteps.cbegin(), result.begin(),
-                   std::divides<>());
-    repeatLast(result);
-    return result;
+    stepAt[last] = lastStep;
+    timeAt[last] = elapsed;
+    distanceAt[last] = here;
+    speedAt[last] = lastSpeed;
+    hasSteepRise = isSteep;
 }
 
 bool isSpike(double before, double reading, double after) {
@@ -130,17 +142,6 @@ void repairSpikes(std::span<double> speed) {
             qDebug() << "peak fixed" << speed[i];
         }
     }
-}
-
-void addSpeedAndDistance(Lap& lap, const QList<double>& fractions, const QList<double>& timeSteps,
-                         double trackKilometres, const QString& timeUnit) {
-    const auto distance = createChannel(u"m"_s);
-    distance->samples = lapDistance(fractions, timeSteps.size(), trackKilometres);
-    const auto speed = createChannel("m/"_L1 + timeUnit);
-    speed->samples = speedAlong(distance->samples, timeSteps);
-    repairSpikes(speed->samples);
-    lap.addChannel(speed, u"speed"_s);
-    lap.addChannel(distance, u"lapdist"_s);
 }
 
 }  // namespace
@@ -166,17 +167,20 @@ void iRTelemetryReader::addTimeAndDistance(Lap& lap) const {
     if (count == 0) {
         return;
     }
-    const auto timeSteps = createChannel();
-    timeSteps->samples = steps(sessionTime->samples, count);
-    if (fractions->samples.constFirst() < lapStartDistance) {
-        const auto time = createChannel();
-        time->samples = runningTime(timeSteps->samples);
-        lap.addChannel(time, u"lapcurrentlaptime"_s);
-    }
     const QVariant trackLength = lap.value(u"Track length"_s).value;
-    if (isLive() && trackLength.isValid()) {
-        addSpeedAndDistance(lap, fractions->samples, timeSteps->samples, trackLength.toDouble(),
-                            sessionTime->unit());
+    const auto readings = [count](const Channel& channel) {
+        return std::span(channel.samples).first(static_cast<std::size_t>(count));
+    };
+    Course course(readings(*sessionTime), readings(*fractions), trackLength.toDouble());
+    if (fractions->samples.constFirst() < lapStartDistance) {
+        addChannel(lap, u"lapcurrentlaptime"_s, course.time);
     }
-    lap.addChannel(timeSteps, u"dt"_s);
+    if (isLive() && trackLength.isValid()) {
+        if (course.hasSteepRise) {
+            repairSpikes(course.speed);
+        }
+        addChannel(lap, u"speed"_s, course.speed, "m/"_L1 + sessionTime->unit());
+        addChannel(lap, u"lapdist"_s, course.distance, u"m"_s);
+    }
+    addChannel(lap, u"dt"_s, course.timeSteps);
 }

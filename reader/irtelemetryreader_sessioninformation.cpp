@@ -8,6 +8,7 @@
 #include <cmath>
 
 using namespace Qt::StringLiterals;
+using TLM::SDK::DynamicData;
 using TLM::SDK::Lap;
 
 namespace {
@@ -17,8 +18,6 @@ struct NamedText {
     QStringView key;
     QString name;
 };
-
-// The tables are made once: 64 laps may be closed in one tick.
 
 const auto& weekendTexts() {
     static const std::array texts{
@@ -72,53 +71,53 @@ struct NumberWithUnit {
     }
 };
 
-void setText(Lap& lap, const QString& name, const QString& text) {
-    lap.setValue(name, QVariant(text), QString());
+void setText(DynamicData& values, const QString& name, const QString& text) {
+    values.setValue(name, QVariant(text), QString());
 }
 
-void setNumberWithUnit(Lap& lap, const QString& name, const QString& text) {
+void setNumberWithUnit(DynamicData& values, const QString& name, const QString& text) {
     const NumberWithUnit value(text);
-    lap.setValue(name, QVariant(value.number), value.unit);
+    values.setValue(name, QVariant(value.number), value.unit);
 }
 
-void addWeekendNumbers(Lap& lap, const TStringTree& weekend) {
+void addWeekendNumbers(DynamicData& values, const TStringTree& weekend) {
     for (const NamedText& row : weekendNumbers()) {
-        setNumberWithUnit(lap, row.name, weekend.value(row.key));
+        setNumberWithUnit(values, row.name, weekend.value(row.key));
     }
-    setNumberWithUnit(lap, u"Weekend temperature"_s,
+    setNumberWithUnit(values, u"Weekend temperature"_s,
                       weekend.pathValue(u"WeekendOptions/WeatherTemp"_s));
     const NumberWithUnit northOffset(weekend.value(u"TrackNorthOffset"_s));
-    lap.setValue(u"YawOffset"_s, QVariant(northOffset.number), QString());
+    values.setValue(u"YawOffset"_s, QVariant(northOffset.number), QString());
 }
 
-void addFuel(Lap& lap, const TStringTree& driverInfo) {
+void addFuel(DynamicData& values, const TStringTree& driverInfo) {
     // What counts as no fuel density at all.
     constexpr double zeroDensity = 1e-12;
     const double tank = driverInfo.value(u"DriverCarFuelMaxLtr"_s).toDouble();
     const double allowed = driverInfo.value(u"DriverCarMaxFuelPct"_s).toDouble();
     const double density = driverInfo.value(u"DriverCarFuelKgPerLtr"_s).toDouble();
     const double maximum = tank * allowed;
-    lap.setValue(u"Maximum fuel level"_s, QVariant(maximum), u"l"_s);
-    lap.setValue(u"Maximum fuel percent"_s, QVariant(allowed), u"pu"_s);
+    values.setValue(u"Maximum fuel level"_s, QVariant(maximum), u"l"_s);
+    values.setValue(u"Maximum fuel percent"_s, QVariant(allowed), u"pu"_s);
     if (std::fabs(density) > zeroDensity) {
-        lap.setValue(u"Kg per fuel litre"_s, QVariant(density), QString());
-        lap.setValue(u"Maximum fuel weight"_s, QVariant(maximum * density), u"kg"_s);
+        values.setValue(u"Kg per fuel litre"_s, QVariant(density), QString());
+        values.setValue(u"Maximum fuel weight"_s, QVariant(maximum * density), u"kg"_s);
     }
 }
 
-void addPreferredFuelUnit(Lap& lap, const QString& fuelLevel) {
+void addPreferredFuelUnit(DynamicData& values, const QString& fuelLevel) {
     const QStringList parts = fuelLevel.simplified().split(u' ');
     if (parts.size() == 2) {
-        setText(lap, u"Preferred fuel unit"_s, parts[1] == "kg"_L1 ? u"weight"_s : u"volume"_s);
+        setText(values, u"Preferred fuel unit"_s, parts[1] == "kg"_L1 ? u"weight"_s : u"volume"_s);
     }
 }
 
-void addCalculator(Lap& lap, const TStringTree& calculator) {
+void addCalculator(DynamicData& values, const TStringTree& calculator) {
     const QStringList keys = calculator.valueKeys();
     for (const QString& key : keys) {
         const QStringList parts = calculator.value(key).trimmed().split(u' ', Qt::SkipEmptyParts);
         if (!parts.isEmpty()) {
-            lap.setValue(key, QVariant(parts.first()), parts.value(1));
+            values.setValue(key, QVariant(parts.first()), parts.value(1));
         }
     }
 }
@@ -129,67 +128,89 @@ QColor licenceColor(QString text) {
     return QColor::isValidColorName(text) ? QColor(text) : QColor();
 }
 
-void addDriver(Lap& lap, const TStringTree& driver) {
-    lap.setDriverName(driver.value(u"UserName"_s));
-    lap.setCarName(driver.value(u"CarScreenName"_s));
+void addDriver(DynamicData& values, const TStringTree& driver) {
     for (const NamedText& row : driverTexts()) {
-        setText(lap, row.name, driver.value(row.key));
+        setText(values, row.name, driver.value(row.key));
     }
-    lap.setValue(u"Licence color"_s, QVariant::fromValue(licenceColor(driver.value(u"LicColor"_s))),
-                 QString());
+    values.setValue(u"Licence color"_s,
+                    QVariant::fromValue(licenceColor(driver.value(u"LicColor"_s))), QString());
 }
 
 }  // namespace
 
 void iRTelemetryReader::getSessionInfo(int carIdx, Lap* lap) {
     lap->setCarId(QString::number(carIdx));
-    if (TStringTree* weekend = sub(u"WeekendInfo"_s)) {
-        addWeekend(*lap, *weekend);
+    const LapFacts& facts = m_lapFacts.of(carIdx, originOfLapFacts(),
+                                          [this, carIdx] { return collectLapFacts(carIdx); });
+    facts.addTo(*lap);
+    if (facts.weekend) {
+        m_sessionNum = facts.weekend->sessionNumber;
     }
-    if (TStringTree* driverInfo = sub(u"DriverInfo"_s)) {
-        addDriverInfo(*lap, *driverInfo, carIdx);
-    }
-    addSession(*lap);
 }
 
-void iRTelemetryReader::addWeekend(Lap& lap, TStringTree& weekend) {
-    lap.setTrackName(weekend.value(u"TrackDisplayName"_s));
+LapFactsMemory::Origin iRTelemetryReader::originOfLapFacts() const {
+    const auto revisionOf = [this](QStringView key) {
+        const TStringTree* const branch = sub(key);
+        return branch == nullptr ? 0 : branch->branchRevision();
+    };
+    return {.weekend = revisionOf(u"WeekendInfo"),
+            .driverInfo = revisionOf(u"DriverInfo"),
+            .carSetup = revisionOf(u"CarSetup"),
+            .sessionType = ownSessionType()};
+}
+
+LapFacts iRTelemetryReader::collectLapFacts(int carIdx) const {
+    LapFacts facts;
+    if (const TStringTree* weekend = sub(u"WeekendInfo"_s)) {
+        addWeekend(facts, *weekend);
+    }
+    if (const TStringTree* driverInfo = sub(u"DriverInfo"_s)) {
+        addDriverInfo(facts, *driverInfo, carIdx);
+    }
+    if (const std::optional<QString> type = ownSessionType()) {
+        setText(facts.values, u"Session name"_s, *type);
+        facts.session = reader::sessionOfType(*type);
+    }
+    return facts;
+}
+
+void iRTelemetryReader::addWeekend(LapFacts& facts, const TStringTree& weekend) const {
     const QString identity = weekend.value(u"SessionID"_s) + weekend.value(u"SubSessionID"_s);
-    m_sessionNum = identity.toULongLong();
-    lap.setSessionId(sessionId(identity));
-    lap.setTrackConfig(weekend.value(u"TrackConfigName"_s));
+    facts.weekend = LapFacts::Weekend{.trackName = weekend.value(u"TrackDisplayName"_s),
+                                      .trackConfig = weekend.value(u"TrackConfigName"_s),
+                                      .sessionId = sessionId(identity),
+                                      .sessionNumber = identity.toULongLong()};
     for (const NamedText& row : weekendTexts()) {
-        setText(lap, row.name, weekend.value(row.key));
+        setText(facts.values, row.name, weekend.value(row.key));
     }
-    addWeekendNumbers(lap, weekend);
+    addWeekendNumbers(facts.values, weekend);
 }
 
-void iRTelemetryReader::addDriverInfo(Lap& lap, TStringTree& driverInfo, int carIdx) {
-    addFuel(lap, driverInfo);
-    addPreferredFuelUnit(lap, pathValue(u"CarSetup/Chassis/Rear/FuelLevel"_s));
+void iRTelemetryReader::addDriverInfo(LapFacts& facts, const TStringTree& driverInfo,
+                                      int carIdx) const {
+    addFuel(facts.values, driverInfo);
+    addPreferredFuelUnit(facts.values, pathValue(u"CarSetup/Chassis/Rear/FuelLevel"_s));
     for (const QString& path :
          {u"CarSetup/TiresAero/AeroCalculator"_s, u"CarSetup/TiresAero/AeroBalanceCalc"_s}) {
         if (const TStringTree* calculator = pathSub(path)) {
-            addCalculator(lap, *calculator);
+            addCalculator(facts.values, *calculator);
         }
     }
     if (const TStringTree* driver = driverInfo.pathSub("Drivers/"_L1 + QString::number(carIdx))) {
-        addDriver(lap, *driver);
+        facts.driver = LapFacts::Driver{.name = driver->value(u"UserName"_s),
+                                        .carName = driver->value(u"CarScreenName"_s)};
+        addDriver(facts.values, *driver);
     }
 }
 
-void iRTelemetryReader::addSession(Lap& lap) {
+std::optional<QString> iRTelemetryReader::ownSessionType() const {
     if (!hasOwnCarSlot()) {
-        return;
+        return std::nullopt;
     }
-    const int session = reader::toInt(m_cars.at(m_myCarIdx).sample.value(u"sessionnum"_s).value);
-    const QString type = sessionTypeText(session);
-    setText(lap, u"Session name"_s, type);
-    if (const auto kind = reader::sessionOfType(type)) {
-        lap.setSession(*kind);
-    }
+    return sessionTypeText(
+        reader::toInt(m_cars.at(m_myCarIdx).sample.value(u"sessionnum"_s).value));
 }
 
-QString iRTelemetryReader::sessionTypeText(int session) {
+QString iRTelemetryReader::sessionTypeText(int session) const {
     return pathValue("SessionInfo/Sessions/"_L1 + QString::number(session) + "/SessionType"_L1);
 }

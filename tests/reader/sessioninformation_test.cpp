@@ -412,6 +412,80 @@ TEST_F(SessionInformation, FollowsATreeThatIsChangedWithoutAText) {
     EXPECT_EQ(lap.trackName(), "Other");
 }
 
+TEST_F(SessionInformation, IsSharedByTheLapsOfACar) {
+    driveInSession(0);
+    Lap second;
+    drive.reader.pathSet("SessionInfo/Sessions/0/ResultsPositions/1/LapsComplete", "2");
+    drive.reader.getSessionInfo(kLaterCar, &second);
+    EXPECT_TRUE(second.data().isSharedWith(lap.data())) << "results are no part of it";
+    second.setValue("Track city", QVariant("Elsewhere"), QString());
+    second.removeValue("Skies");
+    Lap third;
+    drive.reader.getSessionInfo(kLaterCar, &third);
+    EXPECT_TRUE(third.data().isSharedWith(lap.data())) << "a lap's change is its own";
+}
+
+TEST_F(SessionInformation, KeepsWhatALapHadBefore) {
+    lap.setValue("Own value", QVariant(7), "u");
+    lap.setValue("Track city", QVariant("Elsewhere"), QString());
+    informOfWeekend(" TrackCity: Here");
+    expectText("Track city", "Here");
+    EXPECT_EQ(lap.value("Own value").value.toInt(), 7);
+}
+
+TEST_F(SessionInformation, FollowsEveryPartOfTheTextThatItIsMadeFrom) {
+    driveInSession(0);
+    const std::vector<std::pair<const char*, const char*>> changes = {
+        {"WeekendInfo/TrackCity", "Elsewhere"},
+        {"DriverInfo/Drivers/7/TeamName", "Other"},
+        {"DriverInfo/DriverCarMaxFuelPct", "0.5"},
+        {"CarSetup/Chassis/Rear/FuelLevel", "47 kg"},
+        {"CarSetup/TiresAero/AeroCalculator/Wing", "12 deg"}};
+    const auto informed = [this] {
+        Lap told;
+        drive.reader.getSessionInfo(kLaterCar, &told);
+        QStringList texts;
+        for (auto it = told.data().cbegin(); it != told.data().cend(); ++it) {
+            texts += it.key() + u'=' + it->print();
+        }
+        return texts;
+    };
+    for (const auto& [path, text] : changes) {
+        const QStringList before = informed();
+        drive.reader.pathSet(path, text);
+        EXPECT_NE(informed(), before) << path;
+    }
+    const QStringList before = informed();
+    drive.reader.addSub(QString("WeekendInfo"));
+    EXPECT_EQ(informed(), before);
+}
+
+TEST_F(SessionInformation, TellsEveryCarItsOwn) {
+    driveInSession(0);
+    for (const int car : {kEarlierCar, kLaterCar, kEarlierCar}) {
+        Lap told;
+        drive.reader.getSessionInfo(car, &told);
+        EXPECT_EQ(told.carId(), QString::number(car));
+        EXPECT_EQ(told.driverName(), drive.reader.driverName(car));
+    }
+    for (int car = -200; car < 200; ++car) {
+        Lap told;
+        drive.reader.getSessionInfo(car, &told);
+        EXPECT_EQ(told.carId(), QString::number(car));
+        EXPECT_EQ(told.trackName(), lap.trackName());
+    }
+}
+
+TEST_F(SessionInformation, TakesAnEmptyWeekendForOne) {
+    lap.setTrackName("Before");
+    drive.reader.getSessionInfo(kLaterCar, &lap);
+    EXPECT_EQ(lap.trackName(), "Before");
+    drive.reader.addSub(QString("WeekendInfo"));
+    drive.reader.getSessionInfo(kLaterCar, &lap);
+    EXPECT_TRUE(lap.trackName().isEmpty());
+    EXPECT_TRUE(lap.containsValue("Track length"));
+}
+
 TEST_F(SessionInformation, SurvivesNumbersThatAreNone) {
     for (const QByteArray& text : {QByteArray("nan"), QByteArray("inf"), QByteArray("-inf"),
                                    QByteArray("1e400"), QByteArray("1e25")}) {
