@@ -1,21 +1,10 @@
 #include "plugin/samplelists.h"
 
+#include "reader/heldalone.h"
+
 using TLM::SDK::Sample;
 
 namespace {
-
-/**
- * Whether nobody else holds the list. Taking a hold and giving it back orders what another thread
- * read before it let go of the list before what is written next.
- */
-bool isFree(const QList<Sample>& list) {
-    if (!list.isDetached()) {
-        return false;
-    }
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the hold is what is wanted
-    [[maybe_unused]] const QList<Sample> hold = list;
-    return true;
-}
 
 void dropValues(QList<Sample>& list) {
     for (Sample& sample : list) {
@@ -28,7 +17,7 @@ void dropValues(QList<Sample>& list) {
 QList<Sample>& SampleLists::take(qsizetype count) {
     release();
     for (QList<Sample>& list : m_lists) {
-        if (list.isEmpty() || isFree(list)) {
+        if (list.isEmpty() || isHeldAlone(list)) {
             list.resize(count);
             return list;
         }
@@ -41,7 +30,7 @@ QList<Sample>& SampleLists::take(qsizetype count) {
 
 void SampleLists::release() {
     for (QList<Sample>& list : m_lists) {
-        if (isFree(list)) {
+        if (isHeldAlone(list)) {
             dropValues(list);
         }
     }

@@ -2,7 +2,6 @@
 
 #include <QVariant>
 
-#include <cstddef>
 #include <cstring>
 
 /** How a value is read from a snapshot and what a QVariant holds of it. */
@@ -15,8 +14,6 @@ enum class Reading {
     Tick,  // the session tick of the own car, held as quint64
     None,  // nothing to read: a null QVariant
 };
-
-inline constexpr std::size_t readingCount = 7;
 
 /** A QVariant of the type that holds such a reading. */
 [[nodiscard]] inline QVariant emptyValue(Reading reading) {

@@ -1,5 +1,7 @@
 #include "reader/samplegenerations.h"
 
+#include "reader/heldalone.h"
+
 #include <QVariant>
 
 #include <algorithm>
@@ -11,24 +13,14 @@ using TLM::SDK::Value;
 
 namespace {
 
-/**
- * Whether nobody else holds the values. The look at the counter alone does not order what another
- * thread read before it let go of them before what is written next; taking a hold and giving it
- * back does.
- */
-template <typename Map>
-bool isWritable(const Map& values) {
-    if (!values.isDetached()) {
-        return false;
-    }
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the hold is what is wanted
-    [[maybe_unused]] const Map hold = values;
-    return true;
-}
-
 template <typename Number>
 void storeNumber(void* place, Number number) {
     *static_cast<Number*>(place) = number;
+}
+
+/** Where the number of a value is: in the QVariant itself, which shares it with no other. */
+void* placeOf(Value& value) {
+    return const_cast<void*>(std::as_const(value.value).constData());
 }
 
 const std::array<QString, knownValueCount>& knownKeys() {
@@ -37,15 +29,14 @@ const std::array<QString, knownValueCount>& knownKeys() {
     return keys;
 }
 
+// So many ticks.
+constexpr int patience = 8;
+
 /** The index of a known value, or -1. */
 int knownIndex(const QString& key) {
     const auto& keys = knownKeys();
     const auto found = std::find(keys.begin(), keys.end(), key);
     return found == keys.end() ? -1 : static_cast<int>(found - keys.begin());
-}
-
-std::size_t groupOf(Reading reading) {
-    return static_cast<std::size_t>(reading);
 }
 
 }  // namespace
@@ -65,10 +56,34 @@ void SampleGenerations::write(TLM::SDK::Sample& sample, const SamplingPlan& plan
     if (stamp != m_stamp) {
         m_stamp = stamp;
         resolve(values, planned);
-    } else if (!isWritable(values) && !takeFreeGeneration(values)) {
+    } else if (!isHeldAlone(values) && !takeFreeGeneration(values)) {
         continueWithCopy(values);
+        walkAndStore(values, data, tick);
+        return;
+    }
+    if (!m_places.areFound) {
+        locate(values);
     }
     store(data, tick);
+}
+
+SampleGenerations::Way SampleGenerations::wayOf(Reading reading) {
+    switch (reading) {
+        case Reading::Int:
+        case Reading::Float:
+            return Way::FourBytes;
+        case Reading::Double:
+            return Way::EightBytes;
+        case Reading::Bool:
+            return Way::Bool;
+        case Reading::CharAsInt:
+            return Way::CharAsInt;
+        case Reading::Tick:
+            return Way::Tick;
+        case Reading::None:
+            break;
+    }
+    return Way::Nothing;
 }
 
 void SampleGenerations::resolve(ValueMap& values, const std::vector<PlannedValue>& planned) {
@@ -88,7 +103,7 @@ void SampleGenerations::resolve(ValueMap& values, const std::vector<PlannedValue
 
     m_groups.fill(0);
     for (const PlannedValue& value : planned) {
-        ++m_groups[groupOf(value.reading) + 1];
+        ++m_groups[static_cast<std::size_t>(wayOf(value.reading)) + 1];
     }
     std::partial_sum(m_groups.begin(), m_groups.end(), m_groups.begin());
 
@@ -98,7 +113,6 @@ void SampleGenerations::resolve(ValueMap& values, const std::vector<PlannedValue
 
 void SampleGenerations::rank(const ValueMap& values, const std::vector<PlannedValue>& planned) {
     m_offsets.resize(planned.size());
-    m_places.planned.resize(planned.size());
     m_ranks.clear();
     auto nextOfGroup = m_groups;
     auto next = planned.begin();
@@ -106,8 +120,10 @@ void SampleGenerations::rank(const ValueMap& values, const std::vector<PlannedVa
         Rank entry;
         entry.known = knownIndex(it.key());
         if (next != planned.end() && next->key == it.key()) {
-            const std::size_t place = nextOfGroup[groupOf(next->reading)]++;
-            m_offsets[place] = next->offset;
+            entry.way = wayOf(next->reading);
+            entry.offset = next->offset;
+            const std::size_t place = nextOfGroup[static_cast<std::size_t>(entry.way)]++;
+            m_offsets[place] = entry.offset;
             entry.planned = static_cast<int>(place);
             ++next;
         }
@@ -116,17 +132,19 @@ void SampleGenerations::rank(const ValueMap& values, const std::vector<PlannedVa
 }
 
 void SampleGenerations::locate(ValueMap& values) {
+    m_places.planned.resize(m_offsets.size());
     m_places.known.fill(nullptr);
     auto entry = m_ranks.cbegin();
     for (Value& value : values) {
         if (entry->planned >= 0) {
-            m_places.planned[static_cast<std::size_t>(entry->planned)] = value.value.data();
+            m_places.planned[static_cast<std::size_t>(entry->planned)] = placeOf(value);
         }
         if (entry->known >= 0) {
             m_places.known[static_cast<std::size_t>(entry->known)] = &value.value;
         }
         ++entry;
     }
+    m_places.areFound = true;
 }
 
 std::optional<const QVariant*> SampleGenerations::find(KnownValue value, quint64 revision) const {
@@ -137,10 +155,13 @@ std::optional<const QVariant*> SampleGenerations::find(KnownValue value, quint64
 }
 
 bool SampleGenerations::takeFreeGeneration(ValueMap& values) {
-    for (Generation& spare : m_spares) {
-        if (spare.stamp == m_stamp && isWritable(spare.values)) {
-            values.swap(spare.values);
-            std::swap(m_places, spare.places);
+    // A host that has kept everything for a while is asked about one generation a tick.
+    const std::size_t asked = m_copiesInARow < patience ? spareCount : 1;
+    for (std::size_t i = 0; i < asked; ++i) {
+        Generation& spare = m_spares[(m_oldest + i) % spareCount];
+        if (spare.stamp == m_stamp && isHeldAlone(spare.values)) {
+            exchange(values, spare);
+            m_copiesInARow = 0;
             return true;
         }
     }
@@ -148,36 +169,78 @@ bool SampleGenerations::takeFreeGeneration(ValueMap& values) {
 }
 
 void SampleGenerations::continueWithCopy(ValueMap& values) {
-    Generation& spare = m_spares[m_nextSpare];
-    m_nextSpare = (m_nextSpare + 1) % spareCount;
-    spare.values = values;
-    spare.places = m_places;
-    spare.stamp = m_stamp;
+    Generation& oldest = m_spares[m_oldest];
+    m_oldest = (m_oldest + 1) % spareCount;
+    m_copiesInARow = std::min(m_copiesInARow + 1, patience);
+    exchange(values, oldest);
+    values = oldest.values;
     values.detach();
-    locate(values);
+}
+
+void SampleGenerations::exchange(ValueMap& values, Generation& spare) {
+    values.swap(spare.values);
+    std::swap(m_places, spare.places);
+    spare.stamp = m_stamp;
+}
+
+template <SampleGenerations::Way way>
+void SampleGenerations::storeAs(void* place, const char* bytes, quint64 tick) {
+    if constexpr (way == Way::FourBytes) {
+        std::memcpy(place, bytes, 4);
+    } else if constexpr (way == Way::EightBytes) {
+        std::memcpy(place, bytes, 8);
+    } else if constexpr (way == Way::Bool) {
+        storeNumber<bool>(place, loadNumber<unsigned char>(bytes) != 0);
+    } else if constexpr (way == Way::CharAsInt) {
+        storeNumber<int>(place, loadNumber<signed char>(bytes));
+    } else if constexpr (way == Way::Tick) {
+        storeNumber<quint64>(place, tick);
+    }
+}
+
+template <SampleGenerations::Way way>
+void SampleGenerations::storeGroup(const char* data, quint64 tick) const {
+    const std::size_t end = m_groups[static_cast<std::size_t>(way) + 1];
+    for (std::size_t i = m_groups[static_cast<std::size_t>(way)]; i < end; ++i) {
+        storeAs<way>(m_places.planned[i], data + m_offsets[i], tick);
+    }
 }
 
 void SampleGenerations::store(const char* data, quint64 tick) const {
-    const auto forEach = [this](Reading reading, auto storeAt) {
-        const std::size_t end = m_groups[groupOf(reading) + 1];
-        for (std::size_t i = m_groups[groupOf(reading)]; i < end; ++i) {
-            storeAt(m_places.planned[i], m_offsets[i]);
+    storeGroup<Way::FourBytes>(data, tick);
+    storeGroup<Way::EightBytes>(data, tick);
+    storeGroup<Way::Bool>(data, tick);
+    storeGroup<Way::CharAsInt>(data, tick);
+    storeGroup<Way::Tick>(data, tick);
+}
+
+/** The same for values whose places are not known, and which may never be stored to again. */
+void SampleGenerations::walkAndStore(ValueMap& values, const char* data, quint64 tick) {
+    m_places.known.fill(nullptr);
+    m_places.areFound = false;
+    auto entry = m_ranks.cbegin();
+    for (Value& value : values) {
+        storeAs(entry->way, placeOf(value), data + entry->offset, tick);
+        if (entry->known >= 0) {
+            m_places.known[static_cast<std::size_t>(entry->known)] = &value.value;
         }
-    };
-    forEach(Reading::CharAsInt, [data](void* place, qint64 offset) {
-        storeNumber<int>(place, loadNumber<signed char>(data + offset));
-    });
-    forEach(Reading::Bool, [data](void* place, qint64 offset) {
-        storeNumber<bool>(place, loadNumber<unsigned char>(data + offset) != 0);
-    });
-    forEach(Reading::Int, [data](void* place, qint64 offset) {
-        storeNumber<int>(place, loadNumber<qint32>(data + offset));
-    });
-    forEach(Reading::Float, [data](void* place, qint64 offset) {
-        storeNumber<float>(place, loadNumber<float>(data + offset));
-    });
-    forEach(Reading::Double, [data](void* place, qint64 offset) {
-        storeNumber<double>(place, loadNumber<double>(data + offset));
-    });
-    forEach(Reading::Tick, [tick](void* place, qint64) { storeNumber<quint64>(place, tick); });
+        ++entry;
+    }
+}
+
+void SampleGenerations::storeAs(Way way, void* place, const char* bytes, quint64 tick) {
+    switch (way) {
+        case Way::FourBytes:
+            return storeAs<Way::FourBytes>(place, bytes, tick);
+        case Way::EightBytes:
+            return storeAs<Way::EightBytes>(place, bytes, tick);
+        case Way::Bool:
+            return storeAs<Way::Bool>(place, bytes, tick);
+        case Way::CharAsInt:
+            return storeAs<Way::CharAsInt>(place, bytes, tick);
+        case Way::Tick:
+            return storeAs<Way::Tick>(place, bytes, tick);
+        case Way::Nothing:
+            return;
+    }
 }

@@ -59,10 +59,15 @@ private:
         bool operator==(const Stamp&) const = default;
     };
 
+    /** The ways in which values go from a snapshot into a QVariant. */
+    enum class Way { FourBytes, EightBytes, Bool, CharAsInt, Tick, Nothing };
+    static constexpr std::size_t wayCount = 6;
+
     /** Where things are in the map of one generation. */
     struct Places {
-        std::vector<void*> planned;  // the numbers themselves, grouped by reading
+        std::vector<void*> planned;  // the numbers themselves, grouped by their way
         std::array<const QVariant*, knownValueCount> known{};
+        bool areFound = false;  // of `planned`
     };
 
     /** Values that were those of the sample, and the places in them. */
@@ -76,23 +81,35 @@ private:
     struct Rank {
         int planned = -1;  // index into Places::planned
         int known = -1;    // index into Places::known
+        Way way = Way::Nothing;
+        qint64 offset = 0;
     };
+
+    static Way wayOf(Reading reading);
+    template <Way way>
+    static void storeAs(void* place, const char* bytes, quint64 tick);
+    static void storeAs(Way way, void* place, const char* bytes, quint64 tick);
 
     void resolve(ValueMap& values, const std::vector<PlannedValue>& planned);
     void rank(const ValueMap& values, const std::vector<PlannedValue>& planned);
     void locate(ValueMap& values);
-    void store(const char* data, quint64 tick) const;
     [[nodiscard]] bool takeFreeGeneration(ValueMap& values);
+    void exchange(ValueMap& values, Generation& spare);
     void continueWithCopy(ValueMap& values);
+    void store(const char* data, quint64 tick) const;
+    template <Way way>
+    void storeGroup(const char* data, quint64 tick) const;
+    void walkAndStore(ValueMap& values, const char* data, quint64 tick);
 
     // Enough for a host that keeps the last two samples while a third is on its way to it.
     static constexpr std::size_t spareCount = 3;
 
     Stamp m_stamp;
     Places m_places;
-    std::vector<qint64> m_offsets;  // in a snapshot, in the order of the places
-    std::array<std::size_t, readingCount + 1> m_groups{};  // first place of each reading
-    std::vector<Rank> m_ranks;                             // in the order of the map
+    std::vector<qint64> m_offsets;                     // in a snapshot, in the order of the places
+    std::array<std::size_t, wayCount + 1> m_groups{};  // first place of each way
+    std::vector<Rank> m_ranks;                         // in the order of the map
     std::array<Generation, spareCount> m_spares;
-    std::size_t m_nextSpare = 0;
+    std::size_t m_oldest = 0;
+    int m_copiesInARow = 0;
 };

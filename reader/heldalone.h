@@ -1,0 +1,25 @@
+#pragma once
+
+#include <atomic>
+
+/**
+ * Whether nobody else holds what a Qt container holds, so that it may be written to in place.
+ *
+ * The container's own look at the counter orders nothing. What another thread read before it let go
+ * must have happened before what is written next: the fence sees to that together with the release
+ * in which the counter fell.
+ */
+template <typename Container>
+[[nodiscard]] bool isHeldAlone(const Container& container) {
+    if (!container.isDetached()) {
+        return false;
+    }
+#if defined(__SANITIZE_THREAD__)
+    // The sanitizer knows no fences. Taking a hold and giving it back orders the same.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the hold is what is wanted
+    [[maybe_unused]] const Container hold = container;
+#else
+    std::atomic_thread_fence(std::memory_order_acquire);
+#endif
+    return true;
+}
