@@ -19,6 +19,12 @@ void keepFreedMemory();
 /** Gives freed memory back to the system, so that what follows begins as a new program does. */
 void giveBackFreedMemory();
 
+/**
+ * Has the allocator join what was freed piece by piece, which else falls to whoever asks for a
+ * large piece next, in the middle of its measured time.
+ */
+void settleFreedMemory();
+
 /** The allocations of a stretch of work. */
 class AllocationMeter {
 public:

@@ -1,6 +1,7 @@
 #include "benchmarks/allocations.h"
 
 #include <cstddef>
+#include <cstdlib>
 #include <malloc.h>
 
 // The C library's own entry points, which it keeps for programs that put themselves before malloc.
@@ -29,6 +30,11 @@ void bench::keepFreedMemory() {
 
 void bench::giveBackFreedMemory() {
     malloc_trim(0);
+}
+
+void bench::settleFreedMemory() {
+    constexpr std::size_t largePiece = 1 << 20;  // bytes
+    std::free(std::malloc(largePiece));
 }
 
 // operator new and Qt's containers take their memory through these; what is freed is not counted.

@@ -31,27 +31,24 @@ const RecorderCar& recorderOf(iRTelemetryReader& reader, int car) {
 }
 
 /**
- * A reader in the middle of everybody's lap. To spare the time of 5400 real ticks the recorded
- * channels are lengthened to a whole lap by hand.
+ * A reader at the end of everybody's second lap, as at a session's end: what the first closed lap
+ * of a car settles is settled. To spare the time of 5400 real ticks the recorded channels are
+ * lengthened to a whole lap by hand.
  */
 template <typename Reader>
 class LapEnd {
 public:
     explicit LapEnd(const Workload& workload) : m_workload(workload), m_header(workload.header()) {
-        m_reader.setYaml(m_workload.sessionText({}).c_str());
-        m_reader.updateCarList();
-        for (int tick = firstTick; tick < firstTick + recordedTicks; ++tick) {
-            sample(tick);
-            m_reader.processData();
-        }
+        publishResults(0);
+        record(ticksPerLap * 9 / 10);
+        publishResults(firstResultTick);
+        record(firstResultTick);
+        record(ticksPerLap * 19 / 10);
         for (int car = 0; car < carCount; ++car) {
             lengthen(*recorderOf(m_reader, car).lap);
         }
-        // A second behind the line of the slowest car: all results are in.
-        constexpr int resultTick = ticksPerLap + 400;
-        m_reader.setYaml(m_workload.sessionText(m_workload.results(resultTick)).c_str());
-        m_reader.updateCarList();
-        sample(resultTick);
+        publishResults(secondResultTick);
+        sample(secondResultTick);
     }
 
     void closeAll() { m_reader.processData(); }
@@ -66,8 +63,22 @@ public:
     }
 
 private:
-    static constexpr int firstTick = ticksPerLap * 9 / 10;
+    // A second behind the line of the slowest car: all results are in.
+    static constexpr int firstResultTick = ticksPerLap + 400;
+    static constexpr int secondResultTick = 2 * ticksPerLap + 800;
     static constexpr int recordedTicks = 5;
+
+    void publishResults(int tick) {
+        m_reader.setYaml(m_workload.sessionText(m_workload.results(tick)).c_str());
+        m_reader.updateCarList();
+    }
+
+    void record(int firstTick) {
+        for (int tick = firstTick; tick < firstTick + recordedTicks; ++tick) {
+            sample(tick);
+            m_reader.processData();
+        }
+    }
 
     void sample(int tick) {
         const std::vector<char> snapshot = m_workload.snapshot(tick);

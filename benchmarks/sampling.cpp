@@ -20,7 +20,6 @@ namespace bench {
 namespace {
 
 using TLM::SDK::DataEmitter;
-using TLM::SDK::DynamicData;
 using TLM::SDK::Sample;
 
 constexpr int ticksPerLap = 5400;
@@ -61,7 +60,7 @@ public:
     const QList<Sample>& fill(const iRTelemetryReader& reader) {
         QList<Sample>& samples = m_lists.take(carCount);
         for (int car = 0; car < carCount; ++car) {
-            samples[car] = reader.sample(car);
+            samples[car] = Sample(reader.sample(car));
         }
         return samples;
     }
@@ -203,6 +202,7 @@ public:
         const auto clear = [this] {
             m_fast.host().clear();
             m_copies.clear();
+            settleFreedMemory();
         };
         m_contest.add(
             "fast", fastTicks, [this] { run(); }, clear);
@@ -229,20 +229,20 @@ private:
 
     void copy() {
         for (int i = 0; i < fastTicks; ++i) {
-            QList<DynamicData::ValueMap> maps;
-            maps.reserve(carCount);
+            QList<Sample> samples;
+            samples.reserve(carCount);
             for (int car = 0; car < carCount; ++car) {
-                maps.append(m_fast.sample(car).data());
-                maps.last().detach();
+                samples.append(m_fast.sample(car));
+                samples.last().data().detach();
             }
-            m_copies.append(maps);
+            m_copies.append(samples);
         }
     }
 
     Workload m_workload;
     std::vector<std::vector<char>> m_snapshots;
     FastSampler m_fast;
-    QList<QList<DynamicData::ValueMap>> m_copies;
+    QList<QList<Sample>> m_copies;
     Contest m_contest;
 };
 
