@@ -1,7 +1,8 @@
-# Compiles for Windows what cannot be linked there for want of a Qt for Windows: every source that
-# needs Qt, against the headers of the building machine's Qt. Of those, only what the configuration
-# of that Qt decides differs from a Qt for Windows; the compiler's own macros choose the platform's
-# side of everything else. The objects are of no other use.
+# Compiles for Windows what needs Qt where there is no Qt for Windows: against the headers of the
+# building machine's Qt. Of those, only what the configuration of that Qt decides differs from a Qt
+# for Windows; the compiler's own macros choose the platform's side of everything else. The plugin is
+# linked as well, to import libraries that hold the names of Qt that it asks for, so that its own
+# tables can be read. It cannot be loaded.
 find_program(RATAIP_HOST_QMAKE NAMES qmake6 DOC "Names the folders of the building machine's Qt")
 if(NOT RATAIP_HOST_QMAKE)
     message(WARNING "No Qt 6 on the building machine: sources that need Qt are not compiled")
@@ -18,7 +19,40 @@ rataip_query_host_qt(qt_headers QT_INSTALL_HEADERS)
 rataip_query_host_qt(qt_libexec QT_HOST_LIBEXECS)
 string(REGEX MATCH "^[0-9]+" QT_VERSION_MAJOR "${qt_version}")
 
-set(folders sdk yaml reader plugin tools/host tools/laps tools/lapimage tools/monitor)
+set(check_folder "${CMAKE_BINARY_DIR}/windows-compile-check")
+configure_file(sdk/interfaceid.h.in "${check_folder}/sdk/interfaceid.h" @ONLY)
+
+# rataip_add_compile_check(<name> MODULES <Qt module>... FOLDERS <folder>...)
+function(rataip_add_compile_check name)
+    cmake_parse_arguments(ARG "" "" "MODULES;FOLDERS" ${ARGN})
+    set(sources)
+    foreach(folder IN LISTS ARG_FOLDERS)
+        file(GLOB found CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/${folder}/*.cpp")
+        list(APPEND sources ${found})
+    endforeach()
+    list(FILTER sources EXCLUDE REGEX "_linux\\.cpp$")
+
+    add_library(${name} OBJECT ${sources})
+    set_target_properties(${name} PROPERTIES
+        AUTOMOC ON
+        AUTOMOC_EXECUTABLE "${qt_libexec}/moc")
+    list(TRANSFORM ARG_MODULES PREPEND "${qt_headers}/")
+    target_include_directories(${name} PRIVATE "${check_folder}")
+    target_include_directories(${name} SYSTEM PRIVATE "${qt_headers}" ${ARG_MODULES})
+    target_compile_definitions(${name} PRIVATE
+        RATAIP_PLUGIN_FILE="rataip.dll"
+        RATAIP_PLUGIN_VERSION="${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}"
+        RATAIP_VERSION="${PROJECT_VERSION}")
+    target_compile_options(${name} PRIVATE -O0 -g0)
+    target_link_libraries(${name} PRIVATE rataip_common)
+endfunction()
+
+rataip_add_compile_check(rataip_windows_plugin_check
+    MODULES QtCore QtGui
+    FOLDERS sdk yaml reader plugin)
+target_compile_definitions(rataip_windows_plugin_check PRIVATE QT_PLUGIN)
+
+set(folders tools/host tools/laps tools/lapimage tools/monitor)
 set(modules QtCore QtGui)
 if(EXISTS "${qt_headers}/QtCharts")
     list(APPEND folders tools/viewer)
@@ -26,30 +60,18 @@ if(EXISTS "${qt_headers}/QtCharts")
 else()
     message(STATUS "No Qt Charts on the building machine: tools/viewer is not compiled")
 endif()
+rataip_add_compile_check(rataip_windows_programs_check MODULES ${modules} FOLDERS ${folders})
 
-set(sources)
-foreach(folder IN LISTS folders)
-    file(GLOB found CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/${folder}/*.cpp")
-    list(APPEND sources ${found})
-endforeach()
-file(GLOB found CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/plugin/*_win32.cpp")
-list(APPEND sources ${found})
-list(FILTER sources EXCLUDE REGEX "_linux\\.cpp$")
-
-set(generated "${CMAKE_BINARY_DIR}/windows-compile-check")
-configure_file(sdk/interfaceid.h.in "${generated}/sdk/interfaceid.h" @ONLY)
-
-add_library(rataip_windows_compile_check OBJECT ${sources})
-set_target_properties(rataip_windows_compile_check PROPERTIES
-    AUTOMOC ON
-    AUTOMOC_EXECUTABLE "${qt_libexec}/moc")
-list(TRANSFORM modules PREPEND "${qt_headers}/")
-target_include_directories(rataip_windows_compile_check PRIVATE "${generated}")
-target_include_directories(rataip_windows_compile_check SYSTEM PRIVATE "${qt_headers}" ${modules})
-target_compile_definitions(rataip_windows_compile_check PRIVATE
-    QT_PLUGIN
-    RATAIP_PLUGIN_FILE="rataip.dll"
-    RATAIP_PLUGIN_VERSION="${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}"
-    RATAIP_VERSION="${PROJECT_VERSION}")
-target_compile_options(rataip_windows_compile_check PRIVATE -O0 -g0)
-target_link_libraries(rataip_windows_compile_check PRIVATE rataip_common)
+set(RATAIP_TABLES_ONLY_PLUGIN "${check_folder}/rataip.dll")
+add_custom_command(OUTPUT "${RATAIP_TABLES_ONLY_PLUGIN}"
+    COMMAND "${CMAKE_COMMAND}"
+        "-DNM=${CMAKE_NM}" "-DDLLTOOL=${CMAKE_DLLTOOL}" "-DCXX=${CMAKE_CXX_COMPILER}"
+        "-DOBJECTS=$<TARGET_OBJECTS:rataip_windows_plugin_check>"
+        "-DLIBRARIES=$<TARGET_FILE:rataip_irsdk>"
+        "-DOUTPUT=${RATAIP_TABLES_ONLY_PLUGIN}"
+        -P "${CMAKE_SOURCE_DIR}/cmake/LinkToNames.cmake"
+    DEPENDS $<TARGET_OBJECTS:rataip_windows_plugin_check> rataip_windows_plugin_check rataip_irsdk
+        cmake/LinkToNames.cmake
+    COMMENT "Linking rataip.dll to the names of Qt"
+    VERBATIM)
+add_custom_target(rataip_windows_link_check ALL DEPENDS "${RATAIP_TABLES_ONLY_PLUGIN}")
