@@ -26,8 +26,11 @@ using LapPointer = QSharedPointer<Lap>;
 
 constexpr int kSlots = 64;
 constexpr int kOwnCar = 3;
-constexpr std::array kOtherCars{1, 7, 63};
-constexpr std::array kDrivenCars{kOwnCar, 1, 7, 63};
+constexpr std::array kOtherCars{1, 6, 7};
+constexpr std::array kDrivenCars{kOwnCar, 1, 6, 7};
+
+// The arrays end behind the last car that is driven: readings of empty slots take time, not paths.
+constexpr int kPublishedCars = 8;
 const QTime kNoLapTime(0, 59, 59);
 
 // What no simulator should say, behind the ordinary numbers of a byte.
@@ -74,10 +77,10 @@ public:
             m_block.addVariable(name, irsdk_float, 1, "s");
         }
         m_block.addVariable("FuelLevel", irsdk_float, 1, "l");
-        m_block.addVariable("CarIdxLapDistPct", irsdk_float, kSlots, "%");
-        m_block.addVariable("CarIdxOnPitRoad", irsdk_bool, kSlots);
-        m_block.addVariable("CarIdxLapCompleted", irsdk_int, kSlots);
-        m_block.addVariable("CarIdxLastLapTime", irsdk_float, kSlots, "s");
+        m_block.addVariable("CarIdxLapDistPct", irsdk_float, kPublishedCars, "%");
+        m_block.addVariable("CarIdxOnPitRoad", irsdk_bool, kPublishedCars);
+        m_block.addVariable("CarIdxLapCompleted", irsdk_int, kPublishedCars);
+        m_block.addVariable("CarIdxLastLapTime", irsdk_float, kPublishedCars, "s");
         m_block.setAll("CarIdxLapDistPct", -1.0);
         m_block.set("ReplayPlaySpeed", 1);
         for (const int car : kDrivenCars) {
