@@ -344,7 +344,6 @@ TEST_F(WindowsRights, AreNotHandedToChildProcesses) {
         DWORD count = 0;
         for (std::uintptr_t value = kStep; value <= kLast; value += kStep) {
             DWORD flags = 0;
-            // NOLINTNEXTLINE(performance-no-int-to-ptr): a handle is a number
             if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0) {
                 count += flags & HANDLE_FLAG_INHERIT;
             }
