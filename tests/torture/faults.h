@@ -44,6 +44,7 @@ private:
     void cycle(Layout layout);
     void begin(Layout layout);
     void finish();
+    void driveToTheFirstLap();
     void drive(std::chrono::milliseconds duration);
     void step(bool joins);
     void switchStatus();

@@ -53,6 +53,7 @@ public:
     void see(long long tick, bool joins);
 
     void hand(const HandedLap& lap) { m_handed.push_back(lap); }
+    [[nodiscard]] bool hasLaps() const { return !m_handed.empty(); }
 
     [[nodiscard]] LapBalance balance(const std::vector<testsupport::DrivenLap>& driven,
                                      Trust trust) const;
