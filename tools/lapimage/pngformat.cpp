@@ -1,6 +1,7 @@
 #include "tools/lapimage/pngformat.h"
 
 #include "tools/lapimage/lappicture.h"
+#include "tools/laps/writeall.h"
 
 #include <QBuffer>
 
@@ -15,7 +16,7 @@ bool writePng(const TLM::SDK::Lap& lap, QIODevice& device) {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     return LapPicture(lap, sheetSize).image().save(&buffer, "PNG") &&
-           device.write(buffer.data()) == buffer.size();
+           laps::writeAll(device, buffer.data());
 }
 
 }  // namespace

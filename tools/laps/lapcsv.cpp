@@ -1,5 +1,7 @@
 #include "tools/laps/lapcsv.h"
 
+#include "tools/laps/writeall.h"
+
 #include <QByteArray>
 #include <QList>
 
@@ -93,7 +95,7 @@ void appendLine(QByteArray& text, const QList<Column>& columns, const AppendCell
 }
 
 bool writePiece(QByteArray& text, QIODevice& device) {
-    const bool isWritten = device.write(text) == text.size();
+    const bool isWritten = writeAll(device, text);
     text.resize(0);  // keeps the room
     return isWritten;
 }

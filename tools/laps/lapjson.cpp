@@ -1,6 +1,7 @@
 #include "tools/laps/lapjson.h"
 
 #include "tools/host/laptext.h"
+#include "tools/laps/writeall.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -74,8 +75,7 @@ QJsonArray channelsJson(const Lap& lap) {
 }
 
 bool writeJson(const Lap& lap, QIODevice& device) {
-    const QByteArray text = QJsonDocument(lapJson(lap)).toJson();
-    return device.write(text) == text.size();
+    return writeAll(device, QJsonDocument(lapJson(lap)).toJson());
 }
 
 }  // namespace

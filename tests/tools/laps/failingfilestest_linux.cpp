@@ -78,7 +78,9 @@ TEST(FailingFiles, ADiskThatFillsUpIsToldOnceAndLeavesNoHalfFile) {
             exporter.add(ownLap(lap));
         }
         exporter.finish();
-        EXPECT_EQ(failed.size(), 1) << "for all three";
+        ASSERT_EQ(failed.size(), 1) << "for all three";
+        const QString sentence = failed.constFirst().constFirst().toString();
+        EXPECT_TRUE(sentence.endsWith(QStringLiteral("File too large"))) << sentence.toStdString();
         EXPECT_EQ(written.size(), 0);
         EXPECT_TRUE(QDir(folder.path()).isEmpty());
     }
