@@ -17,45 +17,35 @@ namespace bench {
 
 namespace {
 
-using TLM::SDK::Lap;
-
 constexpr int ticksPerLap = 5400;
-constexpr int rounds = 9;
-
-RecorderCar& recorderOf(obvious::Reader& reader, int car) {
-    return reader.recorderCar(car);
-}
-
-const RecorderCar& recorderOf(iRTelemetryReader& reader, int car) {
-    return reader.recorderCar(car);
-}
+constexpr int rounds = 5;
 
 /**
  * A reader at the end of everybody's second lap, as at a session's end: what the first closed lap
- * of a car settles is settled. To spare the time of 5400 real ticks the recorded channels are
- * lengthened to a whole lap by hand.
+ * of a car settles is settled.
  */
 template <typename Reader>
 class LapEnd {
 public:
     explicit LapEnd(const Workload& workload) : m_workload(workload), m_header(workload.header()) {
         publishResults(0);
-        record(ticksPerLap * 9 / 10);
+        record(ticksPerLap * 9 / 10, firstResultTick);
         publishResults(firstResultTick);
-        record(firstResultTick);
-        record(ticksPerLap * 19 / 10);
-        for (int car = 0; car < carCount; ++car) {
-            lengthen(*recorderOf(m_reader, car).lap);
-        }
+        record(firstResultTick, 2 * ticksPerLap - 5);
         publishResults(secondResultTick);
         sample(secondResultTick);
     }
 
-    void closeAll() { m_reader.processData(); }
+    /** The own car's lap ends with the session; the others' results have moved on. */
+    void closeAll() {
+        m_reader.processData();
+        m_reader.processLap(ownCar, false);
+    }
 
     [[nodiscard]] bool isEveryLapClosed() {
         for (int car = 0; car < carCount; ++car) {
-            if (!m_reader.isLapReady(car) || m_reader.lap(car)->size() < ticksPerLap) {
+            const bool isShort = car != ownCar && m_reader.lap(car)->size() < shortestLap;
+            if (!m_reader.isLapReady(car) || isShort) {
                 return false;
             }
         }
@@ -66,15 +56,15 @@ private:
     // A second behind the line of the slowest car: all results are in.
     static constexpr int firstResultTick = ticksPerLap + 400;
     static constexpr int secondResultTick = 2 * ticksPerLap + 800;
-    static constexpr int recordedTicks = 5;
+    static constexpr int shortestLap = ticksPerLap * 9 / 10;  // samples
 
     void publishResults(int tick) {
         m_reader.setYaml(m_workload.sessionText(m_workload.results(tick)).c_str());
         m_reader.updateCarList();
     }
 
-    void record(int firstTick) {
-        for (int tick = firstTick; tick < firstTick + recordedTicks; ++tick) {
+    void record(int firstTick, int endTick) {
+        for (int tick = firstTick; tick < endTick; ++tick) {
             sample(tick);
             m_reader.processData();
         }
@@ -85,25 +75,6 @@ private:
         m_reader.prepareTick();
         m_reader.getRawData(&m_header, m_workload.table().data(), snapshot.data(),
                             m_workload.bufferLength());
-    }
-
-    /** A whole lap from line to line: what tells time and distance rises, the rest goes on. */
-    static void lengthen(const Lap& lap) {
-        for (auto channel = lap.channels().cbegin(); channel != lap.channels().cend(); ++channel) {
-            QList<double>& samples = channel.value()->samples;
-            samples.resize(ticksPerLap, samples.constLast());
-            if (channel.key() == u"lapdistpct") {
-                rise(samples, 1.0 / ticksPerLap);
-            } else if (channel.key() == u"sessiontime" || channel.key() == u"lapcurrentlaptime") {
-                rise(samples, 1.0 / ticksPerSecond);
-            }
-        }
-    }
-
-    static void rise(QList<double>& samples, double step) {
-        for (qsizetype i = 0; i < samples.size(); ++i) {
-            samples[i] = static_cast<double>(i) * step;
-        }
     }
 
     const Workload& m_workload;

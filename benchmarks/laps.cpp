@@ -5,8 +5,8 @@
 #include "benchmarks/figure.h"
 #include "benchmarks/figures.h"
 #include "benchmarks/obvious/addsample.h"
-#include "benchmarks/obvious/reader.h"
 #include "benchmarks/workload.h"
+#include "reader/irtelemetryreader.h"
 #include "sdk/lap.h"
 
 #include <QSharedPointer>
@@ -55,9 +55,9 @@ public:
     }
 
 private:
-    /** The samples of a tick, with the texts shared between values and channels as in a reader. */
+    /** The samples of a tick, as the plugin's reader makes them. */
     void takeSamples() {
-        obvious::Reader reader;
+        iRTelemetryReader reader;
         const irsdk_header header = m_workload.header();
         const std::vector<char> snapshot = m_workload.snapshot(0);
         reader.setYaml(m_workload.sessionText({}).c_str());
@@ -65,7 +65,7 @@ private:
         reader.getRawData(&header, m_workload.table().data(), snapshot.data(),
                           m_workload.bufferLength());
         for (int car = 0; car < carCount; ++car) {
-            m_samples.push_back(reader.sample(car));
+            m_samples.push_back(std::as_const(reader).sample(car));
             for (const auto& value : std::as_const(m_samples.back()).data()) {
                 m_numbers.push_back(value.value.toDouble());
             }

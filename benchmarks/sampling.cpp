@@ -57,13 +57,7 @@ private:
 /** The list of a tick as the plugin's tick makes it. */
 class FastLists {
 public:
-    const QList<Sample>& fill(const iRTelemetryReader& reader) {
-        QList<Sample>& samples = m_lists.take(carCount);
-        for (int car = 0; car < carCount; ++car) {
-            samples[car] = Sample(reader.sample(car));
-        }
-        return samples;
-    }
+    const QList<Sample>& fill(const iRTelemetryReader& reader) { return m_lists.fill(reader); }
     void release() { m_lists.release(); }
 
 private:

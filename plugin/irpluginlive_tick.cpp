@@ -88,10 +88,8 @@ void iRPluginLive::refreshSessionInfo(const irsdk_header& header) {
 }
 
 bool iRPluginLive::deliver(const ConnectionGuard& guard) {
-    QList<Sample>& samples = sampleLists.take(carCount);
+    const QList<Sample>& samples = sampleLists.fill(reader);
     for (int car = 0; car < carCount; ++car) {
-        // Moving a copy there takes no call into Qt for each of the record's texts.
-        samples[car] = Sample(std::as_const(reader).sample(car));
         if (reader.isLapReady(car)) {
             handOverLap(car);
             if (!guard.isSameConnection()) {

@@ -4,34 +4,62 @@
 
 using TLM::SDK::Sample;
 
-namespace {
+const QList<Sample>& SampleLists::fill(const iRTelemetryReader& reader) {
+    release();
+    Entry* entry = findFree();
+    if (entry == nullptr) {
+        entry = &m_lists[m_oldest];
+        m_oldest = (m_oldest + 1) % listCount;
+        fillAnew(*entry, reader);
+    } else if (hasRecordsOf(*entry, reader)) {
+        refill(*entry, reader);
+    } else {
+        fillAnew(*entry, reader);
+    }
+    entry->hasValues = true;
+    return entry->samples;
+}
 
-void dropValues(QList<Sample>& list) {
-    for (Sample& sample : list) {
-        sample.data() = {};
+SampleLists::Entry* SampleLists::findFree() {
+    for (Entry& entry : m_lists) {
+        if (entry.samples.isEmpty() || isHeldAlone(entry.samples)) {
+            return &entry;
+        }
+    }
+    return nullptr;
+}
+
+bool SampleLists::hasRecordsOf(const Entry& entry, const iRTelemetryReader& reader) {
+    return entry.samples.size() == reader.carCount() && reader.recordsRevision() &&
+           entry.recordsRevision == reader.recordsRevision();
+}
+
+/** The car records are there already. */
+void SampleLists::refill(Entry& entry, const iRTelemetryReader& reader) {
+    int car = 0;
+    for (Sample& sample : entry.samples) {
+        sample.data() = reader.sample(car).data();
+        ++car;
     }
 }
 
-}  // namespace
-
-QList<Sample>& SampleLists::take(qsizetype count) {
-    release();
-    for (QList<Sample>& list : m_lists) {
-        if (list.isEmpty() || isHeldAlone(list)) {
-            list.resize(count);
-            return list;
-        }
+void SampleLists::fillAnew(Entry& entry, const iRTelemetryReader& reader) {
+    QList<Sample> samples;
+    samples.reserve(reader.carCount());
+    for (int car = 0; car < reader.carCount(); ++car) {
+        samples.append(reader.sample(car));
     }
-    QList<Sample>& list = m_lists[m_oldest];
-    m_oldest = (m_oldest + 1) % listCount;
-    list = QList<Sample>(count);
-    return list;
+    entry.samples = samples;
+    entry.recordsRevision = reader.recordsRevision().value_or(0);
 }
 
 void SampleLists::release() {
-    for (QList<Sample>& list : m_lists) {
-        if (isHeldAlone(list)) {
-            dropValues(list);
+    for (Entry& entry : m_lists) {
+        if (entry.hasValues && isHeldAlone(entry.samples)) {
+            for (Sample& sample : entry.samples) {
+                sample.data() = {};
+            }
+            entry.hasValues = false;
         }
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "reader/irtelemetryreader.h"
 #include "sdk/sample.h"
 
 #include <QList>
@@ -16,17 +17,27 @@
  */
 class SampleLists {
 public:
-    /** A list of `count` samples without values that nobody else holds, good until the next call.
-     */
-    QList<TLM::SDK::Sample>& take(qsizetype count);
+    /** A list of the reader's samples that nobody else holds, good until the next call. */
+    const QList<TLM::SDK::Sample>& fill(const iRTelemetryReader& reader);
 
     /** Takes the values out of the lists that nobody else holds. */
     void release();
 
 private:
+    struct Entry {
+        QList<TLM::SDK::Sample> samples;
+        quint64 recordsRevision = 0;  // of the car records in it
+        bool hasValues = false;
+    };
+
+    [[nodiscard]] Entry* findFree();
+    [[nodiscard]] static bool hasRecordsOf(const Entry& entry, const iRTelemetryReader& reader);
+    static void refill(Entry& entry, const iRTelemetryReader& reader);
+    static void fillAnew(Entry& entry, const iRTelemetryReader& reader);
+
     // As many as the generations of values behind them.
     static constexpr std::size_t listCount = 4;
 
-    std::array<QList<TLM::SDK::Sample>, listCount> m_lists;
+    std::array<Entry, listCount> m_lists;
     std::size_t m_oldest = 0;
 };

@@ -34,6 +34,7 @@ void iRTelemetryReader::resize(int count) {
     count = std::max(count, 0);
     const qsizetype former = m_cars.size();
     m_cars.resize(count);
+    ++m_recordsRevision;
     m_carListRevision.reset();
     for (qsizetype i = former; i < count; ++i) {
         m_cars[i].expectSamples(firstLapSamples + i * firstLapStagger);
@@ -88,6 +89,10 @@ TLM::SDK::Sample& iRTelemetryReader::sample(int car) {
 
 const TLM::SDK::Sample& iRTelemetryReader::sample(int car) const {
     return m_cars[car].sample;
+}
+
+std::optional<quint64> iRTelemetryReader::recordsRevision() const {
+    return m_sampleHandedOut ? std::nullopt : std::optional(m_recordsRevision);
 }
 
 bool iRTelemetryReader::hasOwnCarSlot() const {

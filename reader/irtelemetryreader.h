@@ -51,6 +51,8 @@ public:
     /** Sets the number of car slots; the slots that remain keep their contents. */
     void resize(int count);
 
+    [[nodiscard]] int carCount() const { return static_cast<int>(m_cars.size()); }
+
     /** Whether the values come from a recording on disk; tells every car slot too. */
     void setDiskLoading(bool on);
 
@@ -78,6 +80,12 @@ public:
      */
     TLM::SDK::Sample& sample(int car);
     [[nodiscard]] const TLM::SDK::Sample& sample(int car) const;
+
+    /**
+     * Another number whenever the car record of a sample has changed; none when somebody was given
+     * a sample and may change it at any time.
+     */
+    [[nodiscard]] std::optional<quint64> recordsRevision() const;
 
     /**
      * Merges the zero-terminated session text into the tree and settles, with the first text that
@@ -179,8 +187,12 @@ private:
     [[nodiscard]] bool isStandingBySpeed(int index) const;
     void settleSessionType(RecorderSample& current, int sessionNumber);
     void recordSample(int index);
+    void followCourse(int index, LapCourse& course, const TLM::SDK::Lap& lap) const;
 
-    void addTimeAndDistance(TLM::SDK::Lap& lap) const;
+    [[nodiscard]] double trackKilometres() const;
+    [[nodiscard]] bool needsCourse(int car) const;
+    void deriveChannels(int car);
+    void addTimeAndDistance(RecorderCar& car) const;
 
     qint32 m_replay = -1;  // -1 not yet known, 0 live, 1 replay
     QStringList m_varNames;
@@ -188,6 +200,8 @@ private:
     QList<RecorderCar> m_cars;
     std::optional<quint64> m_carListRevision;  // of the tree that the car list was made from
     bool m_sampleHandedOut = false;            // of any car
+    quint64 m_recordsRevision = 1;
+    double m_trackKilometres = 0.0;  // as of the last session text
     ResultsTable m_results;
     LapFactsMemory m_lapFacts;
     SamplingPlan m_plan;

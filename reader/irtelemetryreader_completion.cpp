@@ -125,6 +125,10 @@ void iRTelemetryReader::processLap(int index, bool completed) {
         return;
     }
     Lap& lap = *car.lap;
+    // Asked before this function looks at them itself.
+    if (lap.areChannelsSeen()) {
+        car.course.spoil();
+    }
     setLapType(lap, car.previous.status);
     setLapTime(car, completed);
     lap.setLapId(car.previous.lapId);
@@ -136,7 +140,7 @@ void iRTelemetryReader::processLap(int index, bool completed) {
     lap.removeValue(u"maxLapDistPct"_s);
     getSessionInfo(index, &lap);
     cleanupLap(index);
-    preprocessLap(index);
+    deriveChannels(index);
     normalizeChannelBeginning(index, u"lapcurrentlaptime"_s);
     normalizeChannelBeginning(index, u"energybatterytomgu_klap"_s);
     normalizeChannelBeginning(index, u"energymgu_klapdeploypct"_s);

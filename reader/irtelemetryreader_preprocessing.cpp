@@ -1,10 +1,7 @@
 #include "reader/irtelemetryreader.h"
 
-#include <QDebug>
-
 #include <algorithm>
 #include <cmath>
-#include <span>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -18,13 +15,6 @@ constexpr double zeroDensity = 1e-12;
 
 // A lap whose first reading lies before this part of the lap starts at the line.
 constexpr double lapStartDistance = 0.01;
-
-constexpr double metresPerKilometre = 1000.0;
-
-// A speed spike leaves and returns by more than this, in the unit of speed, and by more than this
-// many times what remains of it.
-constexpr double spikeStep = 5.0;
-constexpr double spikeRatio = 5.0;
 
 /**
  * Adds the north offset to the heading. The offset is stored as "YawOffset" and the heading is
@@ -72,91 +62,43 @@ void renamePercentUnits(Lap& lap) {
     }
 }
 
-/**
- * What follows from clock and place of a lap's samples. All of it is derived in one pass: at a
- * session's end 64 laps of thousands of samples are closed in one tick, and it is the way to the
- * memory that takes the time.
- */
-struct Course {
-    QList<double> timeSteps;    // to the next sample
-    QList<double> time;         // since the first sample
-    QList<double> distance;     // metres
-    QList<double> speed;        // to the next sample
-    bool hasSteepRise = false;  // of the speed, without which it has no spike
-
-    /** The last entries of steps and speed repeat the ones before; lone ones are 0. */
-    Course(std::span<const double> clock, std::span<const double> fractions, double kilometres);
-};
-
-Course::Course(std::span<const double> clock, std::span<const double> fractions, double kilometres)
-    : timeSteps(static_cast<qsizetype>(clock.size())),
-      time(timeSteps.size()),
-      distance(timeSteps.size()),
-      speed(timeSteps.size()) {
-    double* const stepAt = timeSteps.data();
-    double* const timeAt = time.data();
-    double* const distanceAt = distance.data();
-    double* const speedAt = speed.data();
-    double elapsed = 0.0;
-    double lastStep = 0.0;
-    double lastSpeed = 0.0;
-    bool isSteep = false;
-    double here = fractions[0] * kilometres * metresPerKilometre;
-    const std::size_t last = clock.size() - 1;
-    for (std::size_t i = 0; i < last; ++i) {
-        const double next = fractions[i + 1] * kilometres * metresPerKilometre;
-        const double step = clock[i + 1] - clock[i];
-        const double speedHere = (next - here) / step;
-        isSteep = isSteep || (i > 0 && speedHere - lastSpeed > spikeStep);
-        stepAt[i] = step;
-        timeAt[i] = elapsed;
-        distanceAt[i] = here;
-        speedAt[i] = speedHere;
-        elapsed += step;
-        here = next;
-        lastStep = step;
-        lastSpeed = speedHere;
+LapCourse courseAlong(const QList<double>& clock, const QList<double>& fractions, qsizetype count,
+                      double kilometres) {
+    LapCourse course(kilometres);
+    course.expect(count);
+    for (qsizetype i = 0; i < count; ++i) {
+        course.add(clock[i], fractions[i]);
     }
-    stepAt[last] = lastStep;
-    timeAt[last] = elapsed;
-    distanceAt[last] = here;
-    speedAt[last] = lastSpeed;
-    hasSteepRise = isSteep;
-}
-
-bool isSpike(double before, double reading, double after) {
-    const double rise = reading - before;
-    const double fall = after - reading;
-    return rise * fall < 0.0 &&
-           std::fabs(rise) + std::fabs(fall) > spikeRatio * std::fabs(rise + fall) &&
-           (rise > spikeStep || fall > spikeStep);
-}
-
-void repairSpikes(std::span<double> speed) {
-    for (std::size_t i = 1; i + 1 < speed.size(); ++i) {
-        const double before = speed[i - 1];
-        const double after = speed[i + 1];
-        if (isSpike(before, speed[i], after)) {
-            qDebug() << "peak detected" << i << before << speed[i] << after;
-            speed[i] = (before + after) * 0.5;
-            qDebug() << "peak fixed" << speed[i];
-        }
-    }
+    return course;
 }
 
 }  // namespace
 
 void iRTelemetryReader::preprocessLap(int car) {
+    // The course is the lap's as long as nobody else could change its channels.
+    if (m_cars[car].lap->areChannelsSeen()) {
+        m_cars[car].course.spoil();
+    }
+    deriveChannels(car);
+}
+
+void iRTelemetryReader::deriveChannels(int car) {
     Lap& lap = *m_cars[car].lap;
     correctYaw(lap);
     addFuelWeight(lap);
     renamePercentUnits(lap);
-    if (car != m_myCarIdx || isReplay()) {
-        addTimeAndDistance(lap);
+    if (needsCourse(car)) {
+        addTimeAndDistance(m_cars[car]);
     }
 }
 
-void iRTelemetryReader::addTimeAndDistance(Lap& lap) const {
+/** The own car's own variables say it better, but a replay does not have them. */
+bool iRTelemetryReader::needsCourse(int car) const {
+    return car != m_myCarIdx || isReplay();
+}
+
+void iRTelemetryReader::addTimeAndDistance(RecorderCar& car) const {
+    Lap& lap = *car.lap;
     const auto fractions = lap.channel(u"lapdistpct"_s);
     const auto sessionTime = lap.channel(u"sessiontime"_s);
     if (fractions == nullptr || sessionTime == nullptr) {
@@ -168,19 +110,21 @@ void iRTelemetryReader::addTimeAndDistance(Lap& lap) const {
         return;
     }
     const QVariant trackLength = lap.value(u"Track length"_s).value;
-    const auto readings = [count](const Channel& channel) {
-        return std::span(channel.samples).first(static_cast<std::size_t>(count));
-    };
-    Course course(readings(*sessionTime), readings(*fractions), trackLength.toDouble());
+    const double kilometres = trackLength.toDouble();
+    LapCourse course = std::move(car.course);
+    car.course = {};
+    if (!course.isOf(fractions->samples.size(), kilometres) ||
+        !course.isOf(sessionTime->samples.size(), kilometres)) {
+        course = courseAlong(sessionTime->samples, fractions->samples, count, kilometres);
+    }
+    course.complete();
     if (fractions->samples.constFirst() < lapStartDistance) {
-        addChannel(lap, u"lapcurrentlaptime"_s, course.time);
+        addChannel(lap, u"lapcurrentlaptime"_s, course.time());
     }
     if (isLive() && trackLength.isValid()) {
-        if (course.hasSteepRise) {
-            repairSpikes(course.speed);
-        }
-        addChannel(lap, u"speed"_s, course.speed, "m/"_L1 + sessionTime->unit());
-        addChannel(lap, u"lapdist"_s, course.distance, u"m"_s);
+        course.repairSpikes();
+        addChannel(lap, u"speed"_s, course.speed(), "m/"_L1 + sessionTime->unit());
+        addChannel(lap, u"lapdist"_s, course.distance(), u"m"_s);
     }
-    addChannel(lap, u"dt"_s, course.timeSteps);
+    addChannel(lap, u"dt"_s, course.timeSteps());
 }

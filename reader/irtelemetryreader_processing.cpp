@@ -1,6 +1,7 @@
 #include "reader/irtelemetryreader.h"
 #include "reader/numbers.h"
 #include "reader/sessiontype.h"
+#include "sdk/number.h"
 
 #include <QDebug>
 
@@ -120,6 +121,8 @@ void abandonReplayLap(RecorderCar& car) {
     }
     car.lap->clear();
     car.nextLap->clear();
+    car.course.clear();
+    car.nextCourse.clear();
     car.current.status = CarStatus::OutLap;
     qDebug() << "Replay lap aborted";
 }
@@ -248,6 +251,7 @@ void iRTelemetryReader::recordSample(int index) {
     }
     if (hasCrossedLine(*car.lap, car.current.lapDistPct)) {
         car.nextLap->addSample(car.sample);
+        followCourse(index, car.nextCourse, *car.nextLap);
         return;
     }
     if (isReplay() && car.detailedTelemetry && isPlayedAtOtherSpeed(car.sample)) {
@@ -255,4 +259,20 @@ void iRTelemetryReader::recordSample(int index) {
         return;
     }
     car.lap->addSample(car.sample);
+    followCourse(index, car.course, *car.lap);
+}
+
+/** Goes along with what addSample() appended to `lap`. */
+void iRTelemetryReader::followCourse(int index, LapCourse& course, const Lap& lap) const {
+    if (!needsCourse(index)) {
+        return;
+    }
+    const QVariant* const clock = known(index, KnownValue::SessionTime);
+    const QVariant* const fraction = known(index, KnownValue::LapDistPct);
+    if (clock != nullptr && fraction != nullptr) {
+        course.setTrack(m_trackKilometres);
+        course.add(TLM::SDK::toNumber(*clock), TLM::SDK::toNumber(*fraction));
+    } else if (!lap.isEmpty()) {
+        course.spoil();
+    }
 }

@@ -203,6 +203,11 @@ void iRTelemetryReader::addDriverInfo(LapFacts& facts, const TStringTree& driver
     }
 }
 
+double iRTelemetryReader::trackKilometres() const {
+    const TStringTree* const weekend = sub(u"WeekendInfo"_s);
+    return weekend == nullptr ? 0.0 : NumberWithUnit(weekend->value(u"TrackLength"_s)).number;
+}
+
 std::optional<QString> iRTelemetryReader::ownSessionType() const {
     if (!hasOwnCarSlot()) {
         return std::nullopt;

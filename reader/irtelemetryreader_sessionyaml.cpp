@@ -18,6 +18,7 @@ bool assignIfChanged(QString& text, const QString& newText) {
 
 void iRTelemetryReader::setYaml(const char* yaml) {
     TYamlTree::setYaml(yaml);
+    m_trackKilometres = trackKilometres();
     settleReplay();
 }
 
@@ -60,6 +61,7 @@ bool iRTelemetryReader::updateDrivers() {
     if (drivers == nullptr) {
         return false;
     }
+    ++m_recordsRevision;
     bool changed = false;
     for (int i = 0; i < m_cars.size(); ++i) {
         changed = updateDriver(i, drivers) || changed;

@@ -42,7 +42,9 @@ RecorderCar::RecorderCar()
 void RecorderCar::expectSamples(qsizetype count) {
     m_expectedSamples = count;
     lap->reserve(count);
+    course.expect(count);
     nextLap->reserve(count);
+    nextCourse.expect(count);
 }
 
 void RecorderCar::expectSamplesLike(const Lap& ended) {
@@ -52,6 +54,7 @@ void RecorderCar::expectSamplesLike(const Lap& ended) {
     if (samples > 0) {
         m_expectedSamples = std::max(samples + samples / 8, m_expectedSamples / 2);
         nextLap->reserve(m_expectedSamples);
+        nextCourse.expect(m_expectedSamples);
     }
 }
 
@@ -66,8 +69,11 @@ void RecorderCar::startLap() {
     ++sampleRevision;
     expectSamplesLike(*lap);
     lap = nextLap;
+    course = nextCourse;
     nextLap = QSharedPointer<Lap>::create();
     nextLap->reserve(m_expectedSamples);
+    nextCourse = {};
+    nextCourse.expect(m_expectedSamples);
     current.lapInStint += 1;
     lapReady = false;
     lap->setLapInSession(current.lap);

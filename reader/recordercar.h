@@ -1,5 +1,6 @@
 #pragma once
 
+#include "reader/lapcourse.h"
 #include "reader/recordersample.h"
 #include "sdk/lap.h"
 #include "sdk/sample.h"
@@ -31,6 +32,12 @@ public:
 
     /** Samples taken after the line while `lap` is not closed yet. Never null. */
     QSharedPointer<TLM::SDK::Lap> nextLap;
+
+    /** What follows from the samples of `lap`, derived on the way. */
+    LapCourse course;
+
+    /** The same for `nextLap`. */
+    LapCourse nextCourse;
 
     QString driverName;  // empty while no driver sits in the car: such a car is not recorded
     QString teamName;

@@ -13,24 +13,22 @@ using TLM::SDK::Value;
 
 namespace {
 
-template <typename Number>
-void storeNumber(void* place, Number number) {
-    *static_cast<Number*>(place) = number;
-}
-
 /** Where the number of a value is: in the QVariant itself, which shares it with no other. */
 void* placeOf(Value& value) {
     return const_cast<void*>(std::as_const(value.value).constData());
 }
 
 const std::array<QString, knownValueCount>& knownKeys() {
-    static const std::array<QString, knownValueCount> keys{
-        u"lapdistpct"_s, u"sessionstate"_s, u"sessiontick"_s, u"onpitroad"_s, u"Speed"_s};
+    static const std::array<QString, knownValueCount> keys{u"lapdistpct"_s,  u"sessionstate"_s,
+                                                           u"sessiontick"_s, u"onpitroad"_s,
+                                                           u"Speed"_s,       u"sessiontime"_s};
     return keys;
 }
 
-// So many ticks.
-constexpr int patience = 8;
+// After so many copies in a row a host is taken to keep everything. From then on the spares are
+// looked at and renewed now and then only, because both cost as much as a part of the copy.
+constexpr unsigned int patience = 8;
+constexpr unsigned int lookInterval = 4;
 
 /** The index of a known value, or -1. */
 int knownIndex(const QString& key) {
@@ -61,10 +59,12 @@ void SampleGenerations::write(TLM::SDK::Sample& sample, const SamplingPlan& plan
         walkAndStore(values, data, tick);
         return;
     }
-    if (!m_places.areFound) {
+    if (m_places.areFound) {
+        storeChanged(data, tick);
+    } else {
         locate(values);
+        storeAll(data, tick);
     }
-    store(data, tick);
 }
 
 SampleGenerations::Way SampleGenerations::wayOf(Reading reading) {
@@ -108,7 +108,7 @@ void SampleGenerations::resolve(ValueMap& values, const std::vector<PlannedValue
     std::partial_sum(m_groups.begin(), m_groups.end(), m_groups.begin());
 
     rank(values, planned);
-    locate(values);
+    m_places.areFound = false;
 }
 
 void SampleGenerations::rank(const ValueMap& values, const std::vector<PlannedValue>& planned) {
@@ -133,6 +133,7 @@ void SampleGenerations::rank(const ValueMap& values, const std::vector<PlannedVa
 
 void SampleGenerations::locate(ValueMap& values) {
     m_places.planned.resize(m_offsets.size());
+    m_places.stored.resize(m_offsets.size());
     m_places.known.fill(nullptr);
     auto entry = m_ranks.cbegin();
     for (Value& value : values) {
@@ -155,9 +156,10 @@ std::optional<const QVariant*> SampleGenerations::find(KnownValue value, quint64
 }
 
 bool SampleGenerations::takeFreeGeneration(ValueMap& values) {
-    // A host that has kept everything for a while is asked about one generation a tick.
-    const std::size_t asked = m_copiesInARow < patience ? spareCount : 1;
-    for (std::size_t i = 0; i < asked; ++i) {
+    if (!isLookingForSpares()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < spareCount; ++i) {
         Generation& spare = m_spares[(m_oldest + i) % spareCount];
         if (spare.stamp == m_stamp && isHeldAlone(spare.values)) {
             exchange(values, spare);
@@ -168,12 +170,18 @@ bool SampleGenerations::takeFreeGeneration(ValueMap& values) {
     return false;
 }
 
+bool SampleGenerations::isLookingForSpares() const {
+    return m_copiesInARow < patience || m_copiesInARow % lookInterval == 0;
+}
+
 void SampleGenerations::continueWithCopy(ValueMap& values) {
-    Generation& oldest = m_spares[m_oldest];
-    m_oldest = (m_oldest + 1) % spareCount;
-    m_copiesInARow = std::min(m_copiesInARow + 1, patience);
-    exchange(values, oldest);
-    values = oldest.values;
+    if (isLookingForSpares()) {
+        Generation& oldest = m_spares[m_oldest];
+        m_oldest = (m_oldest + 1) % spareCount;
+        exchange(values, oldest);
+        values = oldest.values;
+    }
+    ++m_copiesInARow;
     values.detach();
 }
 
@@ -184,34 +192,59 @@ void SampleGenerations::exchange(ValueMap& values, Generation& spare) {
 }
 
 template <SampleGenerations::Way way>
-void SampleGenerations::storeAs(void* place, const char* bytes, quint64 tick) {
+quint64 SampleGenerations::load(const char* bytes, quint64 tick) {
     if constexpr (way == Way::FourBytes) {
-        std::memcpy(place, bytes, 4);
+        return loadNumber<quint32>(bytes);
     } else if constexpr (way == Way::EightBytes) {
-        std::memcpy(place, bytes, 8);
+        return loadNumber<quint64>(bytes);
     } else if constexpr (way == Way::Bool) {
-        storeNumber<bool>(place, loadNumber<unsigned char>(bytes) != 0);
+        return loadNumber<unsigned char>(bytes) != 0 ? 1 : 0;
     } else if constexpr (way == Way::CharAsInt) {
-        storeNumber<int>(place, loadNumber<signed char>(bytes));
-    } else if constexpr (way == Way::Tick) {
-        storeNumber<quint64>(place, tick);
+        return static_cast<quint32>(loadNumber<signed char>(bytes));
+    } else {
+        return tick;
     }
 }
 
 template <SampleGenerations::Way way>
-void SampleGenerations::storeGroup(const char* data, quint64 tick) const {
-    const std::size_t end = m_groups[static_cast<std::size_t>(way) + 1];
-    for (std::size_t i = m_groups[static_cast<std::size_t>(way)]; i < end; ++i) {
-        storeAs<way>(m_places.planned[i], data + m_offsets[i], tick);
+void SampleGenerations::put(void* place, quint64 number) {
+    if constexpr (way == Way::FourBytes || way == Way::CharAsInt) {
+        const auto fourBytes = static_cast<quint32>(number);
+        std::memcpy(place, &fourBytes, sizeof fourBytes);
+    } else if constexpr (way == Way::Bool) {
+        const bool truth = number != 0;
+        std::memcpy(place, &truth, sizeof truth);
+    } else {
+        std::memcpy(place, &number, sizeof number);
     }
 }
 
-void SampleGenerations::store(const char* data, quint64 tick) const {
-    storeGroup<Way::FourBytes>(data, tick);
-    storeGroup<Way::EightBytes>(data, tick);
-    storeGroup<Way::Bool>(data, tick);
-    storeGroup<Way::CharAsInt>(data, tick);
-    storeGroup<Way::Tick>(data, tick);
+template <SampleGenerations::Way way, bool all>
+void SampleGenerations::storeGroup(const char* data, quint64 tick) {
+    const std::size_t end = m_groups[static_cast<std::size_t>(way) + 1];
+    for (std::size_t i = m_groups[static_cast<std::size_t>(way)]; i < end; ++i) {
+        const quint64 number = load<way>(data + m_offsets[i], tick);
+        if (all || number != m_places.stored[i]) {
+            m_places.stored[i] = number;
+            put<way>(m_places.planned[i], number);
+        }
+    }
+}
+
+void SampleGenerations::storeAll(const char* data, quint64 tick) {
+    storeGroup<Way::FourBytes, true>(data, tick);
+    storeGroup<Way::EightBytes, true>(data, tick);
+    storeGroup<Way::Bool, true>(data, tick);
+    storeGroup<Way::CharAsInt, true>(data, tick);
+    storeGroup<Way::Tick, true>(data, tick);
+}
+
+void SampleGenerations::storeChanged(const char* data, quint64 tick) {
+    storeGroup<Way::FourBytes, false>(data, tick);
+    storeGroup<Way::EightBytes, false>(data, tick);
+    storeGroup<Way::Bool, false>(data, tick);
+    storeGroup<Way::CharAsInt, false>(data, tick);
+    storeGroup<Way::Tick, false>(data, tick);
 }
 
 /** The same for values whose places are not known, and which may never be stored to again. */
@@ -231,15 +264,15 @@ void SampleGenerations::walkAndStore(ValueMap& values, const char* data, quint64
 void SampleGenerations::storeAs(Way way, void* place, const char* bytes, quint64 tick) {
     switch (way) {
         case Way::FourBytes:
-            return storeAs<Way::FourBytes>(place, bytes, tick);
+            return put<Way::FourBytes>(place, load<Way::FourBytes>(bytes, tick));
         case Way::EightBytes:
-            return storeAs<Way::EightBytes>(place, bytes, tick);
+            return put<Way::EightBytes>(place, load<Way::EightBytes>(bytes, tick));
         case Way::Bool:
-            return storeAs<Way::Bool>(place, bytes, tick);
+            return put<Way::Bool>(place, load<Way::Bool>(bytes, tick));
         case Way::CharAsInt:
-            return storeAs<Way::CharAsInt>(place, bytes, tick);
+            return put<Way::CharAsInt>(place, load<Way::CharAsInt>(bytes, tick));
         case Way::Tick:
-            return storeAs<Way::Tick>(place, bytes, tick);
+            return put<Way::Tick>(place, load<Way::Tick>(bytes, tick));
         case Way::Nothing:
             return;
     }

@@ -14,9 +14,10 @@ enum class KnownValue {
     SessionTick,
     OnPitRoad,
     Speed,  // the key with a capital S
+    SessionTime,
 };
 
-inline constexpr std::size_t knownValueCount = 5;
+inline constexpr std::size_t knownValueCount = 6;
 
 /** The sample key of a known value. */
 [[nodiscard]] const QString& keyOf(KnownValue value);
@@ -65,9 +66,10 @@ private:
 
     /** Where things are in the map of one generation. */
     struct Places {
-        std::vector<void*> planned;  // the numbers themselves, grouped by their way
+        std::vector<void*> planned;   // the numbers themselves, grouped by their way
+        std::vector<quint64> stored;  // what they are; a number that is there already is left alone
         std::array<const QVariant*, knownValueCount> known{};
-        bool areFound = false;  // of `planned`
+        bool areFound = false;  // of `planned`, and `stored` with them
     };
 
     /** Values that were those of the sample, and the places in them. */
@@ -87,18 +89,22 @@ private:
 
     static Way wayOf(Reading reading);
     template <Way way>
-    static void storeAs(void* place, const char* bytes, quint64 tick);
+    static quint64 load(const char* bytes, quint64 tick);
+    template <Way way>
+    static void put(void* place, quint64 number);
     static void storeAs(Way way, void* place, const char* bytes, quint64 tick);
 
     void resolve(ValueMap& values, const std::vector<PlannedValue>& planned);
     void rank(const ValueMap& values, const std::vector<PlannedValue>& planned);
     void locate(ValueMap& values);
     [[nodiscard]] bool takeFreeGeneration(ValueMap& values);
+    [[nodiscard]] bool isLookingForSpares() const;
     void exchange(ValueMap& values, Generation& spare);
     void continueWithCopy(ValueMap& values);
-    void store(const char* data, quint64 tick) const;
-    template <Way way>
-    void storeGroup(const char* data, quint64 tick) const;
+    void storeAll(const char* data, quint64 tick);
+    void storeChanged(const char* data, quint64 tick);
+    template <Way way, bool all>
+    void storeGroup(const char* data, quint64 tick);
     void walkAndStore(ValueMap& values, const char* data, quint64 tick);
 
     // Enough for a host that keeps the last two samples while a third is on its way to it.
@@ -111,5 +117,5 @@ private:
     std::vector<Rank> m_ranks;                         // in the order of the map
     std::array<Generation, spareCount> m_spares;
     std::size_t m_oldest = 0;
-    int m_copiesInARow = 0;
+    unsigned int m_copiesInARow = 0;
 };

@@ -1,5 +1,7 @@
 #include "sdk/channelcolumns.h"
 
+#include "sdk/number.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -42,34 +44,6 @@ void prefetch([[maybe_unused]] void const* place) {
 #if defined(__GNUC__)
     __builtin_prefetch(place, 1);
 #endif
-}
-
-template <typename T>
-double storedNumber(QVariant const& variant) {
-    return static_cast<double>(*static_cast<T const*>(variant.constData()));
-}
-
-// The same number as QVariant::toDouble(), which dispatches through the meta-type system at ten
-// times the price; this runs for every value of every car in every tick.
-inline double toNumber(QVariant const& variant) {
-    switch (variant.typeId()) {
-        case QMetaType::Double:
-            return storedNumber<double>(variant);
-        case QMetaType::Float:
-            return storedNumber<float>(variant);
-        case QMetaType::Int:
-            return storedNumber<int>(variant);
-        case QMetaType::UInt:
-            return storedNumber<uint>(variant);
-        case QMetaType::LongLong:
-            return storedNumber<qlonglong>(variant);
-        case QMetaType::ULongLong:
-            return storedNumber<qulonglong>(variant);
-        case QMetaType::Bool:
-            return storedNumber<bool>(variant);
-        default:
-            return variant.toDouble();
-    }
 }
 
 // Below, at or above zero as `left` sorts before, with or after `right`. A channel took its name

@@ -48,6 +48,9 @@ public:
     /** Completes the channels and keeps them complete: somebody may look at them from now on. */
     void expose() const;
 
+    /** Whether expose() was called since there were no channels. */
+    [[nodiscard]] bool isExposed() const { return m_isExposed; }
+
     /** The channels are others from now on; the next append() looks at them anew. */
     void forget();
 

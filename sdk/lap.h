@@ -51,6 +51,12 @@ public:
     /** True when there is no channel of either kind; lap values do not count. */
     bool isEmpty() const { return m_channels.isEmpty() && m_calculatedChannels.isEmpty(); }
 
+    /**
+     * Whether somebody has been given recorded channels of this lap, or has put one there. If not,
+     * they hold what addSample() appended and nothing else.
+     */
+    bool areChannelsSeen() const { return m_columns.isExposed(); }
+
     /** The recorded channels by name. */
     ChannelMap const& channels() const;
 

@@ -168,11 +168,7 @@ public:
         m_reader.prepareTick();
         m_reader.getRawData(&header, simulator.table().data(), simulator.snapshot().data(),
                             static_cast<qint64>(simulator.snapshot().size()));
-        QList<Sample>& samples = m_lists.take(carCount);
-        for (int car = 0; car < carCount; ++car) {
-            samples[car] = std::as_const(m_reader).sample(car);
-        }
-        return samples;
+        return m_lists.fill(m_reader);
     }
 
     void release() { m_lists.release(); }
@@ -323,11 +319,7 @@ private:
     }
 
     void handOut() {
-        QList<Sample>& samples = m_lists.take(carCount);
-        for (int car = 0; car < carCount; ++car) {
-            samples[car] = std::as_const(m_fast).sample(car);
-        }
-        m_host.take(KeptList(samples));
+        m_host.take(KeptList(m_lists.fill(m_fast)));
         m_lists.release();
     }
 
