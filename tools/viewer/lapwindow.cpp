@@ -346,6 +346,16 @@ void LapWindow::offerLaps(int first, int last) {
     }
 }
 
+/** Where a lap stands among those to compare with, -1 where it does not. */
+int LapWindow::placeOf(const LapPointer& other) const {
+    for (int place = 0; place < m_others->count(); ++place) {
+        if (m_others->itemData(place).value<LapPointer>() == other) {
+            return place;
+        }
+    }
+    return -1;
+}
+
 /** The one that is compared with is held by this window and stays. */
 void LapWindow::withdrawReleasedLaps() {
     const QSet<LapPointer> kept(m_laps.laps().cbegin(), m_laps.laps().cend());
@@ -365,11 +375,10 @@ void LapWindow::setAxis(Axis axis) {
 
 void LapWindow::compareWith(const LapPointer& other) {
     m_other = other;
-    for (int place = 0; place < m_others->count(); ++place) {
-        if (m_others->itemData(place).value<LapPointer>() == other) {
-            m_others->setCurrentIndex(place);
-        }
+    if (placeOf(other) < 0) {
+        offerLap(other);
     }
+    m_others->setCurrentIndex(placeOf(other));
     describeLines();
     drawPanels();
 }

@@ -74,6 +74,7 @@ private:
     void offerLap(const LapPointer& other);
     void offerLaps(int first, int last);
     void withdrawReleasedLaps();
+    [[nodiscard]] int placeOf(const LapPointer& other) const;
     [[nodiscard]] bool isOfSameCar(const LapPointer& other) const;
     void rebuildPanels();
     void drawPanels();

@@ -21,6 +21,7 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -38,6 +39,8 @@ constexpr std::chrono::milliseconds rateInterval{1000};
 
 constexpr QSize usualSize(1500, 920);
 constexpr int mostMessages = 1000;
+// A row of the cars with names of the usual length.
+constexpr int charactersOfACar = 112;
 // Stored with the layout: one of another arrangement of panes is not restored.
 constexpr int layoutVersion = 1;
 
@@ -268,7 +271,9 @@ void MainWindow::arrangePanes() {
         addDockWidget(area, pane);
         pane->show();
     }
-    const int tables = 11 * width() / 20;
+    // All columns of the cars where there is room, but never more than two thirds.
+    const int carColumns = charactersOfACar * fontMetrics().averageCharWidth();
+    const int tables = std::max(11 * width() / 20, std::min(carColumns, 2 * width() / 3));
     resizeDocks({m_carPane, m_lapPane}, {tables, tables}, Qt::Horizontal);
     resizeDocks({m_carPane, m_lapPane}, {height() / 2, height() / 4}, Qt::Vertical);
     resizeDocks({m_stripPane, m_messagePane}, {m_strip->sizeHint().height(), height() / 9},

@@ -97,6 +97,9 @@ TEST_F(LapView, LaysASecondLapOverTheFirst) {
 
 TEST_F(LapView, ComparesWithALapThatLacksChannels) {
     window->compareWith(otherLap());
+    EXPECT_EQ(window->findChild<QComboBox*>()->currentText(),
+              QStringLiteral("Björn Kowalski, lap 4, 1:34.512"))
+        << "offered from now on";
     EXPECT_FALSE(window->panels().at(0)->lines().at(otherLine)->points().isEmpty());
     EXPECT_TRUE(window->panels().at(1)->lines().at(otherLine)->points().isEmpty());
 }
