@@ -24,9 +24,10 @@ double above(double value, double step) {
 
 QList<double> marksWithin(double low, double high, double step) {
     QList<double> marks;
-    const double last = std::floor(high / step + room);
-    for (double index = std::ceil(low / step - room); index <= last; index += 1.0) {
-        marks.append(index * step + plainZero);
+    const double first = std::ceil(low / step - room);
+    const auto count = static_cast<int>(std::floor(high / step + room) - first) + 1;
+    for (int i = 0; i < count; ++i) {
+        marks.append((first + i) * step + plainZero);
     }
     return marks;
 }
