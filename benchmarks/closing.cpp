@@ -18,7 +18,7 @@ namespace bench {
 namespace {
 
 constexpr int ticksPerLap = 5400;
-constexpr int rounds = 5;
+constexpr int rounds = 3;
 
 /**
  * A reader at the end of everybody's second lap, as at a session's end: what the first closed lap

@@ -25,10 +25,10 @@ const std::array<QString, knownValueCount>& knownKeys() {
     return keys;
 }
 
-// After so many copies in a row a host is taken to keep everything. From then on the spares are
-// looked at and renewed now and then only, because both cost as much as a part of the copy.
-constexpr unsigned int patience = 8;
-constexpr unsigned int lookInterval = 4;
+// A host is taken to keep everything after so many copies in a row: by then one that lets go has
+// given a spare back. After so many more it is tried whether it still does.
+constexpr int patience = 4;
+constexpr int trialInterval = 64;
 
 /** The index of a known value, or -1. */
 int knownIndex(const QString& key) {
@@ -53,18 +53,17 @@ void SampleGenerations::write(TLM::SDK::Sample& sample, const SamplingPlan& plan
     const Stamp stamp{plan.version(), revision};
     if (stamp != m_stamp) {
         m_stamp = stamp;
+        forgetOriginal();
         resolve(values, planned);
-    } else if (!isHeldAlone(values) && !takeFreeGeneration(values)) {
-        continueWithCopy(values);
-        walkAndStore(values, data, tick);
+    } else if (isHeldAlone(values)) {
+        forgetOriginal();
+    } else if (isHostKeepingEverything()) {
+        giveCopy(values, data, tick);
         return;
+    } else if (!takeFreeGeneration(values)) {
+        continueWithCopy(values);
     }
-    if (m_places.areFound) {
-        storeChanged(data, tick);
-    } else {
-        locate(values);
-        storeAll(data, tick);
-    }
+    store(values, data, tick);
 }
 
 SampleGenerations::Way SampleGenerations::wayOf(Reading reading) {
@@ -120,10 +119,8 @@ void SampleGenerations::rank(const ValueMap& values, const std::vector<PlannedVa
         Rank entry;
         entry.known = knownIndex(it.key());
         if (next != planned.end() && next->key == it.key()) {
-            entry.way = wayOf(next->reading);
-            entry.offset = next->offset;
-            const std::size_t place = nextOfGroup[static_cast<std::size_t>(entry.way)]++;
-            m_offsets[place] = entry.offset;
+            const std::size_t place = nextOfGroup[static_cast<std::size_t>(wayOf(next->reading))]++;
+            m_offsets[place] = next->offset;
             entry.planned = static_cast<int>(place);
             ++next;
         }
@@ -156,11 +153,7 @@ std::optional<const QVariant*> SampleGenerations::find(KnownValue value, quint64
 }
 
 bool SampleGenerations::takeFreeGeneration(ValueMap& values) {
-    if (!isLookingForSpares()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < spareCount; ++i) {
-        Generation& spare = m_spares[(m_oldest + i) % spareCount];
+    for (Generation& spare : m_spares) {
         if (spare.stamp == m_stamp && isHeldAlone(spare.values)) {
             exchange(values, spare);
             m_copiesInARow = 0;
@@ -170,19 +163,42 @@ bool SampleGenerations::takeFreeGeneration(ValueMap& values) {
     return false;
 }
 
-bool SampleGenerations::isLookingForSpares() const {
-    return m_copiesInARow < patience || m_copiesInARow % lookInterval == 0;
+void SampleGenerations::continueWithCopy(ValueMap& values) {
+    Generation& oldest = m_spares[m_oldest];
+    m_oldest = (m_oldest + 1) % spareCount;
+    exchange(values, oldest);
+    values = oldest.values;
+    values.detach();
+    m_places.areFound = false;
+    ++m_copiesInARow;
 }
 
-void SampleGenerations::continueWithCopy(ValueMap& values) {
-    if (isLookingForSpares()) {
-        Generation& oldest = m_spares[m_oldest];
-        m_oldest = (m_oldest + 1) % spareCount;
-        exchange(values, oldest);
-        values = oldest.values;
+bool SampleGenerations::isHostKeepingEverything() const {
+    return m_copiesInARow >= patience;
+}
+
+void SampleGenerations::forgetOriginal() {
+    if (isHostKeepingEverything()) {
+        m_original.clear();
+        m_places.areFound = false;
     }
-    ++m_copiesInARow;
+    m_copiesInARow = 0;
+}
+
+/** The places in the original stay, and nothing but the copy itself is left to do. */
+void SampleGenerations::giveCopy(ValueMap& values, const char* data, quint64 tick) {
+    if (m_copiesInARow == patience) {
+        m_original = values;
+        m_original.detach();
+        m_places.areFound = false;
+    }
+    store(m_original, data, tick);
+    values = m_original;
     values.detach();
+    ++m_copiesInARow;
+    if (m_copiesInARow == patience + trialInterval) {
+        forgetOriginal();
+    }
 }
 
 void SampleGenerations::exchange(ValueMap& values, Generation& spare) {
@@ -231,49 +247,20 @@ void SampleGenerations::storeGroup(const char* data, quint64 tick) {
     }
 }
 
-void SampleGenerations::storeAll(const char* data, quint64 tick) {
-    storeGroup<Way::FourBytes, true>(data, tick);
-    storeGroup<Way::EightBytes, true>(data, tick);
-    storeGroup<Way::Bool, true>(data, tick);
-    storeGroup<Way::CharAsInt, true>(data, tick);
-    storeGroup<Way::Tick, true>(data, tick);
+template <bool all>
+void SampleGenerations::storeNumbers(const char* data, quint64 tick) {
+    storeGroup<Way::FourBytes, all>(data, tick);
+    storeGroup<Way::EightBytes, all>(data, tick);
+    storeGroup<Way::Bool, all>(data, tick);
+    storeGroup<Way::CharAsInt, all>(data, tick);
+    storeGroup<Way::Tick, all>(data, tick);
 }
 
-void SampleGenerations::storeChanged(const char* data, quint64 tick) {
-    storeGroup<Way::FourBytes, false>(data, tick);
-    storeGroup<Way::EightBytes, false>(data, tick);
-    storeGroup<Way::Bool, false>(data, tick);
-    storeGroup<Way::CharAsInt, false>(data, tick);
-    storeGroup<Way::Tick, false>(data, tick);
-}
-
-/** The same for values whose places are not known, and which may never be stored to again. */
-void SampleGenerations::walkAndStore(ValueMap& values, const char* data, quint64 tick) {
-    m_places.known.fill(nullptr);
-    m_places.areFound = false;
-    auto entry = m_ranks.cbegin();
-    for (Value& value : values) {
-        storeAs(entry->way, placeOf(value), data + entry->offset, tick);
-        if (entry->known >= 0) {
-            m_places.known[static_cast<std::size_t>(entry->known)] = &value.value;
-        }
-        ++entry;
-    }
-}
-
-void SampleGenerations::storeAs(Way way, void* place, const char* bytes, quint64 tick) {
-    switch (way) {
-        case Way::FourBytes:
-            return put<Way::FourBytes>(place, load<Way::FourBytes>(bytes, tick));
-        case Way::EightBytes:
-            return put<Way::EightBytes>(place, load<Way::EightBytes>(bytes, tick));
-        case Way::Bool:
-            return put<Way::Bool>(place, load<Way::Bool>(bytes, tick));
-        case Way::CharAsInt:
-            return put<Way::CharAsInt>(place, load<Way::CharAsInt>(bytes, tick));
-        case Way::Tick:
-            return put<Way::Tick>(place, load<Way::Tick>(bytes, tick));
-        case Way::Nothing:
-            return;
+void SampleGenerations::store(ValueMap& values, const char* data, quint64 tick) {
+    if (m_places.areFound) {
+        storeNumbers<false>(data, tick);
+    } else {
+        locate(values);
+        storeNumbers<true>(data, tick);
     }
 }

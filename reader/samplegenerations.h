@@ -29,7 +29,8 @@ inline constexpr std::size_t knownValueCount = 6;
  * A sample that the host keeps shares its values with the car's sample, and writing to shared
  * values would copy them all. So a few generations of the values are kept: when the newest is
  * shared, the sample goes on with one that nobody holds any more. Nothing is ever written to values
- * that somebody else holds. A host that keeps every sample costs a copy of the values a tick.
+ * that somebody else holds. A host that keeps every sample costs a copy of the values a tick; once
+ * it is known to, it gets copies of an original that is never given away.
  *
  * Whoever changes the sample's values by other means MUST use another `revision` from then on: the
  * places of the values are remembered, and a generation that missed a change must not come back.
@@ -83,8 +84,6 @@ private:
     struct Rank {
         int planned = -1;  // index into Places::planned
         int known = -1;    // index into Places::known
-        Way way = Way::Nothing;
-        qint64 offset = 0;
     };
 
     static Way wayOf(Reading reading);
@@ -92,20 +91,21 @@ private:
     static quint64 load(const char* bytes, quint64 tick);
     template <Way way>
     static void put(void* place, quint64 number);
-    static void storeAs(Way way, void* place, const char* bytes, quint64 tick);
 
     void resolve(ValueMap& values, const std::vector<PlannedValue>& planned);
     void rank(const ValueMap& values, const std::vector<PlannedValue>& planned);
     void locate(ValueMap& values);
     [[nodiscard]] bool takeFreeGeneration(ValueMap& values);
-    [[nodiscard]] bool isLookingForSpares() const;
-    void exchange(ValueMap& values, Generation& spare);
     void continueWithCopy(ValueMap& values);
-    void storeAll(const char* data, quint64 tick);
-    void storeChanged(const char* data, quint64 tick);
+    void exchange(ValueMap& values, Generation& spare);
+    [[nodiscard]] bool isHostKeepingEverything() const;
+    void forgetOriginal();
+    void giveCopy(ValueMap& values, const char* data, quint64 tick);
+    void store(ValueMap& values, const char* data, quint64 tick);
+    template <bool all>
+    void storeNumbers(const char* data, quint64 tick);
     template <Way way, bool all>
     void storeGroup(const char* data, quint64 tick);
-    void walkAndStore(ValueMap& values, const char* data, quint64 tick);
 
     // Enough for a host that keeps the last two samples while a third is on its way to it.
     static constexpr std::size_t spareCount = 3;
@@ -117,5 +117,6 @@ private:
     std::vector<Rank> m_ranks;                         // in the order of the map
     std::array<Generation, spareCount> m_spares;
     std::size_t m_oldest = 0;
-    unsigned int m_copiesInARow = 0;
+    int m_copiesInARow = 0;
+    ValueMap m_original;  // of the copies for a host that keeps everything; m_places are in it then
 };

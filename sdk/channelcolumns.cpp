@@ -98,17 +98,24 @@ bool ChannelColumns::appendRow(DynamicData::ValueMap const& values) {
     if (rowsBefore == 0) {
         m_rows.reserve(m_columns.size() * static_cast<std::size_t>(kRows));
     }
+    m_rows.resize(rowsBefore + m_columns.size());
+    double* entry = m_rows.data() + rowsBefore;
     auto value = values.cbegin();
     const auto lastValue = values.cend();
-    for (const Column& column : m_columns) {
+    for (Column const& column : m_columns) {
         const int order = value == lastValue ? 1 : compareNames(value.key(), column.name);
         if (order < 0) {
             break;
         }
-        m_rows.push_back(order > 0 ? kMissingReading : toNumber(value->value));
-        value = order > 0 ? value : std::next(value);
+        if (order > 0) {
+            *entry = kMissingReading;
+        } else {
+            *entry = toNumber(value->value);
+            ++value;
+        }
+        ++entry;
     }
-    if (m_rows.size() - rowsBefore < m_columns.size() || value != lastValue) {
+    if (entry != m_rows.data() + m_rows.size() || value != lastValue) {
         m_rows.resize(rowsBefore);
         return false;
     }
