@@ -51,6 +51,10 @@ void SampleGenerations::write(TLM::SDK::Sample& sample, const SamplingPlan& plan
     }
     ValueMap& values = sample.data();
     const Stamp stamp{plan.version(), revision};
+    // Here and not with the last copy, because until now known values were read from the original.
+    if (m_copiesInARow == patience + trialInterval) {
+        forgetOriginal();
+    }
     if (stamp != m_stamp) {
         m_stamp = stamp;
         forgetOriginal();
@@ -196,9 +200,6 @@ void SampleGenerations::giveCopy(ValueMap& values, const char* data, quint64 tic
     values = m_original;
     values.detach();
     ++m_copiesInARow;
-    if (m_copiesInARow == patience + trialInterval) {
-        forgetOriginal();
-    }
 }
 
 void SampleGenerations::exchange(ValueMap& values, Generation& spare) {

@@ -1,4 +1,5 @@
 #include "benchmarks/obvious/reader.h"
+#include "benchmarks/workload.h"
 #include "plugin/samplelists.h"
 #include "reader/irtelemetryreader.h"
 #include "tests/benchmarks/randomsimulator.h"
@@ -353,6 +354,41 @@ TEST(SamplingFastPath, GivesTheSamplesOfTheObviousWayToTheBit) {
         EXPECT_EQ(readersOfSeed.changesSeenByHost(), 0) << "seed " << seed;
     }
     EXPECT_GE(updates, 100'000);
+}
+
+TEST(SamplingFastPath, ServesTheRecorderWhileTheHostKeepsEverything) {
+    const bench::Workload workload(5400);
+    const irsdk_header header = workload.header();
+    const std::string text = workload.sessionText({});
+    iRTelemetryReader fast;
+    obvious::Reader obviousReader;
+    SampleLists lists;
+    QList<QList<Sample>> kept;
+    const auto tickWith = [&](auto& reader, const std::vector<char>& snapshot) {
+        reader.prepareTick();
+        reader.getRawData(&header, workload.table().data(), snapshot.data(),
+                          static_cast<qint64>(snapshot.size()));
+        reader.processData();
+    };
+    fast.setYaml(text.c_str());
+    fast.updateCarList();
+    obviousReader.setYaml(text.c_str());
+    obviousReader.updateCarList();
+    for (int tick = 100; tick < 350; ++tick) {
+        const std::vector<char> snapshot = workload.snapshot(tick);
+        tickWith(fast, snapshot);
+        tickWith(obviousReader, snapshot);
+        kept.append(lists.fill(fast));
+        lists.release();
+        for (int car = 0; car < carCount; ++car) {
+            const RecorderSample& own = fast.recorderCar(car).current;
+            const RecorderSample& other = obviousReader.recorderCar(car).current;
+            ASSERT_EQ(own.sessionTick, other.sessionTick) << "car " << car << ", tick " << tick;
+            ASSERT_EQ(own.lapDistPct, other.lapDistPct) << "car " << car << ", tick " << tick;
+            ASSERT_EQ(own.status, other.status) << "car " << car << ", tick " << tick;
+            ASSERT_EQ(fast.isLapReady(car), obviousReader.isLapReady(car)) << "car " << car;
+        }
+    }
 }
 
 TEST(SamplingFastPath, ChangesNothingInListsThatTheHostKeeps) {
