@@ -170,8 +170,7 @@ bool ChildProcess::isRunning() {
 }
 
 int ChildProcess::id() const {
-    return m_process->process == nullptr ? -1
-                                         : static_cast<int>(GetProcessId(m_process->process));
+    return m_process->process == nullptr ? -1 : static_cast<int>(GetProcessId(m_process->process));
 }
 
 std::string siblingProgram(const std::string& name) {
