@@ -118,6 +118,7 @@ using ObviousSampler = Sampler<obvious::Reader, ObviousLists>;
 
 std::vector<std::vector<char>> snapshotsOf(const Workload& workload) {
     std::vector<std::vector<char>> snapshots;
+    snapshots.reserve(snapshotCount);
     for (int tick = 0; tick < snapshotCount; ++tick) {
         snapshots.push_back(workload.snapshot(tick));
     }
