@@ -106,7 +106,8 @@ public:
                             otherCar(argument));
                 break;
             case 3:
-                m_block.set("Lap", m_ownLap += argument - kArguments / 4);
+                m_ownLap += argument - kBackwards;
+                m_block.set("Lap", m_ownLap);
                 break;
             case 4:
                 finishLap(otherCar(argument), input.take());
@@ -194,6 +195,7 @@ public:
 private:
     static constexpr int kSteps = 16;
     static constexpr int kArguments = 16;
+    static constexpr int kBackwards = 4;  // so many of them count laps down
 
     static int otherCar(int number) {
         return kOtherCars[static_cast<std::size_t>(number) % kOtherCars.size()];

@@ -45,7 +45,7 @@ private:
     void begin(Layout layout);
     void finish();
     void driveToTheFirstLap();
-    void drive(std::chrono::milliseconds duration);
+    void drive(int ticks);
     void step(bool joins);
     void switchStatus();
     void removeObjects();
@@ -74,6 +74,8 @@ private:
     LapLedger m_ledger;
     LapBalance m_balance;
     bool m_countsLaps = true;
+    bool m_isNameless = false;  // the run's objects have lost their names
+    bool m_stallIsDue = false;
 
     int m_runs = 0;
     int m_kills = 0;

@@ -22,7 +22,9 @@ HandedLap summaryOf(const Lap& lap) {
     handed.firstTick = static_cast<long long>(ticks.first());
     handed.lastTick = static_cast<long long>(ticks.last());
     for (qsizetype i = 1; i < ticks.size(); ++i) {
-        handed.ticksRise = handed.ticksRise && ticks.at(i - 1) < ticks.at(i);
+        if (!(ticks.at(i - 1) < ticks.at(i))) {
+            handed.foreignSamples = static_cast<int>(i);
+        }
     }
     return handed;
 }

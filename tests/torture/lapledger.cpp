@@ -28,6 +28,7 @@ LapBalance& LapBalance::operator+=(const LapBalance& other) {
     lost += other.lost;
     twice += other.twice;
     wrongEnd += other.wrongEnd;
+    carriedOver += other.carriedOver;
     mixed += other.mixed;
     neverDriven += other.neverDriven;
     return *this;
@@ -116,7 +117,9 @@ LapBalance LapLedger::balance(const std::vector<DrivenLap>& driven, Trust trust)
         }
     }
     for (const HandedLap& handed : m_handed) {
-        balance.mixed += handed.ticksRise ? 0 : 1;
+        const bool isForeign = handed.foreignSamples > testsupport::kResultTicks;
+        balance.mixed += isForeign ? 1 : 0;
+        balance.carriedOver += handed.foreignSamples > 0 && !isForeign ? 1 : 0;
         const bool known = std::any_of(driven.begin(), driven.end(),
                                        [&](const DrivenLap& lap) { return endsWith(handed, lap); });
         const bool isClaim = handed.completed && wasSeen(handed) && isTrusted(handed.car);

@@ -13,7 +13,7 @@ struct HandedLap {
     long long firstTick = 0;  // of the session, as the samples say
     long long lastTick = 0;
     bool completed = false;
-    bool ticksRise = true;  // from sample to sample
+    int foreignSamples = 0;  // before the session's tick falls for the last time
 };
 
 /** What became of the laps of one or more runs of the simulator. */
@@ -25,7 +25,8 @@ struct LapBalance {
     int lost = 0;         // of these, all others
     int twice = 0;        // handed over more than once
     int wrongEnd = 0;     // completed although cut short by the pits, or the reverse
-    int mixed = 0;        // laps with samples of two runs
+    int carriedOver = 0;  // laps that begin with what was recorded behind the line before a fault
+    int mixed = 0;        // laps with more samples of another run than that
     int neverDriven = 0;  // handed over as completed, but nobody drove them
 
     LapBalance& operator+=(const LapBalance& other);

@@ -93,9 +93,19 @@ TEST(LapLedger, FindsALapWithTheWrongEnd) {
 TEST(LapLedger, FindsALapOfTwoRuns) {
     LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
     HandedLap mixed = handed();
-    mixed.ticksRise = false;
+    mixed.foreignSamples = 500;
     ledger.hand(mixed);
     EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).mixed, 1);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).carriedOver, 0);
+}
+
+TEST(LapLedger, KnowsALapThatBeginsWithWhatWasRecordedBehindTheLineBeforeAFault) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    HandedLap carried = handed();
+    carried.foreignSamples = 100;
+    ledger.hand(carried);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).mixed, 0);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).carriedOver, 1);
 }
 
 TEST(LapLedger, FindsACompletedLapThatNobodyDrove) {

@@ -27,6 +27,10 @@ private:
         double median = 0.0;       // us
         double almostWorst = 0.0;  // us, of a thousand ticks one takes longer
         double worst = 0.0;        // us
+        double yardstick = 0.0;    // us, median of work that is always the same
+
+        /** A machine that does other work too has slow hours; this is free of them. */
+        [[nodiscard]] double relativeMedian() const { return median / yardstick; }
     };
 
     class Source;
