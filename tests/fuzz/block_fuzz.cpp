@@ -222,9 +222,8 @@ private:
     }
 
     void tick() {
-        m_block.changeWordOfSnapshots(fuzz::kSessionTickOffset, [](std::int32_t tick) {
-            return tick == 1000000 ? 0 : tick + 1;
-        });
+        m_block.changeWordOfSnapshots(fuzz::kSessionTickOffset,
+                                      [](std::int32_t tick) { return next(tick); });
         m_block.completeNext();
         m_plugin.tick();
     }
@@ -254,9 +253,7 @@ private:
                 break;
             case BlockAction::ChangeReading:
                 m_block.changeWordOfSnapshots(number * 4, [argument](std::int32_t reading) {
-                    return argument % 2 == 0
-                               ? static_cast<std::int32_t>(static_cast<std::uint32_t>(reading) + 1U)
-                               : hostileNumber(argument / 2);
+                    return argument % 2 == 0 ? next(reading) : hostileNumber(argument / 2);
                 });
                 break;
             case BlockAction::Reconnect:
@@ -269,6 +266,11 @@ private:
                 m_plugin.tick();
                 break;
         }
+    }
+
+    /** Behind the largest number comes the smallest. */
+    static std::int32_t next(std::int32_t number) {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1U);
     }
 
     static std::int32_t hostileNumber(int argument) {
