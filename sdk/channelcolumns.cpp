@@ -147,6 +147,10 @@ void ChannelColumns::appendInPlace(ChannelMap& channels, DynamicData::ValueMap c
 }
 
 void ChannelColumns::expose() const {
+    // A lap that is complete may be read on several threads at once: nothing is written then.
+    if (m_isExposed) {
+        return;
+    }
     flush();
     m_isExposed = true;
     m_rows = {};
