@@ -256,13 +256,13 @@ void LapPicture::addMarkTexts(const Panel& panel, int xDecimals, int yDecimals) 
 void LapPicture::addLegend(Panel& panel, const QList<Source>& sources) {
     double right = panel.area.right();
     const double top = panel.area.top() - headSpace;
-    for (auto source = sources.crbegin(); source != sources.crend(); ++source) {
-        const double width =
-            std::ceil(QFontMetricsF(m_font).horizontalAdvance(source->label)) + 2.0;
+    for (qsizetype i = sources.size() - 1; i >= 0; --i) {
+        const Source& source = sources.at(i);
+        const double width = std::ceil(QFontMetricsF(m_font).horizontalAdvance(source.label)) + 2.0;
         const QRectF box(right - width, top, width, headSpace);
-        addText(source->label, box, Qt::AlignRight | Qt::AlignVCenter, m_font);
+        addText(source.label, box, Qt::AlignRight | Qt::AlignVCenter, m_font);
         const QPointF end(box.left() - 6.0, box.center().y());
-        panel.keys.append({end - QPointF(legendLineLength, 0.0), end, source->role});
+        panel.keys.append({end - QPointF(legendLineLength, 0.0), end, source.role});
         right = end.x() - legendLineLength - margin;
     }
 }

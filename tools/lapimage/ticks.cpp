@@ -32,8 +32,10 @@ Range drawable(double low, double high) {
     }
     const double magnitude = std::max(std::abs(low), std::abs(high));
     constexpr double narrowest = 1e-9;
-    if (high - low <= magnitude * narrowest) {
-        const double margin = magnitude > 0.0 ? magnitude * 0.1 : 1.0;
+    // Below this a step loses its digits, and in the end is 0.
+    constexpr double smallest = 1e-290;
+    if (high - low <= std::max(magnitude * narrowest, smallest)) {
+        const double margin = magnitude > smallest ? magnitude * 0.1 : 1.0;
         return {low - margin, high + margin};
     }
     return {low, high};
@@ -45,11 +47,11 @@ Ticks ticksFor(double low, double high, int wanted) {
     const Range range = drawable(low, high);
     const double step = roundStep((range.high - range.low) / std::max(wanted - 1, 1));
     const double first = std::floor(range.low / step + 1e-9);
-    const double last = std::ceil(range.high / step - 1e-9);
+    const auto steps = static_cast<int>(std::ceil(range.high / step - 1e-9) - first);
     Ticks ticks;
     ticks.decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
-    for (double index = first; index <= last; index += 1.0) {
-        ticks.values.append(index * step);
+    for (int i = 0; i <= steps; ++i) {
+        ticks.values.append((first + i) * step);
     }
     return ticks;
 }

@@ -50,6 +50,14 @@ TEST(Ticks, WidenARangeThatIsAPoint) {
     }
 }
 
+TEST(Ticks, WidenARangeThatNoStepDivides) {
+    constexpr double least = std::numeric_limits<double>::denorm_min();
+    const Ticks ticks = ticksFor(0.0, least, 5);
+    EXPECT_GE(ticks.values.size(), 2);
+    EXPECT_LT(ticks.lowest(), 0.0);
+    EXPECT_GT(ticks.highest(), least);
+}
+
 TEST(Ticks, MakeSomethingOfARangeThatIsNone) {
     constexpr double infinite = std::numeric_limits<double>::infinity();
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
