@@ -194,7 +194,6 @@ public:
 
 private:
     static constexpr int kSteps = 16;
-    static constexpr int kArguments = 16;
     static constexpr int kBackwards = 4;  // so many of them count laps down
 
     static int otherCar(int number) {
