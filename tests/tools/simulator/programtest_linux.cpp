@@ -81,6 +81,15 @@ bool objectsAreThere() {
     return std::filesystem::exists(kBlockFile) || std::filesystem::exists(kEventFile);
 }
 
+class SimulatorProgram : public ::testing::Test {
+protected:
+    // Other tests kill their simulators, which leaves the objects behind.
+    void SetUp() override {
+        std::filesystem::remove(kBlockFile);
+        std::filesystem::remove(kEventFile);
+    }
+};
+
 std::filesystem::path temporary(const char* name) {
     return std::filesystem::temp_directory_path() /
            (std::string("rataip-simulator-") + std::to_string(::getpid()) + name);
@@ -122,7 +131,7 @@ std::uint64_t sumOfRun(const std::vector<std::string>& arguments, int ticks) {
 
 }  // namespace
 
-TEST(SimulatorProgram, PrintsItsVersionAndItsHelp) {
+TEST_F(SimulatorProgram, PrintsItsVersionAndItsHelp) {
     SimulatorProcess version({"--version"});
     EXPECT_EQ(version.wait(), 0);
     EXPECT_EQ(version.output(), "rataip-simulator " SIMULATOR_VERSION "\n");
@@ -132,7 +141,7 @@ TEST(SimulatorProgram, PrintsItsVersionAndItsHelp) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
+TEST_F(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
     SimulatorProcess process({"--cars", "900"});
     EXPECT_EQ(process.wait(), 2);
     EXPECT_EQ(process.errors(),
@@ -141,7 +150,7 @@ TEST(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
+TEST_F(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
     SimulatorProcess process({"--log", "/nowhere/at/all.tsv"});
     EXPECT_EQ(process.wait(), 1);
     EXPECT_EQ(process.errors(),
@@ -149,7 +158,7 @@ TEST(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
+TEST_F(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
     SimulatorProcess process(kLockstep);
     begin(process);
     struct stat facts {};
@@ -160,7 +169,7 @@ TEST(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
     }
 }
 
-TEST(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
+TEST_F(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
     SimulatorProcess process(kLockstep);
     begin(process);
     const MappedBlock block;
@@ -178,7 +187,7 @@ TEST(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
     EXPECT_EQ(block.descriptor(block.newest()).tickCount, 42) << "nothing by the clock";
 }
 
-TEST(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
+TEST_F(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
     SimulatorProcess process(kLockstep);
     begin(process);
     const int file = ::shm_open("/IRSDKDataValidEvent", O_RDONLY, 0);
@@ -196,7 +205,7 @@ TEST(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
     ::munmap(start, 4);
 }
 
-TEST(SimulatorProgram, RefusesCommandsThatItDoesNotKnow) {
+TEST_F(SimulatorProgram, RefusesCommandsThatItDoesNotKnow) {
     SimulatorProcess process(kLockstep);
     begin(process);
     for (const char* line : {"step 0", "step -1", "step x", "jump", "stall", "stall x", "stall -1",
@@ -208,7 +217,7 @@ TEST(SimulatorProgram, RefusesCommandsThatItDoesNotKnow) {
     EXPECT_EQ(process.readLine(), "tick 1");
 }
 
-TEST(SimulatorProgram, ClearsAndSetsTheStatusBitWhenTold) {
+TEST_F(SimulatorProgram, ClearsAndSetsTheStatusBitWhenTold) {
     SimulatorProcess process(kLockstep);
     begin(process);
     const MappedBlock block;
@@ -220,7 +229,7 @@ TEST(SimulatorProgram, ClearsAndSetsTheStatusBitWhenTold) {
     EXPECT_EQ(block.header().status & irsdk_stConnected, irsdk_stConnected);
 }
 
-TEST(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
+TEST_F(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
     SimulatorProcess process({"--commands", "--track", "short", "--cars", "3", "--speed", "10"});
     begin(process);
     const MappedBlock block;
@@ -236,7 +245,7 @@ TEST(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
     EXPECT_EQ(process.wait(), 0);
 }
 
-TEST(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
+TEST_F(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
     SimulatorProcess process(kLockstep);
     begin(process);
     process.tell("step 3");
@@ -246,7 +255,7 @@ TEST(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
+TEST_F(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
     for (const int number : {SIGINT, SIGTERM}) {
         SimulatorProcess process({"--track", "short"});
         begin(process);
@@ -259,7 +268,7 @@ TEST(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
     }
 }
 
-TEST(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
+TEST_F(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
     SimulatorProcess first(kLockstep);
     begin(first);
     SimulatorProcess second(kLockstep);
@@ -271,7 +280,7 @@ TEST(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
     EXPECT_EQ(first.readLine(), "tick 1");
 }
 
-TEST(SimulatorProgram, TakesOverWhatACrashedOneLeft) {
+TEST_F(SimulatorProgram, TakesOverWhatACrashedOneLeft) {
     SimulatorProcess crashed({"--track", "short", "--buffer-count", "4", "--pad-buffer", "50000"});
     begin(crashed);
     const MappedBlock old;
@@ -292,14 +301,14 @@ TEST(SimulatorProgram, TakesOverWhatACrashedOneLeft) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST(SimulatorProgram, PublishesTheSameBytesTwiceForTheSameSeed) {
+TEST_F(SimulatorProgram, PublishesTheSameBytesTwiceForTheSameSeed) {
     const auto arguments = with(kLockstep, {"--seed", "9"});
     const std::uint64_t first = sumOfRun(arguments, 400);
     EXPECT_EQ(sumOfRun(arguments, 400), first);
     EXPECT_NE(sumOfRun(with(kLockstep, {"--seed", "10"}), 400), first);
 }
 
-TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
+TEST_F(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
     const std::filesystem::path log = temporary("laps.tsv");
     Options options;
     options.track = TrackChoice::Short;
@@ -356,20 +365,20 @@ TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
     std::filesystem::remove(log);
 }
 
-TEST(SimulatorProgram, EndsAfterTheTimeAskedFor) {
+TEST_F(SimulatorProgram, EndsAfterTheTimeAskedFor) {
     SimulatorProcess process({"--speed", "max", "--duration", "20", "--track", "short"});
     EXPECT_EQ(process.wait(), 0);
     EXPECT_NE(process.output().find("Ended after 1200 ticks."), std::string::npos);
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST(SimulatorProgram, EndsSomeTicksAfterTheLapsAskedFor) {
+TEST_F(SimulatorProgram, EndsSomeTicksAfterTheLapsAskedFor) {
     SimulatorProcess process({"--speed", "max", "--laps", "2", "--track", "short"});
     EXPECT_EQ(process.wait(), 0);
     EXPECT_NE(process.output().find("flying, complete"), std::string::npos);
 }
 
-TEST(SimulatorProgram, PrintsNothingWhenQuiet) {
+TEST_F(SimulatorProgram, PrintsNothingWhenQuiet) {
     SimulatorProcess process(with(kLockstep, {"--quiet"}));
     process.tell("step 10");
     process.tell("quit");
@@ -378,7 +387,7 @@ TEST(SimulatorProgram, PrintsNothingWhenQuiet) {
     EXPECT_EQ(process.errors(), "");
 }
 
-TEST(SimulatorProgram, KeepsPaceWithTheClock) {
+TEST_F(SimulatorProgram, KeepsPaceWithTheClock) {
     SimulatorProcess process({"--track", "short", "--cars", "3", "--speed", "4"});
     begin(process);
     const MappedBlock block;
@@ -394,7 +403,7 @@ TEST(SimulatorProgram, KeepsPaceWithTheClock) {
     EXPECT_LT(ticks, passed.count() * 480.0);
 }
 
-TEST(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
+TEST_F(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
     SimulatorProcess process(kLockstep);
     begin(process);
     irsdk_broadcastMsg(irsdk_BroadcastMsg{3}, -5, 70000);
@@ -402,7 +411,7 @@ TEST(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
     EXPECT_EQ(line.rfind("Broadcast message 3 (-5, 70000), number ", 0), 0U) << line;
 }
 
-TEST(SimulatorProgram, IsReadByTheLinkWithoutALostOrTornTick) {
+TEST_F(SimulatorProgram, IsReadByTheLinkWithoutALostOrTornTick) {
     Options options;
     options.track = TrackChoice::Short;
     options.cars = 6;
