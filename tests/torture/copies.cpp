@@ -5,6 +5,7 @@
 #include "tests/support/childprocess.h"
 #include "tests/support/publisher.h"
 #include "tests/support/testblock.h"
+#include "tests/torture/objectnames.h"
 #include "tools/simulator/checksum.h"
 
 #include <array>
@@ -118,6 +119,8 @@ CopyCount copyCarelessly(milliseconds atMost) {
 
 /** The stand-in simulator as fast as it can, with one buffer, which every tick overwrites. */
 CopyCount copyOfSimulator(const std::string& programs, milliseconds atMost) {
+    // What somebody left who was killed must not be taken for the simulator's.
+    removeNames();
     testsupport::ChildProcess simulator;
     const auto end = Clock::now() + atMost;
     if (!simulator.start(programs + "/rataip-simulator",

@@ -1,5 +1,7 @@
 #include "tests/torture/faults.h"
 
+#include "tests/torture/objectnames.h"
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -16,9 +18,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-constexpr const char* kBlockName = "/IRSDKMemMapFileName";
-constexpr const char* kEventName = "/IRSDKDataValidEvent";
 
 // The host tries a few times a second and each attempt takes 200 ms at most; whatever takes longer
 // than this is a failure and not a late success.
@@ -266,8 +265,7 @@ void FaultTest::switchStatus() {
 void FaultTest::removeObjects() {
     ++m_removals;
     m_isNameless = true;
-    shm_unlink(kBlockName);
-    shm_unlink(kEventName);
+    removeNames();
 }
 
 void FaultTest::cutObjects() {
