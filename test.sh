@@ -60,7 +60,7 @@ stage_asan() {
 stage_tsan() {
     local log="build/tsan/test.log"
     build tsan
-    export TSAN_OPTIONS="suppressions=$PWD/tests/plugin/tsan.supp:${TSAN_OPTIONS:-}"
+    export TSAN_OPTIONS="suppressions='$PWD/tests/plugin/tsan.supp':${TSAN_OPTIONS:-}"
     build/tsan/bin/plugin-hostthread-tests 2>&1 | tee "$log"
     result="$(grep 'PASSED' "$log")"
 }
