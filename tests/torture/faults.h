@@ -74,6 +74,7 @@ private:
     LapLedger m_ledger;
     LapBalance m_balance;
     bool m_countsLaps = true;
+    bool m_hasGap = false;  // ticks have passed since the last snapshot that the ledger knows of
     bool m_isNameless = false;  // the run's objects have lost their names
     bool m_stallIsDue = false;
 

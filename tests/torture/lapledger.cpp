@@ -117,7 +117,8 @@ LapBalance LapLedger::balance(const std::vector<DrivenLap>& driven, Trust trust)
         }
     }
     for (const HandedLap& handed : m_handed) {
-        const bool isForeign = handed.foreignSamples > testsupport::kResultTicks;
+        // Results of an earlier run can keep another car's lap open from one line to the next.
+        const bool isForeign = handed.isOwnCar && handed.foreignSamples > testsupport::kResultTicks;
         balance.mixed += isForeign ? 1 : 0;
         balance.carriedOver += handed.foreignSamples > 0 && !isForeign ? 1 : 0;
         const bool known = std::any_of(driven.begin(), driven.end(),

@@ -93,10 +93,21 @@ TEST(LapLedger, FindsALapWithTheWrongEnd) {
 TEST(LapLedger, FindsALapOfTwoRuns) {
     LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
     HandedLap mixed = handed();
+    mixed.isOwnCar = true;
     mixed.foreignSamples = 500;
     ledger.hand(mixed);
     EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).mixed, 1);
     EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).carriedOver, 0);
+}
+
+TEST(LapLedger, LetsOtherCarsKeepALapOpenBehindResultsOfAnEarlierRun) {
+    LapLedger ledger;
+    HandedLap carried = handed();
+    carried.isOwnCar = false;
+    carried.foreignSamples = 500;
+    ledger.hand(carried);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).mixed, 0);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).carriedOver, 1);
 }
 
 TEST(LapLedger, KnowsALapThatBeginsWithWhatWasRecordedBehindTheLineBeforeAFault) {
