@@ -85,7 +85,7 @@ public:
                 skipBytes();
                 return true;
             default:
-                return !m_good;
+                return false;
         }
     }
 
@@ -94,8 +94,9 @@ public:
         m_good = true;
         const quint32 entries = number();
         for (quint32 i = 0; i < entries && m_good; ++i) {
+            // The value is read also behind a name whose length makes no sense.
             skipText();
-            if (m_good && !skipVariant()) {
+            if (!skipVariant()) {
                 return false;
             }
         }
