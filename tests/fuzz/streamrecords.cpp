@@ -65,7 +65,8 @@ public:
         const quint32 type = number();
         skip(1);
         switch (type) {
-            case 0:   // none: a text follows
+            case 0:  // none, and nothing follows
+                return true;
             case 10:  // QString
                 skipText();
                 return true;
