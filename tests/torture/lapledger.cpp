@@ -42,6 +42,15 @@ void LapLedger::see(long long tick, bool joins) {
     }
 }
 
+void LapLedger::hand(const HandedLap& lap) {
+    const long long newest = m_windows.empty() ? 0 : m_windows.back().to;
+    if (lap.lastTick > newest + kSlack) {
+        ++m_ofEarlierRuns;
+    } else {
+        m_handed.push_back(lap);
+    }
+}
+
 bool LapLedger::wasSeen(const DrivenLap& lap) const {
     return std::any_of(m_windows.begin(), m_windows.end(), [&lap](const Window& window) {
         return window.from + kSlack <= lap.finish &&
@@ -92,6 +101,7 @@ LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap) const {
 
 LapBalance LapLedger::balance(const std::vector<DrivenLap>& driven, Trust trust) const {
     LapBalance balance;
+    balance.carriedOver = m_ofEarlierRuns;
     const auto isTrusted = [&](int car) { return trust == Trust::AllCars || isOwnCar(car); };
     for (const DrivenLap& lap : driven) {
         if (!isHandedOver(lap)) {

@@ -53,7 +53,11 @@ public:
     /** The host has taken the snapshot of this tick. `joins` when it took the one before, too. */
     void see(long long tick, bool joins);
 
-    void hand(const HandedLap& lap) { m_handed.push_back(lap); }
+    /**
+     * A lap that the host got. One that reaches beyond the ticks seen so far is of an earlier run:
+     * what was recorded behind the line outlives the connection.
+     */
+    void hand(const HandedLap& lap);
     [[nodiscard]] bool hasLaps() const { return !m_handed.empty(); }
 
     [[nodiscard]] LapBalance balance(const std::vector<testsupport::DrivenLap>& driven,
@@ -76,6 +80,7 @@ private:
 
     std::vector<Window> m_windows;
     std::vector<HandedLap> m_handed;
+    int m_ofEarlierRuns = 0;
 };
 
 }  // namespace torture

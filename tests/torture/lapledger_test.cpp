@@ -100,6 +100,17 @@ TEST(LapLedger, FindsALapOfTwoRuns) {
     EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).carriedOver, 0);
 }
 
+TEST(LapLedger, DoesNotTakeALapOfAnEarlierRunForOneOfThisRun) {
+    LapLedger ledger;
+    ledger.see(kStart, false);
+    ledger.hand(handed());
+    ledger.see(kFinish + testsupport::kResultTicks, true);
+    const LapBalance balance = ledger.balance({lap()}, Trust::AllCars);
+    EXPECT_EQ(balance.lost, 1);
+    EXPECT_EQ(balance.handedOver, 0);
+    EXPECT_EQ(balance.carriedOver, 1);
+}
+
 TEST(LapLedger, LetsOtherCarsKeepALapOpenBehindResultsOfAnEarlierRun) {
     LapLedger ledger;
     HandedLap carried = handed();
