@@ -72,7 +72,8 @@ void Host::take(const QList<Sample>& samples) {
     bool isNumber = false;
     const long long tick =
         samples.first().value(QStringLiteral("sessiontick")).value.toLongLong(&isNumber);
-    m_newestTick = isNumber ? tick : -1;
+    // A car that begins a lap in this tick has nothing in its sample yet.
+    m_newestTick = isNumber ? tick : m_newestTick;
 }
 
 }  // namespace torture

@@ -201,14 +201,16 @@ void LongDrive::addTo(Table& table) const {
               "0 of at least 1", m_balance.isEven() && m_balance.handedOver > 0);
     for (std::size_t i = 0; i < m_hours.size(); ++i) {
         const Hour& hour = m_hours[i];
-        const double first = m_hours.front().relativeMedian();
+        const Hour& first = m_hours.front();
+        // Other work on the machine disturbs the one or the other, a tick that grows moves both.
+        const bool hasGrown = hour.median > first.median * kMedianLimit &&
+                              hour.relativeMedian() > first.relativeMedian() * kMedianLimit;
         table.add("processor time of a tick in hour " + std::to_string(i + 1) +
                       ": median, worst but a thousandth, worst",
                   number(hour.median, 1) + ", " + number(hour.almostWorst, 1) + ", " +
                       number(hour.worst, 0, "us"));
         table.add("the median, in units of work that is always the same",
-                  number(hour.relativeMedian(), 2), "as in the first hour",
-                  hour.relativeMedian() <= first * kMedianLimit);
+                  number(hour.relativeMedian(), 2), "as in the first hour", !hasGrown);
     }
     constexpr double kMegabyte = 1024.0 * 1024.0;
     table.add("memory in use before and after, laps released",
