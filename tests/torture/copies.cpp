@@ -128,12 +128,15 @@ CopyCount copyOfSimulator(const std::string& programs, milliseconds atMost) {
         return {};
     }
     irsdk_header header{};
-    while (!(irsdk_startup() && irsdk_copyHeader(header) && header.bufferLength > 0) &&
-           Clock::now() < end) {
+    int at = -1;
+    while (at < 0 && Clock::now() < end) {
+        // Opened anew until the table is there, which is written after the block has its size.
         irsdk_shutdown();
+        if (irsdk_startup() && irsdk_copyHeader(header) && header.bufferLength > 0) {
+            at = irsdk_varNameToOffset(simulator::kChecksumName);
+        }
     }
     std::vector<char> snapshot(static_cast<std::size_t>(header.bufferLength));
-    const int at = irsdk_varNameToOffset(simulator::kChecksumName);
     const auto isWhole = [&] {
         std::int32_t stated = 0;
         std::memcpy(&stated, snapshot.data() + at, sizeof stated);
