@@ -98,6 +98,8 @@ void iRPluginLive::endConnection() {
 
 void iRPluginLive::closeOpenLaps() {
     for (int car = 0; car < carCount; ++car) {
+        // The last tick's laps are the host's: one of its threads may be writing them to disk.
+        reader.leaveReadyLap(car);
         reader.processLap(car, false);
     }
 }

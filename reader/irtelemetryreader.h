@@ -140,6 +140,9 @@ public:
     /** In a replay, drops the running lap time that the replay does not keep. */
     void cleanupLap(int car);
 
+    /** Leaves a ready lap as it is to whoever was handed it; what follows goes to a copy. */
+    void leaveReadyLap(int car);
+
     [[nodiscard]] bool isLapReady(int car) const;
     [[nodiscard]] QSharedPointer<TLM::SDK::Lap> lap(int car) const;
     [[nodiscard]] bool isCarInWorld(int car) const;

@@ -165,6 +165,10 @@ bool iRTelemetryReader::isLapReady(int car) const {
     return m_cars[car].lapReady;
 }
 
+void iRTelemetryReader::leaveReadyLap(int car) {
+    m_cars[car].leaveReadyLap();
+}
+
 QSharedPointer<Lap> iRTelemetryReader::lap(int car) const {
     return m_cars[car].lap;
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 
 using TLM::SDK::CarStatus;
+using TLM::SDK::Channel;
 using TLM::SDK::Lap;
 using TLM::SDK::Session;
 
@@ -32,6 +33,20 @@ bool isOffTrack(CarStatus status) {
 bool startsOutLap(CarStatus previous) {
     return previous == CarStatus::WaitingForStart || previous == CarStatus::InPitStall ||
            previous == CarStatus::Undefined;
+}
+
+/** A lap of its own, whose channels are no longer those of the original. */
+QSharedPointer<Lap> copyOf(const Lap& original) {
+    const auto copy = QSharedPointer<Lap>::create(original);
+    for (const auto& [name, channel] : original.channels().asKeyValueRange()) {
+        copy->addChannel(QSharedPointer<Channel>::create(*channel), name);
+    }
+    const QStringList calculated = original.getAvailableCalculatedChannels();
+    for (const QString& name : calculated) {
+        const auto channel = original.calculatedChannel(name);
+        copy->addCalculatedChannel(QSharedPointer<Channel>::create(*channel), name);
+    }
+    return copy;
 }
 
 }  // namespace
@@ -79,6 +94,12 @@ void RecorderCar::startLap() {
     lap->setLapInSession(current.lap);
     current.lapId = QUuid::createUuid();
     lap->setLapInStint(current.lapInStint);
+}
+
+void RecorderCar::leaveReadyLap() {
+    if (lapReady) {
+        lap = copyOf(*lap);
+    }
 }
 
 void RecorderCar::prepareTick() {

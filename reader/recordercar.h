@@ -71,6 +71,12 @@ public:
      */
     void startLap();
 
+    /**
+     * Leaves a closed lap to whoever was handed it, and may by now be reading it in another thread:
+     * `lap` goes on as a copy of its own.
+     */
+    void leaveReadyLap();
+
     /** Rolls this tick's state over into the last one's and starts the lap after a closed one. */
     void prepareTick();
 

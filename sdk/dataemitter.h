@@ -38,7 +38,7 @@ signals:
     void sendNotConnected();
     /** Answer to PluginInterfaceLive::checkConnectionAvailability(). */
     void sendConnectivityAvailable(bool available);
-    /** A finished lap; the receiver shares it. */
+    /** A finished lap; the receiver shares it. The source changes it no more. */
     void sendTelemetryLap(QSharedPointer<TLM::SDK::Lap>);
     /** A lap without its channels. */
     void sendTelemetryLapHeader(TLM::SDK::LapHeader const& header);

@@ -10,6 +10,7 @@
 using namespace Qt::StringLiterals;
 using TLM::SDK::CarInfo;
 using TLM::SDK::CarStatus;
+using TLM::SDK::Lap;
 using TLM::SDK::LivePluginInfo;
 
 namespace {
@@ -372,6 +373,38 @@ TEST_F(EndOfConnection, ClosesEveryCarsLapSoThatTheNextOneBeginsWithTheNextConne
     ASSERT_EQ(host.laps().size(), 3);
     for (const auto& lap : host.laps()) {
         EXPECT_EQ(lap->size(), ticksAfterwards) << lap->carId().toStdString();
+    }
+}
+
+TEST_F(EndOfConnection, LeavesTheLapsOfTheLastTickAsTheHostGotThem) {
+    for (int lap = 0; lap < 2; ++lap) {
+        for (int i = 0; i < 5; ++i) {
+            tick();
+        }
+        simulator.crossLine(fastCar);
+        tick();
+    }
+    ASSERT_EQ(host.laps().size(), 2);
+    const QSharedPointer<Lap> lap = host.laps().last();
+    ASSERT_TRUE(lap->completed());
+    const QTime time = lap->lapTime();
+    const Lap::ChannelMap channels = lap->channels();
+    QList<QList<double>> samples;
+    for (const auto& channel : channels) {
+        samples.append(channel->samples);
+    }
+    const QDateTime closed = lap->dateTime();
+    QTest::qSleep(2);  // so that closing it once more would give another time
+
+    plugin->disconnectFromSource();
+
+    EXPECT_TRUE(lap->completed());
+    EXPECT_EQ(lap->lapTime(), time);
+    EXPECT_EQ(lap->dateTime(), closed);
+    EXPECT_EQ(lap->channels(), channels) << "the very same objects";
+    qsizetype i = 0;
+    for (const auto& channel : channels) {
+        EXPECT_EQ(channel->samples, samples[i++]);
     }
 }
 

@@ -9,6 +9,7 @@
 
 using namespace readertest;
 using TLM::SDK::CarStatus;
+using TLM::SDK::Channel;
 using TLM::SDK::Lap;
 using TLM::SDK::LapType;
 using TLM::SDK::Session;
@@ -599,6 +600,40 @@ TEST_F(Completion, ClosesEveryOpenLapAsADisconnectionDoes) {
     EXPECT_EQ(lapTimeOf(own), 3599000);
     EXPECT_EQ(lapTimeOf(other), 3599000);
     EXPECT_EQ(own->lapType(), LapType::OutLap);
+}
+
+TEST_F(Completion, OfALapLeftToTheHostGoesToACopy) {
+    drive.publishSession();
+    drive.leavePits();
+    drive.driveOwnLap(88.0);
+    drive.driveOwnLap(88.0);
+    const LapPointer handedOver = reader.lap(kOwnCar);
+    handedOver->addCalculatedChannel(QSharedPointer<Channel>::create(), QStringLiteral("gap"));
+    const QList<double> distances = samplesOf(handedOver, "lapdistpct");
+    ASSERT_TRUE(reader.isLapReady(kOwnCar));
+
+    reader.leaveReadyLap(kOwnCar);
+    const LapPointer copy = reader.lap(kOwnCar);
+    ASSERT_NE(copy, handedOver);
+    EXPECT_EQ(copy->getAvailableRecordedChannels(), handedOver->getAvailableRecordedChannels());
+    EXPECT_NE(copy->calculatedChannel(QStringLiteral("gap")),
+              handedOver->calculatedChannel(QStringLiteral("gap")));
+    copy->channel(QStringLiteral("lapdistpct"))->setSample(0, 0.5);
+    EXPECT_EQ(samplesOf(handedOver, "lapdistpct"), distances);
+    EXPECT_EQ(samplesOf(copy, "lapdistpct").size(), distances.size());
+
+    reader.processLap(kOwnCar, false);
+    EXPECT_FALSE(reader.lap(kOwnCar)->completed());
+    EXPECT_TRUE(handedOver->completed());
+    EXPECT_EQ(lapTimeOf(handedOver), 88000);
+}
+
+TEST_F(Completion, GoesOnWithALapThatIsNotReadyWhenReadyOnesAreLeft) {
+    drive.publishSession();
+    drive.leavePits();
+    const LapPointer open = reader.lap(kOwnCar);
+    reader.leaveReadyLap(kOwnCar);
+    EXPECT_EQ(reader.lap(kOwnCar), open);
 }
 
 TEST_F(Completion, StaysReadyUntilTheNextTickBegins) {
