@@ -109,7 +109,11 @@ build_and_test() {
     local preset="$1"
     local log="build/$preset/test.log"
     build "$preset"
-    ctest --preset "$preset" --parallel "$jobs" --no-tests=error 2>&1 | tee "$log"
+    if ! ctest --preset "$preset" --parallel "$jobs" --no-tests=error 2>&1 | tee "$log"; then
+        printf '\n== What the tests that failed say when they run once more\n'
+        ctest --preset "$preset" --rerun-failed --output-on-failure || true
+        return 1
+    fi
     result="$(grep 'tests passed' "$log")"
 }
 
