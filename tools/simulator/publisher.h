@@ -23,32 +23,33 @@ struct BroadcastMessage {
  */
 class Publisher {
 public:
-    Publisher();
-    ~Publisher();
+    /** This platform's; it has created nothing yet. */
+    static std::unique_ptr<Publisher> make();
+
+    virtual ~Publisher() = default;
     Publisher(const Publisher&) = delete;
     Publisher& operator=(const Publisher&) = delete;
 
     /**
-     * Creates the objects with a block of `bytes` bytes. Empty when that worked, else one sentence
-     * on why not, and nothing is left behind.
+     * Creates the objects with a block of `bytes` bytes; to be called once. Empty when that worked,
+     * else one sentence on why not: then the publisher is good for nothing but being destroyed.
      */
-    [[nodiscard]] std::string open(std::size_t bytes);
+    [[nodiscard]] virtual std::string open(std::size_t bytes) = 0;
 
     /** Empty, or one sentence on what is missing although open() worked. */
-    const std::string& remark() const;
+    virtual const std::string& remark() const = 0;
 
     /** The block; may hold what an earlier run left in it. */
-    std::span<std::byte> memory() const;
+    virtual std::span<std::byte> memory() const = 0;
 
     /** Tells all who wait that a buffer is complete. */
-    void signal();
+    virtual void signal() = 0;
 
     /** The messages that came in since the last call; never waits. */
-    std::vector<BroadcastMessage> takeMessages();
+    virtual std::vector<BroadcastMessage> takeMessages() = 0;
 
-private:
-    class Objects;
-    std::unique_ptr<Objects> m_objects;
+protected:
+    Publisher() = default;
 };
 
 }  // namespace simulator

@@ -82,18 +82,19 @@ private:
     std::size_t m_size = 0;
 };
 
-}  // namespace
-
-class Publisher::Objects {
+class LinuxPublisher : public Publisher {
 public:
-    ~Objects();
+    LinuxPublisher() = default;
+    ~LinuxPublisher() override;
+    LinuxPublisher(const LinuxPublisher&) = delete;
+    LinuxPublisher& operator=(const LinuxPublisher&) = delete;
 
-    std::string open(std::size_t bytes);
-    void signal();
-    std::vector<BroadcastMessage> takeMessages();
+    std::string open(std::size_t bytes) override;
+    void signal() override;
+    std::vector<BroadcastMessage> takeMessages() override;
 
-    const std::string& remark() const { return m_remark; }
-    std::span<std::byte> memory() const { return {m_block.start(), m_block.size()}; }
+    const std::string& remark() const override { return m_remark; }
+    std::span<std::byte> memory() const override { return {m_block.start(), m_block.size()}; }
 
 private:
     std::string claimBlock();
@@ -108,7 +109,7 @@ private:
     std::string m_remark;
 };
 
-Publisher::Objects::~Objects() {
+LinuxPublisher::~LinuxPublisher() {
     if (m_queue != -1) {
         ::mq_close(m_queue);
         ::mq_unlink(kQueueName);
@@ -120,7 +121,7 @@ Publisher::Objects::~Objects() {
     }
 }
 
-std::string Publisher::Objects::open(std::size_t bytes) {
+std::string LinuxPublisher::open(std::size_t bytes) {
     if (std::string complaint = claimBlock(); !complaint.empty()) {
         return complaint;
     }
@@ -140,7 +141,7 @@ std::string Publisher::Objects::open(std::size_t bytes) {
 // a block that can be locked has no publisher any more. Such a block is not used again: a reader
 // that still has it mapped must not see it change its size. It loses its name and a new one takes
 // it.
-std::string Publisher::Objects::claimBlock() {
+std::string LinuxPublisher::claimBlock() {
     constexpr int kAttempts = 10;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         m_blockFile.reset(::shm_open(kBlockName, O_RDWR | O_CREAT, kOwnerOnly));
@@ -174,7 +175,7 @@ std::string Publisher::Objects::claimBlock() {
     return "The telemetry block could not be claimed: others keep replacing it.";
 }
 
-std::string Publisher::Objects::openEvent() {
+std::string LinuxPublisher::openEvent() {
     ::shm_unlink(kEventName);
     const Descriptor file(::shm_open(kEventName, O_RDWR | O_CREAT | O_EXCL, kOwnerOnly));
     if (!file.isOpen() || ::ftruncate(file.get(), static_cast<off_t>(kEventBytes)) != 0 ||
@@ -184,7 +185,7 @@ std::string Publisher::Objects::openEvent() {
     return {};
 }
 
-void Publisher::Objects::openQueue() {
+void LinuxPublisher::openQueue() {
     ::mq_unlink(kQueueName);
     mq_attr attributes{};
     attributes.mq_maxmsg = kQueuedMessages;
@@ -196,14 +197,14 @@ void Publisher::Objects::openQueue() {
     }
 }
 
-void Publisher::Objects::signal() {
+void LinuxPublisher::signal() {
     auto* counter = reinterpret_cast<std::uint32_t*>(m_event.start());
     std::atomic_ref<std::uint32_t>(*counter).fetch_add(1, std::memory_order_release);
     // Waiters are in other processes: not a private futex.
     ::syscall(SYS_futex, counter, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
 }
 
-std::vector<BroadcastMessage> Publisher::Objects::takeMessages() {
+std::vector<BroadcastMessage> LinuxPublisher::takeMessages() {
     std::vector<BroadcastMessage> messages;
     MessageWords words{};
     // The queue was made for messages of this very size; a shorter one is nobody's.
@@ -220,32 +221,10 @@ std::vector<BroadcastMessage> Publisher::Objects::takeMessages() {
     return messages;
 }
 
-Publisher::Publisher() = default;
-Publisher::~Publisher() = default;
+}  // namespace
 
-std::string Publisher::open(std::size_t bytes) {
-    m_objects = std::make_unique<Objects>();
-    std::string complaint = m_objects->open(bytes);
-    if (!complaint.empty()) {
-        m_objects.reset();
-    }
-    return complaint;
-}
-
-const std::string& Publisher::remark() const {
-    return m_objects->remark();
-}
-
-std::span<std::byte> Publisher::memory() const {
-    return m_objects->memory();
-}
-
-void Publisher::signal() {
-    m_objects->signal();
-}
-
-std::vector<BroadcastMessage> Publisher::takeMessages() {
-    return m_objects->takeMessages();
+std::unique_ptr<Publisher> Publisher::make() {
+    return std::make_unique<LinuxPublisher>();
 }
 
 }  // namespace simulator

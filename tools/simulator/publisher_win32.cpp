@@ -45,18 +45,19 @@ private:
     HANDLE m_handle = nullptr;
 };
 
-}  // namespace
-
-class Publisher::Objects {
+class Win32Publisher : public Publisher {
 public:
-    ~Objects();
+    Win32Publisher() = default;
+    ~Win32Publisher() override;
+    Win32Publisher(const Win32Publisher&) = delete;
+    Win32Publisher& operator=(const Win32Publisher&) = delete;
 
-    std::string open(std::size_t bytes);
-    void signal() { ::SetEvent(m_event.get()); }
-    std::vector<BroadcastMessage> takeMessages();
+    std::string open(std::size_t bytes) override;
+    void signal() override { ::SetEvent(m_event.get()); }
+    std::vector<BroadcastMessage> takeMessages() override;
 
-    const std::string& remark() const { return m_remark; }
-    std::span<std::byte> memory() const { return {m_block, m_size}; }
+    const std::string& remark() const override { return m_remark; }
+    std::span<std::byte> memory() const override { return {m_block, m_size}; }
 
 private:
     std::string openBlock(std::size_t bytes);
@@ -75,7 +76,7 @@ private:
     std::string m_remark;
 };
 
-Publisher::Objects::~Objects() {
+Win32Publisher::~Win32Publisher() {
     if (m_window != nullptr) {
         ::DestroyWindow(m_window);
     }
@@ -84,7 +85,7 @@ Publisher::Objects::~Objects() {
     }
 }
 
-std::string Publisher::Objects::open(std::size_t bytes) {
+std::string Win32Publisher::open(std::size_t bytes) {
     m_claim.reset(::CreateMutexW(nullptr, FALSE, kClaimName));
     if (!m_claim.isOpen()) {
         return because("Claiming the telemetry block");
@@ -104,7 +105,7 @@ std::string Publisher::Objects::open(std::size_t bytes) {
     return {};
 }
 
-std::string Publisher::Objects::openBlock(std::size_t bytes) {
+std::string Win32Publisher::openBlock(std::size_t bytes) {
     const auto size = static_cast<unsigned long long>(bytes);
     m_mapping.reset(::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE,
                                          static_cast<DWORD>(size >> 32U), static_cast<DWORD>(size),
@@ -129,7 +130,7 @@ std::string Publisher::Objects::openBlock(std::size_t bytes) {
 
 // A block that nobody writes any more keeps the status bit of the day when its publisher crashed,
 // but its ticks stand still.
-bool Publisher::Objects::anotherWrites() const {
+bool Win32Publisher::anotherWrites() const {
     constexpr DWORD kLookMilliseconds = 250;
     irsdk_header before{};
     irsdk_header after{};
@@ -141,11 +142,11 @@ bool Publisher::Objects::anotherWrites() const {
 }
 
 // Broadcasts reach top-level windows only, so this is one, though it is never shown.
-void Publisher::Objects::openWindow() {
+void Win32Publisher::openWindow() {
     m_message = ::RegisterWindowMessageW(kMessageName);
     WNDCLASSEXW description{};
     description.cbSize = sizeof description;
-    description.lpfnWndProc = &Objects::receive;
+    description.lpfnWndProc = &Win32Publisher::receive;
     description.hInstance = ::GetModuleHandleW(nullptr);
     description.lpszClassName = kWindowClass;
     ::RegisterClassExW(&description);
@@ -158,9 +159,8 @@ void Publisher::Objects::openWindow() {
     ::SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
 }
 
-LRESULT CALLBACK Publisher::Objects::receive(HWND window, UINT message, WPARAM wparam,
-                                             LPARAM lparam) {
-    auto* self = reinterpret_cast<Objects*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+LRESULT CALLBACK Win32Publisher::receive(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    auto* self = reinterpret_cast<Win32Publisher*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
     if (self == nullptr || message != self->m_message) {
         return ::DefWindowProcW(window, message, wparam, lparam);
     }
@@ -170,7 +170,7 @@ LRESULT CALLBACK Publisher::Objects::receive(HWND window, UINT message, WPARAM w
     return 0;
 }
 
-std::vector<BroadcastMessage> Publisher::Objects::takeMessages() {
+std::vector<BroadcastMessage> Win32Publisher::takeMessages() {
     MSG message{};
     while (m_window != nullptr && ::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
         ::DispatchMessageW(&message);
@@ -180,32 +180,10 @@ std::vector<BroadcastMessage> Publisher::Objects::takeMessages() {
     return taken;
 }
 
-Publisher::Publisher() = default;
-Publisher::~Publisher() = default;
+}  // namespace
 
-std::string Publisher::open(std::size_t bytes) {
-    m_objects = std::make_unique<Objects>();
-    std::string complaint = m_objects->open(bytes);
-    if (!complaint.empty()) {
-        m_objects.reset();
-    }
-    return complaint;
-}
-
-const std::string& Publisher::remark() const {
-    return m_objects->remark();
-}
-
-std::span<std::byte> Publisher::memory() const {
-    return m_objects->memory();
-}
-
-void Publisher::signal() {
-    m_objects->signal();
-}
-
-std::vector<BroadcastMessage> Publisher::takeMessages() {
-    return m_objects->takeMessages();
+std::unique_ptr<Publisher> Publisher::make() {
+    return std::make_unique<Win32Publisher>();
 }
 
 }  // namespace simulator

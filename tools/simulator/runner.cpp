@@ -41,7 +41,7 @@ int Runner::run() {
     }
     m_feed.setRunning(false);
     // Those who wait find the status instead of running into their time-out.
-    m_publisher.signal();
+    m_publisher->signal();
     m_feed.finish();
     m_log.add(m_feed.takeLaps());
     say("Ended after " + std::to_string(m_feed.world().tick()) + " ticks.");
@@ -49,15 +49,15 @@ int Runner::run() {
 }
 
 std::string Runner::start() {
-    if (std::string complaint = m_publisher.open(m_feed.blockSize()); !complaint.empty()) {
+    if (std::string complaint = m_publisher->open(m_feed.blockSize()); !complaint.empty()) {
         return complaint;
     }
     if (!m_options.log.empty() && !m_log.open(m_options.log)) {
         return "The log \"" + m_options.log + "\" cannot be written.";
     }
-    m_feed.attach(m_publisher.memory());
-    if (!m_publisher.remark().empty()) {
-        std::cerr << "rataip-simulator: " << m_publisher.remark() << '\n';
+    m_feed.attach(m_publisher->memory());
+    if (!m_publisher->remark().empty()) {
+        std::cerr << "rataip-simulator: " << m_publisher->remark() << '\n';
     }
     const World& world = m_feed.world();
     say("Publishing " + std::to_string(world.entrants().size()) + " cars on " +
@@ -107,7 +107,7 @@ void Runner::runInLockstep() {
 
 void Runner::publishTick() {
     m_feed.publishNextTick();
-    m_publisher.signal();
+    m_publisher->signal();
     const std::vector<LapRecord> laps = m_feed.takeLaps();
     m_log.add(laps);
     for (const LapRecord& lap : laps) {
@@ -148,7 +148,7 @@ void Runner::obey(const std::string& line) {
         stall(seconds);
     } else if (word == "status" && (argument == "on" || argument == "off")) {
         m_feed.setRunning(argument == "on");
-        m_publisher.signal();
+        m_publisher->signal();
         answer("ok");
     } else {
         answer("unknown command: " + std::string(text));
@@ -193,7 +193,7 @@ void Runner::say(const std::string& text) {
 }
 
 void Runner::printMessages() {
-    for (const BroadcastMessage& message : m_publisher.takeMessages()) {
+    for (const BroadcastMessage& message : m_publisher->takeMessages()) {
         const auto word = static_cast<std::uint64_t>(message.wparam);
         const auto code = static_cast<std::uint16_t>(word);
         const auto argument = static_cast<std::int16_t>(static_cast<std::uint16_t>(word >> 16U));

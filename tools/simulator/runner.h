@@ -6,6 +6,7 @@
 #include "tools/simulator/options.h"
 #include "tools/simulator/publisher.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -42,7 +43,7 @@ private:
     Options m_options;
     Console m_console;
     Feed m_feed;
-    Publisher m_publisher;
+    std::unique_ptr<Publisher> m_publisher = Publisher::make();
     LapLog m_log;
     bool m_quit = false;
     bool m_stalled = false;  // since the clock was last looked at

@@ -1,0 +1,11 @@
+#include "tests/support/applicationenvironment.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+// For timers, event loops and processes of Qt.
+const ::testing::Environment* const environment =
+    ::testing::AddGlobalTestEnvironment(new ApplicationEnvironment<QCoreApplication>);
+
+}  // namespace

@@ -1,0 +1,11 @@
+#include "tests/support/applicationenvironment.h"
+
+#include <QGuiApplication>
+
+namespace {
+
+// For fonts and pictures.
+const ::testing::Environment* const environment =
+    ::testing::AddGlobalTestEnvironment(new OffscreenEnvironment<QGuiApplication>);
+
+}  // namespace
