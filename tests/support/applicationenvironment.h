@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QByteArray>
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ template <typename Application>
 class OffscreenEnvironment : public ApplicationEnvironment<Application> {
 public:
     void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", QByteArrayLiteral("offscreen"));
         ApplicationEnvironment<Application>::SetUp();
     }
 };
