@@ -140,7 +140,7 @@ public:
     /** In a replay, drops the running lap time that the replay does not keep. */
     void cleanupLap(int car);
 
-    /** Leaves a ready lap as it is to whoever was handed it; what follows goes to a copy. */
+    /** Lets go of a ready lap, as it is: from then on the car has an empty one. */
     void leaveReadyLap(int car);
 
     [[nodiscard]] bool isLapReady(int car) const;

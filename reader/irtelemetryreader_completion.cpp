@@ -120,13 +120,14 @@ void repairBeginning(Channel& channel, const Channel& distance) {
 
 void iRTelemetryReader::processLap(int index, bool completed) {
     RecorderCar& car = m_cars[index];
-    car.lapReady = true;
-    if (car.lap->isEmpty()) {
-        return;
-    }
     Lap& lap = *car.lap;
     // Asked before this function looks at them itself.
-    if (lap.areChannelsSeen()) {
+    const bool areChannelsSeen = lap.areChannelsSeen();
+    car.closeLap();
+    if (lap.isEmpty()) {
+        return;
+    }
+    if (areChannelsSeen) {
         car.course.spoil();
     }
     setLapType(lap, car.previous.status);

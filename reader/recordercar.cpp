@@ -6,7 +6,6 @@
 #include <cmath>
 
 using TLM::SDK::CarStatus;
-using TLM::SDK::Channel;
 using TLM::SDK::Lap;
 using TLM::SDK::Session;
 
@@ -33,20 +32,6 @@ bool isOffTrack(CarStatus status) {
 bool startsOutLap(CarStatus previous) {
     return previous == CarStatus::WaitingForStart || previous == CarStatus::InPitStall ||
            previous == CarStatus::Undefined;
-}
-
-/** A lap of its own, whose channels are no longer those of the original. */
-QSharedPointer<Lap> copyOf(const Lap& original) {
-    const auto copy = QSharedPointer<Lap>::create(original);
-    for (const auto& [name, channel] : original.channels().asKeyValueRange()) {
-        copy->addChannel(QSharedPointer<Channel>::create(*channel), name);
-    }
-    const QStringList calculated = original.getAvailableCalculatedChannels();
-    for (const QString& name : calculated) {
-        const auto channel = original.calculatedChannel(name);
-        copy->addCalculatedChannel(QSharedPointer<Channel>::create(*channel), name);
-    }
-    return copy;
 }
 
 }  // namespace
@@ -82,7 +67,6 @@ void RecorderCar::startStint() {
 void RecorderCar::startLap() {
     sample.clear();
     ++sampleRevision;
-    expectSamplesLike(*lap);
     lap = nextLap;
     course = nextCourse;
     nextLap = QSharedPointer<Lap>::create();
@@ -96,9 +80,16 @@ void RecorderCar::startLap() {
     lap->setLapInStint(current.lapInStint);
 }
 
+void RecorderCar::closeLap() {
+    lapReady = true;
+    lap->completeChannels();
+    expectSamplesLike(*lap);
+}
+
 void RecorderCar::leaveReadyLap() {
     if (lapReady) {
-        lap = copyOf(*lap);
+        lap = QSharedPointer<Lap>::create();
+        course = {};
     }
 }
 

@@ -71,9 +71,12 @@ public:
      */
     void startLap();
 
+    /** Marks the lap ready, and learns from it how long the next ones may become. */
+    void closeLap();
+
     /**
-     * Leaves a closed lap to whoever was handed it, and may by now be reading it in another thread:
-     * `lap` goes on as a copy of its own.
+     * Lets go of a ready lap, and puts an empty one in its place: whoever was handed the lap may by
+     * now be using it in another thread.
      */
     void leaveReadyLap();
 

@@ -38,7 +38,11 @@ signals:
     void sendNotConnected();
     /** Answer to PluginInterfaceLive::checkConnectionAvailability(). */
     void sendConnectivityAvailable(bool available);
-    /** A finished lap; the receiver shares it. The source changes it no more. */
+    /**
+     * A finished lap, which the receivers share among each other. The source has let go of it: it
+     * neither changes nor reads it any more. Its last owner MUST be gone before the plugin's
+     * library is unloaded, which holds its code.
+     */
     void sendTelemetryLap(QSharedPointer<TLM::SDK::Lap>);
     /** A lap without its channels. */
     void sendTelemetryLapHeader(TLM::SDK::LapHeader const& header);

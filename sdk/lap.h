@@ -21,10 +21,12 @@ namespace TLM::SDK {
  * A name that is not there is an ordinary answer: a null channel, a default Value, no effect. A
  * null channel is never stored.
  *
- * A lap that samples are still added to belongs to one thread, its const operations too.
+ * A lap that samples are still added to belongs to one thread, its const operations too. Taking
+ * channels out of it makes each sample added from then on cost more.
  *
- * Laps travel as QSharedPointer<Lap>. A copy of a lap shares its Channel objects: a sample added to
- * one lap is seen through the other. Who wants an independent copy MUST copy the channels.
+ * Laps travel as QSharedPointer<Lap>. A copy of a lap shares its Channel objects: what is added to
+ * a channel that both have is seen through the other. Who wants an independent copy MUST copy the
+ * channels.
  *
  * @code
  * Lap lap;
@@ -52,10 +54,17 @@ public:
     bool isEmpty() const { return m_channels.isEmpty() && m_calculatedChannels.isEmpty(); }
 
     /**
-     * Whether somebody has been given recorded channels of this lap, or has put one there. If not,
-     * they hold what addSample() appended and nothing else.
+     * Whether somebody has been given recorded channels of this lap or has put or removed one, so
+     * that they may hold anything else than what addSample() appended. A lap that was copied counts
+     * as seen, and so does the copy.
      */
     bool areChannelsSeen() const { return m_columns.isExposed(); }
+
+    /**
+     * For a lap to which no sample will be added: from now on several threads may read it at once.
+     * Being given a channel has the same effect.
+     */
+    void completeChannels() { m_columns.expose(); }
 
     /** The recorded channels by name. */
     ChannelMap const& channels() const;

@@ -15,7 +15,8 @@ namespace TLM::SDK {
  * Nothing here reports an error by its return: what happens is told by the signals of the emitter.
  * A host MUST connect to the signals it wants before it calls initialize(), and MUST call every
  * operation on the thread that owns the plugin object. The emitter lives exactly as long as the
- * plugin object; a host MUST NOT delete it.
+ * plugin object; a host MUST NOT delete it. A host MUST NOT unload the plugin's library while it
+ * holds laps or samples, whose code lies there.
  *
  * A plugin derives from QObject first and from this class second:
  *
