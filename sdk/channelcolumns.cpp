@@ -79,7 +79,7 @@ ChannelColumns& ChannelColumns::operator=(ChannelColumns const& other) {
 
 void ChannelColumns::append(ChannelMap& channels, DynamicData::ValueMap const& values) {
     if (m_columns.empty()) {
-        list(channels);
+        startOver(channels);
         m_columns.reserve(static_cast<std::size_t>(values.size()));
     }
     if (m_isExposed || m_columns.empty() || !appendRow(values)) {
@@ -92,6 +92,17 @@ void ChannelColumns::append(ChannelMap& channels, DynamicData::ValueMap const& v
     makeRoomAhead();
 }
 
+/** Which comes next where values and columns are merged: below zero the value, above the column. */
+int ChannelColumns::orderAt(Values value, Values lastValue, std::size_t column) const {
+    if (value == lastValue) {
+        return 1;
+    }
+    if (column == m_columns.size()) {
+        return -1;
+    }
+    return compareNames(value.key(), m_columns[column].name);
+}
+
 /** Without effect and false when a value has no column yet. */
 bool ChannelColumns::appendRow(DynamicData::ValueMap const& values) {
     const std::size_t rowsBefore = m_rows.size();
@@ -102,8 +113,8 @@ bool ChannelColumns::appendRow(DynamicData::ValueMap const& values) {
     double* entry = m_rows.data() + rowsBefore;
     auto value = values.cbegin();
     const auto lastValue = values.cend();
-    for (Column const& column : m_columns) {
-        const int order = value == lastValue ? 1 : compareNames(value.key(), column.name);
+    for (std::size_t column = 0; column < m_columns.size(); ++column) {
+        const int order = orderAt(value, lastValue, column);
         if (order < 0) {
             break;
         }
@@ -128,10 +139,7 @@ void ChannelColumns::appendInPlace(ChannelMap& channels, DynamicData::ValueMap c
     auto value = values.cbegin();
     const auto lastValue = values.cend();
     while (value != lastValue || column != m_columns.size()) {
-        const int order = value == lastValue ? 1
-                          : column == m_columns.size()
-                              ? -1
-                              : compareNames(value.key(), m_columns[column].name);
+        const int order = orderAt(value, lastValue, column);
         if (order < 0) {
             insert(channels, column, value.key(), value.value());
             ++value;
@@ -153,17 +161,16 @@ void ChannelColumns::expose() const {
     }
     flush();
     m_isExposed = true;
-    m_rows = {};
+    std::vector<double>().swap(m_rows);
 }
 
 void ChannelColumns::forget() {
-    m_columns = {};
+    m_columns.clear();
 }
 
 void ChannelColumns::clear() {
-    m_columns = {};
-    m_rows = {};
-    m_isExposed = false;
+    m_columns.clear();
+    m_rows.clear();
 }
 
 qsizetype ChannelColumns::keptRows() const {
@@ -191,7 +198,7 @@ void ChannelColumns::expect(qsizetype samples) {
     m_expectedSamples = std::clamp<qsizetype>(samples, 0, kMaxExpectedSamples);
 }
 
-void ChannelColumns::list(ChannelMap const& channels) {
+void ChannelColumns::startOver(ChannelMap const& channels) {
     m_grown = 0;
     m_room = kFirstRoom;
     m_growFrom = growthStart(kFirstRoom);

@@ -21,9 +21,9 @@ namespace TLM::SDK {
  * in rows, a sample a row, and now and then put into all channels at once. Whoever is given a
  * channel could look at any time: from expose() on every sample goes to the channels directly.
  *
- * Room in the lists is made ahead, for a few channels with each sample and from the expected length
- * on, so that there is never a sample at which all lists of a lap move. Neither changes what the
- * channels hold when somebody looks.
+ * Room in the lists is made ahead, for a few channels with each sample while the present room fills
+ * up, and towards the expected length, so that there is never a sample at which all lists of a lap
+ * move. Neither changes what the channels hold when somebody looks.
  *
  * The map owns the channels. Whoever changes it by other means MUST call expose() before and
  * forget() behind. Copies share the channels and are exposed, and so is the original.
@@ -48,13 +48,13 @@ public:
     /** Completes the channels and keeps them complete: somebody may look at them from now on. */
     void expose() const;
 
-    /** Whether expose() was called since there were no channels. */
+    /** Whether expose() was called; also clear() does not take back a channel map once given. */
     [[nodiscard]] bool isExposed() const { return m_isExposed; }
 
     /** The channels are others from now on; the next append() looks at them anew. */
     void forget();
 
-    /** There are no channels any more, and nobody has been given those to come. */
+    /** There are no channels any more. */
     void clear();
 
     /** Entries that are kept for each channel and not in it yet. */
@@ -70,7 +70,10 @@ private:
         Channel* channel;
     };
 
-    void list(ChannelMap const& channels);
+    using Values = DynamicData::ValueMap::const_iterator;
+
+    void startOver(ChannelMap const& channels);
+    [[nodiscard]] int orderAt(Values value, Values lastValue, std::size_t column) const;
     [[nodiscard]] bool appendRow(DynamicData::ValueMap const& values);
     void appendInPlace(ChannelMap& channels, DynamicData::ValueMap const& values);
     void insert(ChannelMap& channels, std::size_t column, QString const& name, Value const& value);

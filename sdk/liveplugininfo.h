@@ -35,7 +35,7 @@ QDataStream& operator<<(QDataStream& stream, LivePluginInfo const& info);
 /**
  * Reads what was written. A stream that fails on the way still gives as many cars as it announced,
  * the rest of them as an empty car record reads; the stream's status tells. A count below 0 gives
- * none.
+ * none, and so does one that there is no memory for: that stream counts as corrupt.
  */
 QDataStream& operator>>(QDataStream& stream, LivePluginInfo& info);
 

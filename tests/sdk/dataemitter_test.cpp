@@ -116,7 +116,27 @@ TEST(DataEmitter, ComparesAndPrintsSharedLapsByPointer) {
     EXPECT_EQ(printed.trimmed(), expected.trimmed());
 }
 
-TEST(DataEmitter, DeliversEverySignalToItsListeners) {
+TEST(DataEmitter, DeliversWhatBecomesOfAConnection) {
+    DataEmitter emitter;
+    QSignalSpy connected(&emitter, &DataEmitter::sendConnected);
+    QSignalSpy disconnected(&emitter, &DataEmitter::sendDisconnected);
+    QSignalSpy notConnected(&emitter, &DataEmitter::sendNotConnected);
+    QSignalSpy available(&emitter, &DataEmitter::sendConnectivityAvailable);
+    emit emitter.sendConnected();
+    EXPECT_EQ(connected.size(), 1);
+    EXPECT_EQ(disconnected.size(), 0);
+    emit emitter.sendDisconnected();
+    EXPECT_EQ(disconnected.size(), 1);
+    EXPECT_EQ(notConnected.size(), 0);
+    emit emitter.sendNotConnected();
+    EXPECT_EQ(notConnected.size(), 1);
+    EXPECT_EQ(connected.size(), 1);
+    emit emitter.sendConnectivityAvailable(true);
+    ASSERT_EQ(available.size(), 1);
+    EXPECT_TRUE(available[0][0].toBool());
+}
+
+TEST(DataEmitter, DeliversPayloadsAsTheyAre) {
     DataEmitter emitter;
     QSignalSpy messages(&emitter, &DataEmitter::sendMessage);
     QSignalSpy progress(&emitter, &DataEmitter::sendProgress);

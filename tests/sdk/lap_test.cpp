@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <type_traits>
 
 using TLM::SDK::Channel;
 using TLM::SDK::Lap;
 using TLM::SDK::LapHeader;
+using TLM::SDK::Sample;
 using TLM::SDK::Value;
 
 static_assert(std::is_base_of_v<LapHeader, Lap>);
@@ -149,6 +151,51 @@ TEST(Lap, ClearEmptiesChannelsAndValuesAndKeepsTheHeader) {
     EXPECT_TRUE(lap.values().isEmpty());
     EXPECT_EQ(lap.lapTime(), QTime(0, 1, 30));
     EXPECT_EQ(lap.driverName(), "Zoe");
+}
+
+TEST(Lap, KeepsAMapOnceGivenCompleteAlsoAfterItWasCleared) {
+    Sample sample;
+    sample.setValue("a", 1, QString());
+    Lap lap;
+    const Lap::ChannelMap& channels = lap.channels();
+    lap.clear();
+    for (int i = 1; i <= 3; ++i) {
+        lap.addSample(sample);
+        ASSERT_EQ(channels["a"]->samples.size(), i);
+    }
+}
+
+TEST(Lap, KnowsWhetherItsChannelsWereSeen) {
+    Sample sample;
+    sample.setValue("a", 1, QString());
+    const auto recorded = [&sample] {
+        Lap lap;
+        lap.addSample(sample);
+        lap.addSample(sample);
+        return lap;
+    };
+    EXPECT_FALSE(recorded().areChannelsSeen());
+    EXPECT_FALSE(Lap().areChannelsSeen());
+    const Lap moved = recorded();
+    static_cast<void>(moved.size());
+    static_cast<void>(moved.isEmpty());
+    static_cast<void>(moved.getAvailableRecordedChannels());
+    EXPECT_FALSE(moved.areChannelsSeen());
+
+    const std::function<void(Lap&)> waysIn[] = {
+        [](Lap& lap) { static_cast<void>(lap.channels()); },
+        [](Lap& lap) { static_cast<void>(lap.channel("a")); },
+        [](Lap& lap) { static_cast<void>(lap.channel("absent")); },
+        [](Lap& lap) { lap.addChannel(channelOf({1}), "b"); },
+        [](Lap& lap) { lap.removeChannel("absent"); },
+        [](Lap& lap) { lap.completeChannels(); },
+        [](Lap& lap) { EXPECT_TRUE(Lap(lap).areChannelsSeen()); },
+    };
+    for (const auto& goIn : waysIn) {
+        Lap lap = recorded();
+        goIn(lap);
+        EXPECT_TRUE(lap.areChannelsSeen()) << &goIn - waysIn;
+    }
 }
 
 TEST(Lap, GivesItsValuesByNameAndAsAWhole) {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using TLM::SDK::CarInfo;
 using TLM::SDK::LivePluginInfo;
 
@@ -23,14 +25,15 @@ QByteArray namesAndCount(qint32 count) {
 }
 
 // A reader makes as many cars as a count says; a test cannot afford all of them.
-bool announcesAListTooLongForATest(const QByteArray& bytes) {
-    constexpr qint32 kAffordableCars = 1'000;
+constexpr qint32 kAffordableCars = 1'000;
+
+qint32 announcedCars(const QByteArray& bytes) {
     QDataStream stream(bytes);
     stream.setVersion(QDataStream::Qt_6_0);
     QString name;
     qint32 count = 0;
     stream >> name >> name >> count;
-    return count > kAffordableCars;
+    return count;
 }
 
 }  // namespace
@@ -116,10 +119,15 @@ TEST(LivePluginInfoStream, SurvivesEverySingleChangedByte) {
     LivePluginInfo info = filledInfo();
     info.cars = {filledCar("0")};
     forEveryChangedByte(written(info), [](const QByteArray& changed) {
-        if (announcesAListTooLongForATest(changed)) {
+        const qint32 announced = announcedCars(changed);
+        if (announced > kAffordableCars) {
             return;
         }
         LivePluginInfo read;
-        EXPECT_NO_THROW(readInto(changed, read));
+        const QDataStream::Status status = readInto(changed, read);
+        EXPECT_EQ(read.cars.size(), std::max(announced, 0));
+        if (status != QDataStream::Ok && read.cars.size() > 1) {
+            EXPECT_TRUE(sameFields(read.cars.last(), emptyMapCar()));
+        }
     });
 }
