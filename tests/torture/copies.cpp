@@ -30,6 +30,7 @@ constexpr std::array kRings{3, 2, 1};
 
 // The careless reader ends sooner, and the copies end sooner unless the machine is lost.
 constexpr std::chrono::seconds kCarelessAtMost(60);
+constexpr std::chrono::seconds kSimulatorStart(30);
 constexpr std::chrono::seconds kSimulatorTime(3);
 constexpr std::chrono::minutes kCopiesAtMost(30);
 
@@ -106,7 +107,7 @@ private:
 CopyCount copyByLink(int buffers, long long wanted, milliseconds atMost) {
     CheckedRing ring(buffers);
     return copyUntil(
-        wanted, wanted, Clock::now() + atMost, [&] { return ring.takeByLink(); },
+        wanted, kNever, Clock::now() + atMost, [&] { return ring.takeByLink(); },
         [&] { return ring.isWhole(); });
 }
 
@@ -118,18 +119,18 @@ CopyCount copyCarelessly(milliseconds atMost) {
 }
 
 /** The stand-in simulator as fast as it can, with one buffer, which every tick overwrites. */
-CopyCount copyOfSimulator(const std::string& programs, milliseconds atMost) {
+CopyCount copyOfSimulator(const std::string& programs) {
     // What somebody left who was killed must not be taken for the simulator's.
     removeNames();
     testsupport::ChildProcess simulator;
-    const auto end = Clock::now() + atMost;
     if (!simulator.start(programs + "/rataip-simulator",
                          {"--speed", "max", "--quiet", "--buffer-count", "1", "--cars", "4"})) {
         return {};
     }
     irsdk_header header{};
     int at = -1;
-    while (at < 0 && Clock::now() < end) {
+    const auto startedAt = Clock::now();
+    while (at < 0 && Clock::now() < startedAt + kSimulatorStart) {
         // Opened anew until the table is there, which is written after the block has its size.
         irsdk_shutdown();
         if (irsdk_startup() && irsdk_copyHeader(header) && header.bufferLength > 0) {
@@ -144,10 +145,12 @@ CopyCount copyOfSimulator(const std::string& programs, milliseconds atMost) {
                                            static_cast<std::size_t>(at)) == stated;
     };
     const CopyCount count = copyUntil(
-        at < 0 ? 0 : kNever, kNever, end,
+        at < 0 ? 0 : kNever, kNever, Clock::now() + kSimulatorTime,
         [&] { return irsdk_waitForDataReady(kPatience, snapshot.data(), header.bufferLength); },
         isWhole);
     irsdk_shutdown();
+    simulator.kill();
+    removeNames();
     return count;
 }
 
@@ -156,7 +159,7 @@ CopyCount copyOfSimulator(const std::string& programs, milliseconds atMost) {
 void CopyTest::run(long long wanted) {
     const auto start = Clock::now();
     m_careless = copyCarelessly(kCarelessAtMost);
-    m_simulator = copyOfSimulator(m_options.programs, kSimulatorTime);
+    m_simulator = copyOfSimulator(m_options.programs);
     for (std::size_t i = 0; i < kRings.size(); ++i) {
         const auto rings = static_cast<long long>(kRings.size() - i);
         m_link += copyByLink(kRings[i], (wanted - m_link.copies + rings - 1) / rings,

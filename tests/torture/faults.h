@@ -3,7 +3,7 @@
 #include "tests/torture/host.h"
 #include "tests/torture/lapledger.h"
 #include "tests/torture/options.h"
-#include "tests/torture/resources.h"
+#include "tests/torture/resourcebook.h"
 #include "tests/torture/simulatorrun.h"
 #include "tests/torture/table.h"
 #include "tools/host/sourceconnector.h"
@@ -12,7 +12,6 @@
 
 #include <chrono>
 #include <memory>
-#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -41,7 +40,8 @@ private:
     /** Layouts of the block that the reader's table of names allows, and one that it does not. */
     enum class Layout { Usual, Other, Shuffled };
 
-    void cycle(Layout layout);
+    void driveUntilAFault();
+    void goOnWith(Layout layout);
     void begin(Layout layout);
     void finish();
     void driveToTheFirstLap();
@@ -58,7 +58,7 @@ private:
     template <typename Done>
     bool waitFor(Done done, std::chrono::milliseconds atMost);
     void note(const std::string& problem);
-    void compareResources();
+    [[nodiscard]] bool isComparable() const;
 
     [[nodiscard]] std::vector<std::string> argumentsOf(Layout layout);
     [[nodiscard]] int pick(int count);
@@ -73,14 +73,15 @@ private:
     std::unique_ptr<SimulatorRun> m_run;  // never null after begin()
     LapLedger m_ledger;
     LapBalance m_balance;
-    bool m_countsLaps = true;
+    ResourceBook m_resources;
+    Layout m_layout = Layout::Usual;
     bool m_hasGap = false;  // ticks have passed since the last snapshot that the ledger knows of
     bool m_isNameless = false;  // the run's objects have lost their names
     bool m_stallIsDue = false;
 
     int m_runs = 0;
     int m_kills = 0;
-    int m_killsInMidWrite = 0;
+    int m_killsInMidWrite = 0;  // of these
     int m_cuts = 0;
     int m_stalls = 0;
     int m_removals = 0;
@@ -91,12 +92,8 @@ private:
     int m_knownDisconnections = 0;
     double m_longestReconnection = 0.0;   // s
     double m_longestDisconnection = 0.0;  // s
-    Clock::time_point m_start;
     Clock::time_point m_faultAt;
-    bool m_wasConnected = false;         // when the fault came
-    std::optional<Resources> m_first;    // after the first connection
-    std::optional<Resources> m_settled;  // after the first minute
-    Resources m_last;
+    bool m_wasConnected = false;  // when the fault came
     std::vector<std::string> m_problems;
 };
 

@@ -19,13 +19,13 @@ HandedLap summaryOf(const Lap& lap) {
         return handed;
     }
     const QList<double>& ticks = (*found)->samples;
-    handed.firstTick = static_cast<long long>(ticks.first());
     handed.lastTick = static_cast<long long>(ticks.last());
     for (qsizetype i = 1; i < ticks.size(); ++i) {
         if (!(ticks.at(i - 1) < ticks.at(i))) {
             handed.foreignSamples = static_cast<int>(i);
         }
     }
+    handed.firstTick = static_cast<long long>(ticks.at(handed.foreignSamples));
     return handed;
 }
 
@@ -72,8 +72,7 @@ void Host::take(const QList<Sample>& samples) {
     bool isNumber = false;
     const long long tick =
         samples.first().value(QStringLiteral("sessiontick")).value.toLongLong(&isNumber);
-    // A car that begins a lap in this tick has nothing in its sample yet.
-    m_newestTick = isNumber ? tick : m_newestTick;
+    m_newestTick = isNumber ? std::optional(tick) : std::nullopt;
 }
 
 }  // namespace torture

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 
 namespace torture {
 
@@ -31,8 +32,11 @@ public:
     /** Laps go to this ledger from now on; null for none. */
     void writeTo(LapLedger* ledger) { m_ledger = ledger; }
 
-    /** The session's tick in the newest samples; -1 when there are none. */
-    [[nodiscard]] long long newestTick() const { return m_newestTick; }
+    /**
+     * The session's tick in the newest samples. None when they do not tell: a car that begins a lap
+     * in that tick has nothing in its sample yet.
+     */
+    [[nodiscard]] std::optional<long long> newestTick() const { return m_newestTick; }
 
     [[nodiscard]] long long snapshots() const { return m_snapshots; }
     [[nodiscard]] int connections() const { return m_connections; }
@@ -52,7 +56,7 @@ private:
     std::unique_ptr<QObject> m_object;
     TLM::SDK::PluginInterfaceLive* m_source = nullptr;
     LapLedger* m_ledger = nullptr;
-    long long m_newestTick = -1;
+    std::optional<long long> m_newestTick;
     long long m_snapshots = 0;
     int m_connections = 0;
     int m_disconnections = 0;

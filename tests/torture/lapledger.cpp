@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <sstream>
 
 namespace torture {
 
@@ -12,6 +13,24 @@ namespace {
 // Ticks that may be missing around a lap's end: a new starting point after the status was off takes
 // one, and the tick that closes a lap is not recorded.
 constexpr long long kSlack = 3;
+
+std::ostream& operator<<(std::ostream& out, const DrivenLap& lap) {
+    return out << lap.kind << " lap " << lap.lap << " of car " << lap.car << ", ticks " << lap.start
+               << " to " << lap.finish;
+}
+
+std::ostream& operator<<(std::ostream& out, const HandedLap& lap) {
+    return out << (lap.completed ? "completed" : "incomplete") << " lap of car " << lap.car
+               << (lap.isOwnCar ? " (own)" : "") << ", ticks " << lap.firstTick << " to "
+               << lap.lastTick << ", foreign " << lap.foreignSamples;
+}
+
+template <typename Lap>
+std::string textOf(const Lap& lap) {
+    std::ostringstream text;
+    text << lap;
+    return text.str();
+}
 
 bool endsWith(const HandedLap& handed, const DrivenLap& driven) {
     const long long before = driven.finish - handed.lastTick;
@@ -31,6 +50,7 @@ LapBalance& LapBalance::operator+=(const LapBalance& other) {
     carriedOver += other.carriedOver;
     mixed += other.mixed;
     neverDriven += other.neverDriven;
+    complaints.insert(complaints.end(), other.complaints.begin(), other.complaints.end());
     return *this;
 }
 
@@ -51,16 +71,18 @@ void LapLedger::hand(const HandedLap& lap) {
     }
 }
 
-bool LapLedger::wasSeen(const DrivenLap& lap) const {
-    return std::any_of(m_windows.begin(), m_windows.end(), [&lap](const Window& window) {
-        return window.from + kSlack <= lap.finish &&
-               lap.finish + testsupport::kResultTicks <= window.to;
-    });
+/** In which the host saw the lap's end and its result. */
+std::optional<LapLedger::Window> LapLedger::windowOf(const DrivenLap& lap) const {
+    const auto window =
+        std::find_if(m_windows.begin(), m_windows.end(), [&lap](const Window& candidate) {
+            return candidate.holds(lap.finish - kSlack, lap.finish + testsupport::kResultTicks);
+        });
+    return window == m_windows.end() ? std::nullopt : std::optional(*window);
 }
 
 bool LapLedger::wasSeen(const HandedLap& lap) const {
     return std::any_of(m_windows.begin(), m_windows.end(), [&lap](const Window& window) {
-        return window.from + kSlack <= lap.lastTick && lap.lastTick <= window.to;
+        return window.holds(lap.lastTick - kSlack, lap.lastTick);
     });
 }
 
@@ -77,7 +99,22 @@ bool LapLedger::isOwnCar(int car) const {
     });
 }
 
-LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap) const {
+std::string LapLedger::complaint(const char* what, const std::string& lap, int car) const {
+    std::ostringstream text;
+    text << what << ": " << lap << "; seen:";
+    for (const Window& window : m_windows) {
+        text << ' ' << window.from << " to " << window.to;
+    }
+    text << "; handed over:";
+    for (const HandedLap& handed : m_handed) {
+        if (handed.car == car) {
+            text << " [" << handed << ']';
+        }
+    }
+    return text.str();
+}
+
+LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap, const Window& seen) const {
     std::vector<HandedLap> pieces;
     std::copy_if(m_handed.begin(), m_handed.end(), std::back_inserter(pieces),
                  [&lap](const HandedLap& handed) {
@@ -86,7 +123,8 @@ LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap) const {
     std::sort(pieces.begin(), pieces.end(), [](const HandedLap& left, const HandedLap& right) {
         return left.firstTick < right.firstTick;
     });
-    long long covered = lap.start;
+    // Nobody recorded what was driven while the host did not look.
+    long long covered = std::max(lap.start, seen.from);
     for (const HandedLap& piece : pieces) {
         if (covered + kSlack >= lap.finish) {
             break;
@@ -109,32 +147,46 @@ LapBalance LapLedger::balance(const std::vector<DrivenLap>& driven, Trust trust)
         }
         ++balance.driven;
         const std::vector<HandedLap> handed = handedFor(lap);
+        const std::optional<Window> seen = windowOf(lap);
+        const auto complain = [&](int& count, const char* what) {
+            ++count;
+            balance.complaints.push_back(complaint(what, textOf(lap), lap.car));
+        };
         if (handed.size() > 1) {
-            ++balance.twice;
+            complain(balance.twice, "twice");
         }
         if (!handed.empty()) {
             ++balance.handedOver;
-            balance.wrongEnd += handed.front().completed == lap.complete ? 0 : 1;
-        } else if (!wasSeen(lap) || vanishedBeforeItsResult(lap, driven)) {
+            if (handed.front().completed != lap.complete) {
+                complain(balance.wrongEnd, "with the wrong end");
+            }
+        } else if (!seen || vanishedBeforeItsResult(lap, driven)) {
             ++balance.cutShort;
         } else if (isTrusted(lap.car)) {
-            ++balance.lost;
+            complain(balance.lost, "lost");
+        } else if (const Pieces pieces = piecesOf(lap, *seen); pieces == Pieces::WithAGap) {
+            complain(balance.lost, "lost in part");
         } else {
-            const Pieces pieces = piecesOf(lap);
-            balance.inPieces += pieces == Pieces::Whole ? 1 : 0;
-            balance.cutShort += pieces == Pieces::OpenAtTheEnd ? 1 : 0;
-            balance.lost += pieces == Pieces::WithAGap ? 1 : 0;
+            ++(pieces == Pieces::Whole ? balance.inPieces : balance.cutShort);
         }
     }
     for (const HandedLap& handed : m_handed) {
         // Results of an earlier run can keep another car's lap open from one line to the next.
         const bool isForeign = handed.isOwnCar && handed.foreignSamples > testsupport::kResultTicks;
-        balance.mixed += isForeign ? 1 : 0;
+        const auto complain = [&](int& count, const char* what) {
+            ++count;
+            balance.complaints.push_back(complaint(what, textOf(handed), handed.car));
+        };
+        if (isForeign) {
+            complain(balance.mixed, "mixed");
+        }
         balance.carriedOver += handed.foreignSamples > 0 && !isForeign ? 1 : 0;
         const bool known = std::any_of(driven.begin(), driven.end(),
                                        [&](const DrivenLap& lap) { return endsWith(handed, lap); });
         const bool isClaim = handed.completed && wasSeen(handed) && isTrusted(handed.car);
-        balance.neverDriven += isClaim && !known ? 1 : 0;
+        if (isClaim && !known) {
+            complain(balance.neverDriven, "never driven");
+        }
     }
     return balance;
 }

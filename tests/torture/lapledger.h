@@ -2,6 +2,8 @@
 
 #include "tests/support/drivenlaps.h"
 
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace torture {
@@ -10,7 +12,7 @@ namespace torture {
 struct HandedLap {
     int car = 0;
     bool isOwnCar = false;
-    long long firstTick = 0;  // of the session, as the samples say
+    long long firstTick = 0;  // of the session, as the samples say, behind the foreign ones
     long long lastTick = 0;
     bool completed = false;
     int foreignSamples = 0;  // before the session's tick falls for the last time
@@ -28,6 +30,10 @@ struct LapBalance {
     int carriedOver = 0;  // laps that begin with what was recorded behind the line before a fault
     int mixed = 0;        // laps with more samples of another run than that
     int neverDriven = 0;  // handed over as completed, but nobody drove them
+
+    /** A line for each lap by which the books are not even: what was driven, seen and handed over.
+     */
+    std::vector<std::string> complaints;
 
     LapBalance& operator+=(const LapBalance& other);
     [[nodiscard]] bool isEven() const {
@@ -67,16 +73,21 @@ private:
     struct Window {
         long long from;
         long long to;
+
+        [[nodiscard]] bool holds(long long first, long long last) const {
+            return from <= first && last <= to;
+        }
     };
 
     /** How far the laps of a car cover what it drove. */
     enum class Pieces { Whole, OpenAtTheEnd, WithAGap };
 
-    [[nodiscard]] bool wasSeen(const testsupport::DrivenLap& lap) const;
+    [[nodiscard]] std::optional<Window> windowOf(const testsupport::DrivenLap& lap) const;
     [[nodiscard]] bool wasSeen(const HandedLap& lap) const;
     [[nodiscard]] std::vector<HandedLap> handedFor(const testsupport::DrivenLap& lap) const;
     [[nodiscard]] bool isOwnCar(int car) const;
-    [[nodiscard]] Pieces piecesOf(const testsupport::DrivenLap& lap) const;
+    [[nodiscard]] Pieces piecesOf(const testsupport::DrivenLap& lap, const Window& seen) const;
+    [[nodiscard]] std::string complaint(const char* what, const std::string& lap, int car) const;
 
     std::vector<Window> m_windows;
     std::vector<HandedLap> m_handed;

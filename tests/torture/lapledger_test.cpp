@@ -112,7 +112,7 @@ TEST(LapLedger, DoesNotTakeALapOfAnEarlierRunForOneOfThisRun) {
 }
 
 TEST(LapLedger, LetsOtherCarsKeepALapOpenBehindResultsOfAnEarlierRun) {
-    LapLedger ledger;
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
     HandedLap carried = handed();
     carried.isOwnCar = false;
     carried.foreignSamples = 500;
@@ -128,6 +128,18 @@ TEST(LapLedger, KnowsALapThatBeginsWithWhatWasRecordedBehindTheLineBeforeAFault)
     ledger.hand(carried);
     EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).mixed, 0);
     EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).carriedOver, 1);
+}
+
+TEST(LapLedger, AllowsTheOwnCarForeignSamplesForAsLongAsAResultTakes) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    HandedLap carried = handed();
+    carried.isOwnCar = true;
+    carried.foreignSamples = testsupport::kResultTicks;
+    ledger.hand(carried);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).mixed, 0);
+    ++carried.foreignSamples;
+    ledger.hand(carried);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).mixed, 1);
 }
 
 TEST(LapLedger, FindsACompletedLapThatNobodyDrove) {
@@ -157,6 +169,33 @@ TEST(LapLedger, AsksOfOtherCarsBehindAnEarlierRunThatNoSampleIsMissing) {
     second.firstTick = kStart + 400;
     ledger.hand(second);
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1);
+}
+
+TEST(LapLedger, AsksForNoPieceThatWasDrivenWhileTheHostDidNotLook) {
+    LapLedger ledger = ledgerThatSaw(kStart - 100, kStart + 300);
+    ledger.see(kStart + 600, false);
+    ledger.see(kFinish + 200, true);
+    HandedLap piece = handed();
+    piece.firstTick = kStart + 602;
+    piece.lastTick = kFinish + 90;
+    ledger.hand(piece);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).inPieces, 1);
+    ledger = ledgerThatSaw(kStart + 500, kFinish + 200);
+    ledger.hand(piece);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1) << "100 ticks were seen";
+}
+
+TEST(LapLedger, SaysWhatIsNotEven) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    HandedLap other = handed();
+    other.lastTick = kStart + 300;
+    ledger.hand(other);
+    const LapBalance balance = ledger.balance({lap()}, Trust::AllCars);
+    ASSERT_EQ(balance.complaints.size(), 2U);
+    EXPECT_EQ(balance.complaints.front(),
+              "lost: flying lap 0 of car 4, ticks 1000 to 2000; seen: 1000 to 2200; handed over: "
+              "[completed lap of car 4, ticks 1000 to 1300, foreign 0]");
+    EXPECT_EQ(balance.complaints.back().substr(0, 13), "never driven:");
 }
 
 TEST(LapLedger, AsksOfTheOwnCarThatItsLapsEndWhereTheyWereDriven) {

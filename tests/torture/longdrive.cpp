@@ -174,7 +174,9 @@ void LongDrive::driveHours(Source& source) {
             m_host.tick();
             costs.push_back(threadMicroseconds() - start);
             m_missedTicks += m_host.snapshots() == before ? 1 : 0;
-            ledger.see(m_host.newestTick(), true);
+            if (const auto newest = m_host.newestTick()) {
+                ledger.see(*newest, true);
+            }
             for (const simulator::LapRecord& record : source.takeLaps()) {
                 driven.push_back(drivenLap(record));
             }
@@ -185,6 +187,9 @@ void LongDrive::driveHours(Source& source) {
         std::fprintf(stderr, "Hour %d: %.1f us a tick\n", hour + 1, m_hours.back().median);
     }
     m_balance = ledger.balance(driven, LapLedger::Trust::AllCars);
+    for (const std::string& complaint : m_balance.complaints) {
+        std::fprintf(stderr, "%s\n", complaint.c_str());
+    }
 }
 
 void LongDrive::addTo(Table& table) const {

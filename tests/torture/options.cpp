@@ -14,12 +14,19 @@ bool readWhole(const std::string& text, Number& number, Number least) {
     return result.ec == std::errc() && result.ptr == end && number >= least;
 }
 
+bool readSeconds(const std::string& text, std::chrono::seconds& seconds) {
+    std::int64_t count = 0;
+    const bool good = readWhole<std::int64_t>(text, count, 1);
+    seconds = std::chrono::seconds(count);
+    return good;
+}
+
 bool setOption(Options& options, const std::string& name, const std::string& value) {
     if (name == "--duration") {
-        std::int64_t seconds = 0;
-        const bool good = readWhole<std::int64_t>(value, seconds, 1);
-        options.duration = std::chrono::seconds(seconds);
-        return good;
+        return readSeconds(value, options.duration);
+    }
+    if (name == "--patience") {
+        return readSeconds(value, options.patience);
     }
     if (name == "--kills") {
         return readWhole(value, options.kills, 0);
@@ -67,17 +74,20 @@ const char* helpText() {
            "\n"
            "  --duration S      go on for S seconds (600)\n"
            "  --copies N        copy N snapshots out of a ring that is overwritten without\n"
-           "                    pause (as many of 5,000,000 as S is of 600 seconds)\n"
-           "  --kills N         kill the simulator N times (as often as there is time)\n"
+           "                    pause, for half an hour at most (as many of 5,000,000 as S\n"
+           "                    is of 600 seconds)\n"
+           "  --kills N         kill the simulator N times while a buffer is half written,\n"
+           "                    however long that takes (as often as there is time)\n"
+           "  --patience S      seconds that a reconnection may take (1)\n"
            "  --seed N          another order and other moments of the faults (1)\n"
            "  --drive-hours H   instead of faults: H simulated hours of 64 cars, as fast as the\n"
            "                    plugin takes them\n"
            "  --plugin FILE     the plugin (the one of this build)\n"
            "  --help            print this text\n"
            "\n"
-           "Copies and kills are made however long that takes. It prints one table. Exit status: 0 "
-           "nothing was lost, 1 something was, 2 the\n"
-           "arguments make no sense or the run could not start.\n";
+           "Copies are made first and count towards the duration. It prints one table. Exit\n"
+           "status: 0 nothing was lost, 1 something was, 2 the arguments make no sense or the\n"
+           "run could not start.\n";
 }
 
 }  // namespace torture
