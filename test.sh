@@ -110,15 +110,22 @@ build_and_test() {
     local log="build/$preset/test.log"
     build "$preset"
     if ! ctest --preset "$preset" --parallel "$jobs" --no-tests=error 2>&1 | tee "$log"; then
-        printf '\n== What the tests that failed say when they run once more\n'
-        ctest --preset "$preset" --rerun-failed --output-on-failure || true
+        print_failures "build/$preset/Testing/Temporary/LastTest.log"
         return 1
     fi
     result="$(grep 'tests passed' "$log")"
 }
 
+# Where whoever sees only the end of a long log finds it.
+print_failures() {
+    printf '\n== What the tests that failed said\n'
+    awk '/^[0-9]+\/[0-9]+ Testing: /{section = ""}
+         {section = section $0 "\n"}
+         /^Test (Failed|Timeout)/{printf "%s", section}' "$1" | tail -n 300
+}
+
 print_usage() {
-    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "$0"
+    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "$(basename "${BASH_SOURCE[0]}")"
 }
 
 print_stages() {
