@@ -34,7 +34,8 @@ die() {
 }
 
 is_installed() {
-    [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
+    # Once for each architecture that a package is known for.
+    dpkg-query --show --showformat='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
 }
 
 # Runs a command with the rights to install: as it is for root, through sudo for everybody else.
