@@ -22,8 +22,11 @@ public:
     /** An empty course over a track of this length. */
     explicit LapCourse(double kilometres) : m_kilometres(kilometres) {}
 
-    /** How many samples there may come to be; a hint. */
-    void expect(qsizetype samples) { m_expectedSamples = samples; }
+    /**
+     * How many samples there may come to be; a hint. Room is taken for 20 minutes at most: after a
+     * lap during which a car stood for hours the next one is hardly as long.
+     */
+    void expect(qsizetype samples);
 
     /** The track's length. When it changes on the way the course is spoiled. */
     void setTrack(double kilometres);

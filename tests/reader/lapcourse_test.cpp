@@ -98,6 +98,32 @@ TEST(LapCourse, IsTheSameHoweverLongItIsExpectedToBe) {
     }
 }
 
+TEST(LapCourse, TakesRoomForTwentyMinutesAtMost) {
+    constexpr qsizetype kTwentyMinutes = 72'000;
+    constexpr qsizetype kEightHours = 1'728'000;
+    LapCourse course;
+    course.expect(kEightHours);
+    for (int i = 0; i < 32; ++i) {
+        course.add(1.5 * i, 0.5);
+    }
+    for (const QList<double>* const list :
+         {&course.timeSteps(), &course.time(), &course.distance(), &course.speed()}) {
+        ASSERT_FALSE(list->isEmpty());
+        EXPECT_GE(list->capacity(), kTwentyMinutes);
+        EXPECT_LT(list->capacity(), 2 * kTwentyMinutes);
+    }
+}
+
+TEST(LapCourse, TakesNoRoomOnTheWordOfANegativeHint) {
+    LapCourse course;
+    course.expect(-9);
+    for (int i = 0; i < 32; ++i) {
+        course.add(1.5 * i, 0.5);
+    }
+    course.complete();
+    EXPECT_EQ(course.time().size(), 32);
+}
+
 TEST(LapCourse, IsOfItsSamplesAndItsTrackAlone) {
     LapCourse course(1.0);
     course.add(0.0, 0.0);
