@@ -6,6 +6,7 @@
 #include "reader/resultstable.h"
 #include "reader/samplegenerations.h"
 #include "reader/samplingplan.h"
+#include "reader/sessionkind.h"
 #include "sdk/lap.h"
 #include "sdk/sample.h"
 #include "yaml/tyamltree.h"
@@ -179,7 +180,6 @@ private:
     void addWeekend(LapFacts& facts, const TStringTree& weekend) const;
     void addDriverInfo(LapFacts& facts, const TStringTree& driverInfo, int carIdx) const;
     [[nodiscard]] std::optional<QString> ownSessionType() const;
-    [[nodiscard]] QString sessionTypeText(int session) const;
 
     [[nodiscard]] int ownSessionNumber() const;
     void processCar(int index, int sessionNumber, bool sessionChanged);
@@ -206,6 +206,7 @@ private:
     quint64 m_recordsRevision = 1;
     double m_trackKilometres = 0.0;  // as of the last session text
     ResultsTable m_results;
+    SessionKind m_sessionKind;
     LapFactsMemory m_lapFacts;
     SamplingPlan m_plan;
     std::vector<SampleGenerations> m_generations;  // of each slot's sample

@@ -1,6 +1,5 @@
 #include "reader/irtelemetryreader.h"
 #include "reader/numbers.h"
-#include "reader/sessiontype.h"
 #include "sdk/number.h"
 
 #include <QDebug>
@@ -239,7 +238,7 @@ void iRTelemetryReader::settleSessionType(RecorderSample& current, int sessionNu
     if (current.sessionType != -1) {
         return;
     }
-    if (const auto kind = reader::sessionOfType(sessionTypeText(sessionNumber))) {
+    if (const auto kind = m_sessionKind.of(*this, sessionNumber)) {
         current.sessionType = static_cast<qint32>(*kind);
     }
 }

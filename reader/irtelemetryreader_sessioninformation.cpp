@@ -212,10 +212,6 @@ std::optional<QString> iRTelemetryReader::ownSessionType() const {
     if (!hasOwnCarSlot()) {
         return std::nullopt;
     }
-    return sessionTypeText(
-        reader::toInt(m_cars.at(m_myCarIdx).sample.value(u"sessionnum"_s).value));
-}
-
-QString iRTelemetryReader::sessionTypeText(int session) const {
-    return pathValue("SessionInfo/Sessions/"_L1 + QString::number(session) + "/SessionType"_L1);
+    const QVariant number = m_cars.at(m_myCarIdx).sample.value(u"sessionnum"_s).value;
+    return reader::sessionTypeText(*this, reader::toInt(number));
 }

@@ -616,6 +616,16 @@ TEST_F(Processing, AsksForTheKindOfSessionOfATreeThatIsChangedWithoutAText) {
     EXPECT_EQ(own().sessionType, 5);
 }
 
+TEST_F(Processing, AsksForTheKindOfTheSessionThatTheCarsHaveMovedOnTo) {
+    drive.session.sessionTypes = {"Lone Qualify", "Race"};
+    drive.publishSession();
+    drive.tick(2);
+    EXPECT_EQ(own().sessionType, -1);
+    drive.block.set("SessionNum", 1);
+    drive.tick();
+    EXPECT_EQ(own().sessionType, 5);
+}
+
 TEST_F(Processing, ClosesALapAbortedInThePits) {
     drive.publishSession();
     drive.leavePits();
