@@ -6,9 +6,15 @@ namespace rataip::host {
 
 namespace {
 
-// Short enough that a restarted source is back on the screen at once; an attempt at a source that
+// Short enough that a restarted source is back on the screen at once. An attempt at a source that
 // is not there costs next to nothing.
-constexpr std::chrono::milliseconds attemptInterval{250};
+constexpr std::chrono::milliseconds shortestInterval{250};
+constexpr std::chrono::milliseconds longestInterval{1000};
+
+// An attempt at a source that is there but silent (what a crashed simulator left) waits for its
+// data and keeps its thread from everything else meanwhile, a window's drawing among it. So the
+// thread is left alone for a multiple of the time that the attempt took.
+constexpr int intervalsForAnAttempt = 3;
 
 }  // namespace
 
@@ -34,11 +40,21 @@ void SourceConnector::start() {
 void SourceConnector::stop() {
     m_active = false;
     m_nextAttempt.stop();
+    // The next start() begins a time of waiting of its own.
+    m_waitingSince.invalidate();
     m_source.disconnectFromSource();
 }
 
 void SourceConnector::attempt() {
+    m_attemptBegan.start();
     m_source.connectToSource();
+    m_attemptBegan.invalidate();
+}
+
+std::chrono::milliseconds SourceConnector::interval() const {
+    const std::chrono::milliseconds attemptTook(m_attemptBegan.isValid() ? m_attemptBegan.elapsed()
+                                                                         : 0);
+    return std::clamp(intervalsForAnAttempt * attemptTook, shortestInterval, longestInterval);
 }
 
 std::chrono::milliseconds SourceConnector::timeWaited() const {
@@ -50,10 +66,10 @@ void SourceConnector::waitForSource() {
         m_waitingSince.start();
         emit waiting();
     }
-    std::chrono::milliseconds untilNext = attemptInterval;
+    std::chrono::milliseconds untilNext = interval();
     if (m_patience) {
         const std::chrono::milliseconds left = *m_patience - timeWaited();
-        untilNext = std::clamp(left, std::chrono::milliseconds::zero(), attemptInterval);
+        untilNext = std::clamp(left, std::chrono::milliseconds::zero(), untilNext);
     }
     // By the timer even when it is due at once: the plugin has not finished the call or the tick
     // that brought us here.

@@ -30,7 +30,7 @@ public:
     SourceConnector(TLM::SDK::PluginInterfaceLive& source,
                     std::optional<std::chrono::milliseconds> patience);
 
-    /** Makes the first attempt, before it returns. */
+    /** Makes the first attempt, before it returns. The whole patience begins anew. */
     void start();
 
     /**
@@ -51,6 +51,8 @@ signals:
 private:
     void attempt();
     [[nodiscard]] std::chrono::milliseconds timeWaited() const;
+    /** How long to leave the source alone after the attempt that is being made. */
+    [[nodiscard]] std::chrono::milliseconds interval() const;
     void waitForSource();
     void onConnected();
     void onNotConnected();
@@ -59,7 +61,8 @@ private:
     TLM::SDK::PluginInterfaceLive& m_source;
     std::optional<std::chrono::milliseconds> m_patience;
     QTimer m_nextAttempt;
-    QElapsedTimer m_waitingSince;  // invalid while connected
+    QElapsedTimer m_waitingSince;  // invalid while connected or stopped
+    QElapsedTimer m_attemptBegan;  // invalid between attempts
     bool m_active = false;
 };
 

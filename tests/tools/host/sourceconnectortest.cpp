@@ -1,6 +1,8 @@
 #include "tools/host/sourceconnector.h"
 
+#include <QElapsedTimer>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -25,6 +27,7 @@ public:
 
     void connectToSource() override {
         ++attempts;
+        QTest::qSleep(attemptTakesMs);
         connected = isThere;
         if (connected) {
             emit emitter.sendConnected();
@@ -48,6 +51,7 @@ public:
 
     bool isThere = false;
     int attempts = 0;
+    int attemptTakesMs = 0;
 };
 
 TEST(SourceConnector, ConnectsAtOnceToASourceThatIsThere) {
@@ -158,6 +162,42 @@ TEST(SourceConnector, MakesNoFurtherAttemptWhenStoppedWhileWaiting) {
     connector.stop();
     QSignalSpy refused(source.dataEmitter(), &TLM::SDK::DataEmitter::sendNotConnected);
     EXPECT_FALSE(refused.wait(600));
+}
+
+TEST(SourceConnector, SaysThatItWaitsEachTimeItIsStarted) {
+    SwitchableSource source;
+    SourceConnector connector(source, std::nullopt);
+    const QSignalSpy waiting(&connector, &SourceConnector::waiting);
+    for (int time = 1; time <= 3; ++time) {
+        connector.start();
+        EXPECT_EQ(waiting.count(), time);
+        connector.stop();
+    }
+}
+
+TEST(SourceConnector, HasItsWholePatienceAfterEveryStart) {
+    SwitchableSource source;
+    SourceConnector connector(source, 300ms);
+    QSignalSpy gaveUp(&connector, &SourceConnector::gaveUp);
+    connector.start();
+    connector.stop();
+    QTest::qSleep(400);
+    connector.start();
+    EXPECT_EQ(gaveUp.count(), 0);
+    EXPECT_TRUE(gaveUp.wait(generousMs));
+}
+
+TEST(SourceConnector, LeavesItsThreadToOthersForMostOfTheTime) {
+    SwitchableSource source;
+    source.attemptTakesMs = 200;
+    SourceConnector connector(source, std::nullopt);
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    connector.start();
+    QSignalSpy refused(source.dataEmitter(), &TLM::SDK::DataEmitter::sendNotConnected);
+    ASSERT_TRUE(refused.wait(generousMs));
+    EXPECT_GE(sinceStart.elapsed(), 4 * source.attemptTakesMs)
+        << "an attempt, and three times as long";
 }
 
 TEST(SourceConnector, LeavesAConnectionAloneThatIsNotItsOwn) {

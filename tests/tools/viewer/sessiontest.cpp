@@ -79,6 +79,19 @@ TEST(ViewerSession, WaitsAgainWhenTheSimulatorIsLost) {
     EXPECT_EQ(session.state(), State::Disconnected);
 }
 
+TEST(ViewerSession, WaitsAgainWhenItIsConnectedAnewWithoutASimulator) {
+    HandSource source;
+    source.isThere = false;
+    Session session;
+    session.setSource(source);
+    for (int time = 0; time < 2; ++time) {
+        session.connectToSource();
+        EXPECT_EQ(session.state(), State::Waiting);
+        session.disconnectFromSource();
+        EXPECT_EQ(session.state(), State::Disconnected);
+    }
+}
+
 TEST(ViewerSession, TellsWhatAProbeFound) {
     HandSource source;
     Session session;
