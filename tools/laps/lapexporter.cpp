@@ -1,7 +1,6 @@
 #include "tools/laps/lapexporter.h"
 
 #include "tools/laps/lapname.h"
-#include "tools/laps/newfile.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -30,7 +29,7 @@ void LapExporter::add(const QSharedPointer<Lap>& lap) {
     QMetaObject::invokeMethod(
         &m_writer,
         [this, lap] {
-            const Outcome outcome = write(*lap, m_folder, m_formats);
+            const NewFiles outcome = write(*lap, m_folder, m_formats);
             QMetaObject::invokeMethod(
                 this, [this, outcome] { tell(outcome); }, Qt::QueuedConnection);
         },
@@ -43,27 +42,20 @@ void LapExporter::finish() {
     QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
-LapExporter::Outcome LapExporter::write(const Lap& lap, const QDir& folder,
-                                        const QList<LapFormat>& formats) {
-    Outcome outcome;
-    outcome.error = makeFolder(folder.path());
-    const QString name = lapFileName(lap);
-    for (const LapFormat& format : formats) {
-        if (!outcome.error.isEmpty()) {
-            break;
-        }
-        const NewFile file =
-            writeNewFile(folder, name + QLatin1Char('.') + format.suffix,
-                         [&lap, &format](QIODevice& device) { return format.write(lap, device); });
-        outcome.error = file.error;
-        if (file.error.isEmpty()) {
-            outcome.paths.append(file.path);
-        }
+NewFiles LapExporter::write(const Lap& lap, const QDir& folder, const QList<LapFormat>& formats) {
+    const QString error = makeFolder(folder.path());
+    if (!error.isEmpty()) {
+        return {{}, error};
     }
-    return outcome;
+    QList<FileContent> contents;
+    for (const LapFormat& format : formats) {
+        contents.append({format.suffix,
+                         [&lap, &format](QIODevice& device) { return format.write(lap, device); }});
+    }
+    return writeNewFiles(folder, lapFileName(lap), contents);
 }
 
-void LapExporter::tell(const Outcome& outcome) {
+void LapExporter::tell(const NewFiles& outcome) {
     const bool hasFailed = !outcome.error.isEmpty();
     if (!hasFailed) {
         emit written(outcome.paths);

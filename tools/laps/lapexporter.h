@@ -2,6 +2,7 @@
 
 #include "sdk/lap.h"
 #include "tools/laps/lapformat.h"
+#include "tools/laps/newfile.h"
 
 #include <QDir>
 #include <QList>
@@ -14,8 +15,9 @@
 namespace rataip::laps {
 
 /**
- * Writes laps as files into a folder, a file for each format, on a thread of its own: a lap has
- * millions of digits, and whoever receives it must be back before the next tick.
+ * Writes laps as files into a folder, a file for each format and all of a lap under one name, on a
+ * thread of its own: a lap has millions of digits, and whoever receives it must be back before the
+ * next tick.
  *
  * What cannot be written is told by failed(), and the next lap is tried like any other.
  *
@@ -51,14 +53,9 @@ signals:
     void failed(const QString& sentence);
 
 private:
-    struct Outcome {
-        QStringList paths;
-        QString error;
-    };
-
-    [[nodiscard]] static Outcome write(const TLM::SDK::Lap& lap, const QDir& folder,
-                                       const QList<LapFormat>& formats);
-    void tell(const Outcome& outcome);
+    [[nodiscard]] static NewFiles write(const TLM::SDK::Lap& lap, const QDir& folder,
+                                        const QList<LapFormat>& formats);
+    void tell(const NewFiles& outcome);
 
     QDir m_folder;
     QList<LapFormat> m_formats;

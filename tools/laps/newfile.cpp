@@ -1,19 +1,21 @@
 #include "tools/laps/newfile.h"
 
-#include "sdk/utilities.h"
-
 #include <QFile>
 #include <QFileInfo>
 
 #include <filesystem>
+#include <memory>
 #include <system_error>
+#include <vector>
 
 namespace rataip::laps {
 
 namespace {
 
-// Another program would have to take a name between our look and our opening that often.
-constexpr int mostAttempts = 100;
+// More than a folder holds of one name: who finds them all taken counts for ever.
+constexpr int mostNumbers = 100'000;
+
+using OpenedFiles = std::vector<std::unique_ptr<QFile>>;
 
 QString complaint(const QFile& file) {
     return QStringLiteral("cannot write %1: %2")
@@ -22,6 +24,43 @@ QString complaint(const QFile& file) {
 
 bool writeWhole(QFile& file, const std::function<bool(QIODevice&)>& write) {
     return write(file) && file.flush() && file.error() == QFileDevice::NoError;
+}
+
+QString numbered(const QString& name, int number) {
+    return number == 0 ? name : QStringLiteral("%1_%2").arg(name, QString::number(number));
+}
+
+/**
+ * Makes the files of a name, up to the first that cannot be made, which is then the last of them.
+ * An empty text when all were made, else why that one was not.
+ *
+ * The file system alone knows which names it holds for the same, so it is asked to make each file
+ * and not to list those that are there.
+ */
+QString openAll(OpenedFiles& files, const QDir& folder, const QString& name,
+                const QList<FileContent>& contents) {
+    for (const FileContent& content : contents) {
+        const QString path = folder.absoluteFilePath(name + QLatin1Char('.') + content.suffix);
+        files.push_back(std::make_unique<QFile>(path));
+        if (!files.back()->open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+            return complaint(*files.back());
+        }
+    }
+    return {};
+}
+
+/** Whether a file could not be made because somebody else's is there. */
+bool isTaken(const QFile& file) {
+    return !file.isOpen() && file.exists();
+}
+
+/** What was made of the files from `first` on; a file that is not ours is not open. */
+void removeFrom(const OpenedFiles& files, std::size_t first) {
+    for (std::size_t i = first; i < files.size(); ++i) {
+        if (files[i]->isOpen()) {
+            files[i]->remove();
+        }
+    }
 }
 
 }  // namespace
@@ -43,27 +82,33 @@ QString makeFolder(const QString& path) {
                    : QString();
 }
 
-NewFile writeNewFile(const QDir& folder, const QString& name,
-                     const std::function<bool(QIODevice&)>& write) {
-    QFile file;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        file.setFileName(TLM::SDK::generateUniqueFileName(folder, name));
-        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+NewFiles writeNewFiles(const QDir& folder, const QString& name,
+                       const QList<FileContent>& contents) {
+    OpenedFiles files;
+    QString error;
+    for (int number = 0; number < mostNumbers; ++number) {
+        files.clear();
+        error = openAll(files, folder, numbered(name, number), contents);
+        if (error.isEmpty() || !isTaken(*files.back())) {
             break;
         }
-        if (!file.exists()) {
-            return {{}, complaint(file)};
-        }
+        removeFrom(files, 0);
     }
-    if (!file.isOpen()) {
-        return {{}, complaint(file)};
-    }
-    if (!writeWhole(file, write)) {
-        const QString error = complaint(file);
-        file.remove();
+    if (!error.isEmpty()) {
+        removeFrom(files, 0);
         return {{}, error};
     }
-    return {file.fileName(), {}};
+
+    NewFiles written;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (!writeWhole(*files[i], contents.at(static_cast<qsizetype>(i)).write)) {
+            written.error = complaint(*files[i]);
+            removeFrom(files, i);
+            break;
+        }
+        written.paths.append(files[i]->fileName());
+    }
+    return written;
 }
 
 }  // namespace rataip::laps

@@ -2,29 +2,41 @@
 
 #include <QDir>
 #include <QIODevice>
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
 namespace rataip::laps {
 
-/** Either the path of a file that was written whole, or the reason why there is none. */
-struct NewFile {
-    QString path;
-    QString error;  // one sentence that names the file, without a full stop; empty when all is well
+/** One of the files that are written under the same name. */
+struct FileContent {
+    /** What the file's name ends in, without the dot. */
+    QString suffix;
+    /** Writes the whole file; false when it could not, with the device's error text saying why. */
+    std::function<bool(QIODevice&)> write;
+};
+
+/** The files that were written whole, and the reason why they are not all. */
+struct NewFiles {
+    QStringList paths;  // in the order of the contents
+    QString error;      // one sentence that names the file, without a full stop; else empty
 };
 
 /** Makes the folder and those above it. An empty text, or one sentence why it cannot be. */
 [[nodiscard]] QString makeFolder(const QString& path);
 
 /**
- * Writes a file that was not there before. A name that is taken gets a number behind it, also when
- * somebody else takes it at this very moment; nothing is ever overwritten. What follows the first
- * dot of `name` and precedes the last one is dropped.
+ * Writes files that were not there before and that differ in their suffix only: "lap.csv" and
+ * "lap.json". When one of them is taken, all get the next number behind their name ("lap_1.csv",
+ * "lap_1.json"), also when somebody else takes it at this very moment, or under a name that only
+ * the file system holds for the same. Nothing is ever overwritten.
  *
- * When writing fails (no rights, a full disk), nothing is left of the file.
+ * When one cannot be written (no rights, a full disk), nothing is left of it and of those behind
+ * it; those before it stay.
  */
-[[nodiscard]] NewFile writeNewFile(const QDir& folder, const QString& name,
-                                   const std::function<bool(QIODevice&)>& write);
+[[nodiscard]] NewFiles writeNewFiles(const QDir& folder, const QString& name,
+                                     const QList<FileContent>& contents);
 
 }  // namespace rataip::laps

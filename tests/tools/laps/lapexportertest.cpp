@@ -55,6 +55,21 @@ TEST(LapExporter, OverwritesNothing) {
     EXPECT_EQ(filesIn(folder).size(), 6);
 }
 
+TEST(LapExporter, WritesAllFilesOfALapUnderOneName) {
+    const QTemporaryDir folder;
+    const QString name = QStringLiteral("car03_Ada-Berg_practice_lap4_flying_1m34s512");
+    QFile taken(folder.filePath(name + QStringLiteral(".json")));
+    ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
+    LapExporter exporter(QDir(folder.path()), {csvFormat(), jsonFormat()});
+    QSignalSpy written(&exporter, &LapExporter::written);
+    exporter.add(ownLap());
+    exporter.finish();
+    ASSERT_EQ(written.size(), 1);
+    EXPECT_EQ(written.constFirst().constFirst().toStringList(),
+              (QStringList{folder.filePath(name + QStringLiteral("_1.csv")),
+                           folder.filePath(name + QStringLiteral("_1.json"))}));
+}
+
 TEST(LapExporter, LeavesOutLapsWithoutChannels) {
     const QTemporaryDir folder;
     LapExporter exporter(QDir(folder.path()), {csvFormat()});

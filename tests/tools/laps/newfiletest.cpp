@@ -1,3 +1,4 @@
+#include "tests/support/printqt.h"
 #include "tools/laps/newfile.h"
 
 #include <QFile>
@@ -8,11 +9,16 @@
 namespace {
 
 using rataip::laps::makeFolder;
-using rataip::laps::NewFile;
-using rataip::laps::writeNewFile;
+using rataip::laps::NewFiles;
+using rataip::laps::writeNewFiles;
 
 bool writeText(QIODevice& device) {
     return device.write("text") == 4;
+}
+
+bool writeHalf(QIODevice& device) {
+    device.write("half of it");
+    return false;
 }
 
 QByteArray contentOf(const QString& path) {
@@ -20,42 +26,99 @@ QByteArray contentOf(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
 }
 
-TEST(NewFileIn, WritesAFileAndTellsItsPath) {
-    const QTemporaryDir folder;
-    const NewFile file = writeNewFile(QDir(folder.path()), QStringLiteral("lap.csv"), &writeText);
-    EXPECT_EQ(file.path, folder.filePath(QStringLiteral("lap.csv")));
-    EXPECT_TRUE(file.error.isEmpty());
-    EXPECT_EQ(contentOf(file.path), "text");
-}
+class NewFilesIn : public ::testing::Test {
+protected:
+    [[nodiscard]] NewFiles write() const {
+        return writeNewFiles(QDir(folder.path()), QStringLiteral("lap"),
+                             {{QStringLiteral("csv"), &writeText},
+                              {QStringLiteral("json"), &writeText},
+                              {QStringLiteral("png"), &writeText}});
+    }
 
-TEST(NewFileIn, TakesAnotherNameRatherThanOverwriting) {
-    const QTemporaryDir folder;
-    for (const char* name : {"lap.csv", "lap_1.csv", "lap_2.csv"}) {
-        const NewFile file =
-            writeNewFile(QDir(folder.path()), QStringLiteral("lap.csv"), &writeText);
-        EXPECT_EQ(file.path, folder.filePath(QString::fromLatin1(name)));
+    /** The paths of files of the folder, for a comparison. */
+    [[nodiscard]] QStringList paths(const QStringList& names) const {
+        QStringList all;
+        for (const QString& name : names) {
+            all.append(folder.filePath(name));
+        }
+        return all;
+    }
+
+    void take(const char* name) const {
+        QFile file(folder.filePath(QString::fromLatin1(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write("mine"), 4);
+    }
+
+    [[nodiscard]] QStringList files() const {
+        return QDir(folder.path()).entryList(QDir::Files, QDir::Name);
+    }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(NewFilesIn, AreWrittenUnderOneNameAndTold) {
+    const NewFiles written = write();
+    EXPECT_EQ(written.paths, paths({QStringLiteral("lap.csv"), QStringLiteral("lap.json"),
+                                    QStringLiteral("lap.png")}));
+    EXPECT_TRUE(written.error.isEmpty());
+    for (const QString& path : written.paths) {
+        EXPECT_EQ(contentOf(path), "text");
     }
 }
 
-TEST(NewFileIn, LeavesNothingOfAFileThatCannotBeWritten) {
-    const QTemporaryDir folder;
-    const NewFile file =
-        writeNewFile(QDir(folder.path()), QStringLiteral("lap.csv"), [](QIODevice& device) {
-            device.write("half of it");
-            return false;
-        });
-    EXPECT_TRUE(file.path.isEmpty());
-    EXPECT_TRUE(file.error.startsWith(QStringLiteral("cannot write ")));
-    EXPECT_TRUE(QDir(folder.path()).isEmpty());
+TEST_F(NewFilesIn, TakeAnotherNameRatherThanOverwriting) {
+    for (const char* name : {"lap.csv", "lap_1.csv", "lap_2.csv"}) {
+        EXPECT_EQ(write().paths.constFirst(), folder.filePath(QString::fromLatin1(name)));
+    }
 }
 
-TEST(NewFileIn, NamesTheFileThatCannotBeMade) {
-    const QTemporaryDir folder;
+TEST_F(NewFilesIn, ShareTheirNumberWhicheverOfThemIsTaken) {
+    take("lap.json");
+    take("lap_1.png");
+    EXPECT_EQ(write().paths, paths({QStringLiteral("lap_2.csv"), QStringLiteral("lap_2.json"),
+                                    QStringLiteral("lap_2.png")}));
+    EXPECT_EQ(contentOf(folder.filePath(QStringLiteral("lap.json"))), "mine");
+    EXPECT_EQ(contentOf(folder.filePath(QStringLiteral("lap_1.png"))), "mine");
+    EXPECT_EQ(files().size(), 5) << "nothing is left of the names that were tried";
+}
+
+// As with a name that differs in its letters' case only where the file system ignores that, the
+// names in a list of the folder's files do not tell that it is taken.
+TEST_F(NewFilesIn, CountOnWhereTheListOfFilesDoesNotShowThatANameIsTaken) {
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("lap.csv")));
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("lap_1.json")));
+    EXPECT_EQ(write().paths, paths({QStringLiteral("lap_2.csv"), QStringLiteral("lap_2.json"),
+                                    QStringLiteral("lap_2.png")}));
+}
+
+TEST_F(NewFilesIn, CountBeyondAHundredOfOneName) {
+    for (int number = 0; number < 150; ++number) {
+        EXPECT_TRUE(write().error.isEmpty());
+    }
+    EXPECT_EQ(write().paths.constFirst(), folder.filePath(QStringLiteral("lap_150.csv")));
+}
+
+TEST_F(NewFilesIn, LeaveNothingOfOneThatCannotBeWrittenAndOfThoseBehindIt) {
+    const NewFiles written = writeNewFiles(QDir(folder.path()), QStringLiteral("lap"),
+                                           {{QStringLiteral("csv"), &writeText},
+                                            {QStringLiteral("json"), &writeHalf},
+                                            {QStringLiteral("png"), &writeText}});
+    EXPECT_EQ(written.paths, paths({QStringLiteral("lap.csv")}));
+    EXPECT_TRUE(written.error.startsWith(QStringLiteral("cannot write ")))
+        << written.error.toStdString();
+    EXPECT_TRUE(written.error.contains(QStringLiteral("lap.json"))) << written.error.toStdString();
+    EXPECT_EQ(files(), QStringList{QStringLiteral("lap.csv")});
+}
+
+TEST_F(NewFilesIn, AreNamedWhereTheyCannotBeMade) {
     const QString absent = folder.filePath(QStringLiteral("absent"));
-    const NewFile file = writeNewFile(QDir(absent), QStringLiteral("lap.csv"), &writeText);
-    EXPECT_TRUE(file.path.isEmpty());
-    EXPECT_TRUE(file.error.contains(QDir::toNativeSeparators(absent + QStringLiteral("/lap.csv"))))
-        << file.error.toStdString();
+    const NewFiles written =
+        writeNewFiles(QDir(absent), QStringLiteral("lap"), {{QStringLiteral("csv"), &writeText}});
+    EXPECT_TRUE(written.paths.isEmpty());
+    EXPECT_TRUE(
+        written.error.contains(QDir::toNativeSeparators(absent + QStringLiteral("/lap.csv"))))
+        << written.error.toStdString();
 }
 
 TEST(FolderFor, IsMadeWithThoseAboveIt) {
@@ -68,9 +131,10 @@ TEST(FolderFor, IsMadeWithThoseAboveIt) {
 
 TEST(FolderFor, CannotBeAFile) {
     const QTemporaryDir folder;
-    const NewFile file = writeNewFile(QDir(folder.path()), QStringLiteral("a.txt"), &writeText);
-    EXPECT_TRUE(makeFolder(file.path).endsWith(QStringLiteral("it is not a folder")));
-    EXPECT_TRUE(makeFolder(file.path + QStringLiteral("/b"))
+    QFile file(folder.filePath(QStringLiteral("a.txt")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_TRUE(makeFolder(file.fileName()).endsWith(QStringLiteral("it is not a folder")));
+    EXPECT_TRUE(makeFolder(file.fileName() + QStringLiteral("/b"))
                     .startsWith(QStringLiteral("cannot make the folder ")));
 }
 
