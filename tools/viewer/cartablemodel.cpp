@@ -6,7 +6,6 @@
 #include <QTime>
 
 #include <algorithm>
-#include <cmath>
 
 namespace rataip::viewer {
 
@@ -21,11 +20,14 @@ QVariant countText(const std::optional<int>& count) {
 
 QString lapTimeText(const std::optional<double>& seconds) {
     constexpr double day = 24.0 * 3600.0;
+    // In single precision and cut off, as the plugin makes a lap's time of the same number: one lap
+    // has one time in all tables.
+    constexpr float millisecondsPerSecond = 1000.0F;
     if (!seconds || *seconds >= day) {
         return QStringLiteral("–");
     }
-    return host::lapTimeText(
-        QTime::fromMSecsSinceStartOfDay(static_cast<int>(std::lround(*seconds * 1000.0))));
+    return host::lapTimeText(QTime::fromMSecsSinceStartOfDay(
+        static_cast<int>(millisecondsPerSecond * static_cast<float>(*seconds))));
 }
 
 QVariant textOf(const CarState& car, int column) {

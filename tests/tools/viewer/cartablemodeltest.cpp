@@ -39,7 +39,7 @@ TEST(CarTable, ShowsEachCarInARow) {
     const QStringList expected = {
         QStringLiteral("4"),          QStringLiteral("3"),   QStringLiteral("Driver 3"),
         QStringLiteral("Team"),       QStringLiteral("Car"), QStringLiteral("GT"),
-        QStringLiteral("Flying lap"), QStringLiteral("5"),   QStringLiteral("1:23.457")};
+        QStringLiteral("Flying lap"), QStringLiteral("5"),   QStringLiteral("1:23.456")};
     for (int column = 0; column < CarTableModel::ColumnCount; ++column) {
         EXPECT_EQ(at(cars, 0, column).toString(), expected.at(column));
         EXPECT_FALSE(cars.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString().isEmpty());
