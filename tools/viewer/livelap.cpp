@@ -4,6 +4,7 @@
 #include "tools/laps/curve.h"
 #include "tools/laps/displayunit.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace rataip::viewer {
@@ -36,6 +37,29 @@ laps::AxisValues percentOfLap(const Lap& lap) {
     return axis;
 }
 
+/**
+ * Where the car stands, its readings lie above each other: the first, the lowest, the highest and
+ * the newest of them draw the same line as all, however long it stands.
+ */
+void addPoint(QList<QPointF>& curve, const QPointF& point) {
+    constexpr qsizetype pointsOfAPlace = 4;
+    const qsizetype first = curve.size() - pointsOfAPlace;
+    // The share may go back, so it takes all four to know that the car stands.
+    const bool isFull = first >= 0 && std::all_of(curve.cbegin() + first, curve.cend(),
+                                                  [&point](const QPointF& other) {
+                                                      return other.x() == point.x();
+                                                  });
+    if (!isFull) {
+        curve.append(point);
+        return;
+    }
+    const auto [lowest, highest] =
+        std::minmax({curve.at(first + 1).y(), curve.at(first + 2).y(), curve.at(first + 3).y()});
+    curve[first + 1].setY(lowest);
+    curve[first + 2].setY(highest);
+    curve[first + 3] = point;
+}
+
 }  // namespace
 
 void LiveLap::add(const DynamicData& values) {
@@ -54,7 +78,7 @@ void LiveLap::add(const DynamicData& values) {
         if (isNumber && isReading(reading)) {
             const laps::DisplayUnit display = laps::displayUnit(value.unit());
             m_units[i] = display.unit;
-            m_current[i].append({share * percent, reading * display.factor});
+            addPoint(m_current[i], {share * percent, reading * display.factor});
         }
     }
 }

@@ -31,7 +31,8 @@ using TraceCurves = std::array<QList<QPointF>, liveTraces.size()>;
  *
  * A share of the lap that falls back by more than half begins a new lap; one that falls by less (a
  * spin, a car set back) goes on. Ticks without a place on the track are left out. Readings are kept
- * in the units that a driver reads (see laps::displayUnit()).
+ * in the units that a driver reads (see laps::displayUnit()). Of the readings at a place where the
+ * car stands, those that draw the line are kept: it may stand there for hours.
  */
 class LiveLap {
 public:

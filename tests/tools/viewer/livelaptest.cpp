@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 using rataip::viewer::LiveLap;
@@ -28,6 +30,28 @@ TEST(LiveLap, CollectsTheTracesOverTheShareOfTheLapInPercent) {
     EXPECT_EQ(lap.current()[throttle], (QList<QPointF>{{25.0, 50.0}, {50.0, 50.0}}));
     EXPECT_EQ(lap.unit(speed), QStringLiteral("km/h"));
     EXPECT_TRUE(lap.current()[gear].isEmpty());
+}
+
+TEST(LiveLap, DoesNotGrowWhileTheCarStands) {
+    LiveLap lap;
+    lap.add(tick(0.25, 10.0));
+    for (int i = 0; i < 10'000; ++i) {
+        lap.add(tick(0.5, i == 5000 ? 20.0 : i == 6000 ? 0.0 : 10.0 + 0.001 * (i % 2)));
+    }
+    ASSERT_EQ(lap.current()[speed].size(), 5);
+    EXPECT_EQ(lap.current()[throttle].size(), 5);
+    QList<double> readings;
+    for (const QPointF& point : lap.current()[speed].mid(1)) {
+        EXPECT_EQ(point.x(), 50.0);
+        readings.append(point.y());
+    }
+    EXPECT_EQ(readings.constFirst(), 36.0) << "joins what was driven before";
+    EXPECT_EQ(*std::min_element(readings.cbegin(), readings.cend()), 0.0);
+    EXPECT_EQ(*std::max_element(readings.cbegin(), readings.cend()), 72.0);
+    lap.add(tick(0.5, 15.0));
+    EXPECT_EQ(lap.current()[speed].constLast(), QPointF(50.0, 54.0)) << "the newest is in sight";
+    lap.add(tick(0.75, 10.0));
+    EXPECT_EQ(lap.current()[speed].size(), 6) << "it drives on";
 }
 
 TEST(LiveLap, BeginsANewLapWhenTheShareFallsByMoreThanHalf) {
