@@ -14,7 +14,7 @@ namespace {
 constexpr double kGravity = 9.81;
 constexpr double kGramsPerKilogram = 1000.0;
 
-/** A variable with one element; `value` is null only in tables that a function fills itself. */
+/** A variable with one element, and what it is taken from. */
 struct Row {
     const char* name;
     irsdk_VarType type;
@@ -46,6 +46,14 @@ double yes(bool is) {
 }
 bool driven(const Scene& s) {
     return carOf(s).engineRuns();
+}
+/** A count of laps: cars that have not been on the track yet have none. */
+double lapsOfTheLeader(const Scene& s) {
+    int laps = 0;
+    for (const Entrant& entrant : worldOf(s).entrants()) {
+        laps = std::max(laps, entrant.timer().lapCompleted());
+    }
+    return laps;
 }
 double lapSeconds(const Scene& s) {
     return timerOf(s).currentLapTime(worldOf(s).sessionSeconds());
@@ -222,7 +230,7 @@ constexpr std::array kLapRows = {
             return last < 0.0 ? 0.0 : lapSeconds(s) - last * shareOfLap(s);
         }},
     Row{"RaceLaps", irsdk_int, "", "Laps completed by the leader",
-        [](const Scene& s) -> double { return std::max(0, timerOf(s).lapCompleted()); }},
+        [](const Scene& s) -> double { return lapsOfTheLeader(s); }},
     Row{"PlayerSlot", irsdk_int, "", "Slot of the own car",
         [](const Scene& s) -> double { return worldOf(s).ownSlot(); }},
     Row{"PlayerPosition", irsdk_int, "", "Place of the own car",

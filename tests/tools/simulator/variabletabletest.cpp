@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <set>
@@ -322,4 +323,26 @@ TEST(VariableTable, ChangesMostValuesAsACarDrives) {
         }
     }
     EXPECT_GT(changed.size(), 200U);
+}
+
+TEST(VariableTable, PublishesTheLapsOfTheLeaderWhoeverLeads) {
+    constexpr int kTicksPerSecond = 60;
+    constexpr int kSeconds = 300;
+    Options options = shortTrack();
+    options.session = SessionChoice::Race;
+    Published published(options);
+    int most = 0;
+    int timesAhead = 0;
+    for (int second = 0; second < kSeconds; ++second) {
+        published.advance(kTicksPerSecond);
+        int leading = 0;
+        for (int car = 0; car < options.cars; ++car) {
+            leading = std::max(leading, published.value<std::int32_t>("CarIdxLapCompleted", car));
+        }
+        ASSERT_EQ(published.value<std::int32_t>("RaceLaps"), leading);
+        timesAhead += leading > published.value<std::int32_t>("LapCompleted") ? 1 : 0;
+        most = std::max(most, leading);
+    }
+    EXPECT_GT(most, 3);
+    EXPECT_GT(timesAhead, 0) << "the own car must not lead all the time";
 }
