@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 
 using namespace simulator;
@@ -37,7 +38,9 @@ TEST(LapLog, WritesMinusOneForALapWithoutATime) {
 }
 
 TEST(LapLog, BeginsWithTheNamesOfItsColumnsAndCanBeReadWhileItIsOpen) {
-    const auto path = std::filesystem::temp_directory_path() / "rataip-laplog-test.tsv";
+    // Of this run alone: others may run beside it.
+    const auto path = std::filesystem::temp_directory_path() /
+                      ("rataip-laplog-test-" + std::to_string(std::random_device()()) + ".tsv");
     std::ostringstream text;
     {
         // Closed before the file is removed: some systems keep a file while it is open.
