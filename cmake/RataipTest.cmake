@@ -1,3 +1,8 @@
+# Seconds. Only a hang takes this long, also with sanitizers on a busy machine.
+set(RATAIP_TEST_TIMEOUT 600)
+# The same for a program that is to list its cases, which starts it and runs none.
+set(RATAIP_DISCOVERY_TIMEOUT 120)
+
 # rataip_add_test(NAME <target> SOURCES <file>... [LIBS <target>...] [SIMULATOR])
 #
 # A GoogleTest program whose test cases appear in CTest one by one, named "<target>/<Suite>.<Case>".
@@ -7,8 +12,7 @@ function(rataip_add_test)
     cmake_parse_arguments(ARG "SIMULATOR" "NAME" "SOURCES;LIBS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_link_libraries(${ARG_NAME} PRIVATE rataip_common ${ARG_LIBS} GTest::gtest_main)
-    # Only a hang takes this long, also with sanitizers on a busy machine.
-    set(properties TIMEOUT 600)
+    set(properties TIMEOUT ${RATAIP_TEST_TIMEOUT})
     if(ARG_SIMULATOR)
         list(APPEND properties RESOURCE_LOCK simulator-objects)
     endif()
@@ -16,7 +20,7 @@ function(rataip_add_test)
         rataip_add_wine_cases(${ARG_NAME} SOURCES ${ARG_SOURCES} PROPERTIES ${properties})
     else()
         gtest_discover_tests(${ARG_NAME} TEST_PREFIX "${ARG_NAME}/" DISCOVERY_MODE PRE_TEST
-            PROPERTIES ${properties})
+            DISCOVERY_TIMEOUT ${RATAIP_DISCOVERY_TIMEOUT} PROPERTIES ${properties})
     endif()
 endfunction()
 
@@ -82,5 +86,6 @@ function(rataip_add_wine_cases target)
             "-DPROGRAM=$<TARGET_FILE:${target}>" "-DCASES=${names}"
             -P "${CMAKE_SOURCE_DIR}/cmake/CheckListedCases.cmake")
     set_tests_properties("${target}/lists-its-cases" PROPERTIES
-        SKIP_REGULAR_EXPRESSION "no Wine on this machine" FIXTURES_REQUIRED wine TIMEOUT 60)
+        SKIP_REGULAR_EXPRESSION "no Wine on this machine" FIXTURES_REQUIRED wine
+        TIMEOUT ${RATAIP_DISCOVERY_TIMEOUT})
 endfunction()

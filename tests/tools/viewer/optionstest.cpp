@@ -1,3 +1,4 @@
+#include "tests/support/printqt.h"
 #include "tools/viewer/options.h"
 
 #include <gtest/gtest.h>

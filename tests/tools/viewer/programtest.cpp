@@ -1,3 +1,4 @@
+#include "tests/support/printqt.h"
 #include "tests/tools/programrun.h"
 
 #include <QImage>

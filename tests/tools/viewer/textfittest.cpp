@@ -1,3 +1,4 @@
+#include "tests/support/printqt.h"
 #include "tests/tools/laps/samplelap.h"
 #include "tests/tools/viewer/handsource.h"
 #include "tests/tools/viewer/texts.h"
