@@ -20,4 +20,16 @@ QString firstExistingFile(const QStringList& paths) {
     return found == paths.cend() ? QString() : *found;
 }
 
+PluginFile findPlugin(const QString& named, const QString& programFolder) {
+    if (!named.isEmpty()) {
+        return {named, {}};
+    }
+    const QStringList places = standardPluginPaths(programFolder);
+    const QString path = firstExistingFile(places);
+    return {path,
+            path.isEmpty()
+                ? QStringLiteral("found no plugin at %1").arg(places.join(QStringLiteral(" or ")))
+                : QString()};
+}
+
 }  // namespace rataip::host

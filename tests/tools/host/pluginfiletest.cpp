@@ -8,7 +8,9 @@
 
 namespace {
 
+using rataip::host::findPlugin;
 using rataip::host::firstExistingFile;
+using rataip::host::PluginFile;
 using rataip::host::standardPluginPaths;
 
 void touch(const QString& path) {
@@ -42,6 +44,30 @@ TEST(FirstExistingFile, PassesOverAFolderOfThatName) {
 TEST(FirstExistingFile, IsANullTextWhenThereIsNone) {
     EXPECT_TRUE(firstExistingFile({}).isNull());
     EXPECT_TRUE(firstExistingFile({QStringLiteral("/no/such/file")}).isNull());
+}
+
+TEST(FindPlugin, TakesTheOneThatIsNamedWithoutLookingForIt) {
+    const PluginFile file =
+        findPlugin(QStringLiteral("no/such/file"), QStringLiteral("/somewhere/bin"));
+    EXPECT_EQ(file.path, QStringLiteral("no/such/file"));
+    EXPECT_TRUE(file.error.isEmpty());
+}
+
+TEST(FindPlugin, TakesTheOneBesideTheProgramWhenNoneIsNamed) {
+    const QTemporaryDir folder;
+    const QString path = standardPluginPaths(folder.path()).constFirst();
+    touch(path);
+    EXPECT_EQ(findPlugin({}, folder.path()).path, path);
+    EXPECT_TRUE(findPlugin({}, folder.path()).error.isEmpty());
+}
+
+TEST(FindPlugin, NamesThePlacesWhereThereIsNone) {
+    const QTemporaryDir folder;
+    const PluginFile file = findPlugin({}, folder.path());
+    EXPECT_TRUE(file.path.isEmpty());
+    for (const QString& place : standardPluginPaths(folder.path())) {
+        EXPECT_TRUE(file.error.contains(place)) << file.error.toStdString();
+    }
 }
 
 }  // namespace
