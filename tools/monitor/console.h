@@ -10,7 +10,8 @@ namespace rataip::monitor {
  *
  * On a terminal the status line is rewritten in place and stays the last; elsewhere every status
  * is a line of its own. Everything written is flushed at once, so that a pipe's reader sees it
- * when it happens. A stream that no longer takes text is written to in vain.
+ * when it happens. A stream that no longer takes text is written to in vain
+ * (for a pipe that takes prepareStandardOutput()).
  */
 class Console {
 public:

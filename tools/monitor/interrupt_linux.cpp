@@ -1,3 +1,4 @@
+#include "tools/monitor/endrequests_linux.h"
 #include "tools/monitor/interrupt.h"
 
 #include <QSocketNotifier>
@@ -8,23 +9,11 @@
 
 namespace rataip::monitor {
 
-namespace {
-
-sigset_t requestsToEnd() {
-    sigset_t requests;
-    sigemptyset(&requests);
-    sigaddset(&requests, SIGINT);
-    sigaddset(&requests, SIGTERM);
-    return requests;
-}
-
-}  // namespace
-
 /** Holds the signals back from their ordinary delivery and reads them from a descriptor instead. */
 class Interrupt::Listener {
 public:
     explicit Listener(Interrupt& interrupt)
-        : m_signals(requestsToEnd()),
+        : m_signals(endRequests()),
           m_descriptor(signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK)) {
         if (m_descriptor < 0) {
             return;

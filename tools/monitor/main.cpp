@@ -3,6 +3,7 @@
 #include "tools/host/sourceconnector.h"
 #include "tools/monitor/account.h"
 #include "tools/monitor/console.h"
+#include "tools/monitor/deafthreads.h"
 #include "tools/monitor/exitstatus.h"
 #include "tools/monitor/goal.h"
 #include "tools/monitor/interrupt.h"
@@ -26,6 +27,7 @@ using rataip::host::LivePlugin;
 using rataip::host::SourceConnector;
 using rataip::monitor::Account;
 using rataip::monitor::Console;
+using rataip::monitor::DeafThreads;
 using rataip::monitor::ExitStatus;
 using rataip::monitor::Goal;
 using rataip::monitor::Interrupt;
@@ -44,17 +46,12 @@ int fail(ExitStatus status, const QString& sentence) {
 }
 
 LivePlugin::LoadResult loadPlugin(const QString& requestedPath) {
-    if (!requestedPath.isEmpty()) {
-        return LivePlugin::load(requestedPath);
+    const rataip::host::PluginFile file =
+        rataip::host::findPlugin(requestedPath, QCoreApplication::applicationDirPath());
+    if (!file.error.isEmpty()) {
+        return {nullptr, file.error + QStringLiteral("; name its file as argument")};
     }
-    const QStringList places =
-        rataip::host::standardPluginPaths(QCoreApplication::applicationDirPath());
-    const QString path = rataip::host::firstExistingFile(places);
-    if (path.isEmpty()) {
-        return {nullptr, QStringLiteral("found no plugin at %1; name its file as argument")
-                             .arg(places.join(QStringLiteral(" or ")))};
-    }
-    return LivePlugin::load(path);
+    return LivePlugin::load(file.path);
 }
 
 /** Lets the plugin run until the goal says that it is over. */
@@ -107,6 +104,7 @@ int watch(LivePlugin& plugin, const Options& options) {
 
 /** The pictures of laps take fonts, everything else goes without. */
 std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
+    const DeafThreads deafThreads;
     if (rataip::monitor::asksForExport(argc, argv)) {
         rataip::monitor::doWithoutScreen();
         return std::make_unique<QGuiApplication>(argc, argv);

@@ -3,7 +3,8 @@
 namespace rataip::monitor {
 
 /**
- * Readies the standard output for UTF-8 where that takes a call. To be called once, before the
+ * Readies the standard output for UTF-8 where that takes a call, and for a reader that goes away:
+ * from then on writing to it fails and does not end the program. To be called once, before the
  * first output.
  */
 void prepareStandardOutput();

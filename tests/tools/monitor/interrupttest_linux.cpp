@@ -42,10 +42,26 @@ TEST_P(InterruptBy, LeavesASecondCtrlCToTheSystem) {
     EXPECT_TRUE(isHeldBack(SIGTERM)) << "a second signal of the same ending is no reason to hurry";
 }
 
-INSTANTIATE_TEST_SUITE_P(Signal, InterruptBy, ::testing::Values(SIGINT, SIGTERM),
+INSTANTIATE_TEST_SUITE_P(Signal, InterruptBy, ::testing::Values(SIGINT, SIGTERM, SIGHUP),
                          [](const auto& parameter) {
-                             return std::string(parameter.param == SIGINT ? "CtrlC" : "Terminate");
+                             return std::string(parameter.param == SIGINT    ? "CtrlC"
+                                                : parameter.param == SIGTERM ? "Terminate"
+                                                                             : "EndOfTerminal");
                          });
+
+TEST(Interrupt, LeavesTheEndOfTheTerminalAloneWhereItIsIgnored) {
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        Interrupt interrupt;
+        QSignalSpy requested(&interrupt, &Interrupt::requested);
+        EXPECT_FALSE(isHeldBack(SIGHUP));
+        raise(SIGHUP);
+        raise(SIGTERM);
+        ASSERT_TRUE(requested.wait(generousMs));
+        EXPECT_EQ(requested.count(), 1);
+    }
+    std::signal(SIGHUP, SIG_DFL);
+}
 
 TEST(Interrupt, SwallowsAnotherRequestThatCameWhileTheProgramEnded) {
     Interrupt interrupt;
@@ -60,6 +76,7 @@ TEST(Interrupt, LeavesTheSignalsAsTheyWereWhenItGoes) {
     { const Interrupt interrupt; }
     EXPECT_FALSE(isHeldBack(SIGINT));
     EXPECT_FALSE(isHeldBack(SIGTERM));
+    EXPECT_FALSE(isHeldBack(SIGHUP));
 }
 
 }  // namespace

@@ -1,0 +1,26 @@
+#include "tools/monitor/endrequests_linux.h"
+
+namespace rataip::monitor {
+
+namespace {
+
+bool isIgnored(int number) {
+    struct sigaction action {};
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
+sigset_t endRequests() {
+    sigset_t requests;
+    sigemptyset(&requests);
+    sigaddset(&requests, SIGINT);
+    sigaddset(&requests, SIGTERM);
+    // One that is held back arrives even when it is ignored.
+    if (!isIgnored(SIGHUP)) {
+        sigaddset(&requests, SIGHUP);
+    }
+    return requests;
+}
+
+}  // namespace rataip::monitor
