@@ -16,14 +16,17 @@ QString monitorProgram() {
     return QStringLiteral(MONITOR_PROGRAM);
 }
 
-/** A field whose first laps are over within seconds. */
+/** A field whose first laps are over within seconds; it publishes when it is there. */
 class RunningSimulator : public BackgroundProgram {
 public:
     RunningSimulator()
         : BackgroundProgram(
               QStringLiteral(SIMULATOR_PROGRAM),
-              {QStringLiteral("--cars"), QStringLiteral("6"), QStringLiteral("--session"),
-               QStringLiteral("race"), QStringLiteral("--speed"), QStringLiteral("20")}) {}
+              {QStringLiteral("--cars"), QStringLiteral("6"), QStringLiteral("--track"),
+               QStringLiteral("short"), QStringLiteral("--session"), QStringLiteral("race"),
+               QStringLiteral("--speed"), QStringLiteral("10")}) {
+        EXPECT_TRUE(waitForOutput("Publishing ")) << output();
+    }
 };
 
 class RunningMonitor : public BackgroundProgram {
@@ -46,7 +49,7 @@ qsizetype countOfLines(const std::string& output, const char* pattern) {
 TEST(MonitorAndSimulator, ShowsCarsAndLapsAndEndsWithTheLapsAskedFor) {
     const RunningSimulator simulator;
     RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("20"),
-                            QStringLiteral("--laps"), QStringLiteral("24")});
+                            QStringLiteral("--laps"), QStringLiteral("18")});
     EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
     const std::string output = monitor.output();
     EXPECT_NE(output.find("iR Plugin 0.2 for iRacing"), std::string::npos) << output;
@@ -54,19 +57,19 @@ TEST(MonitorAndSimulator, ShowsCarsAndLapsAndEndsWithTheLapsAskedFor) {
     EXPECT_NE(output.find("[iRacing plugin] Disconnected"), std::string::npos) << output;
     EXPECT_GE(countOfLines(output, "^\\d cars, of which new or changed: \\d$"), 1) << output;
     EXPECT_EQ(countOfLines(output, "^  \\* ?\\d  "), 1) << "the own car, listed\n" << output;
-    EXPECT_GE(countOfLines(output, "^Lap  .*\\d+ samples  \\d+ channels$"), 24) << output;
+    EXPECT_GE(countOfLines(output, "^Lap  .*\\d+ samples  \\d+ channels$"), 18) << output;
     EXPECT_GE(countOfLines(output, "^Lap  \\*.* completed +\\d:\\d\\d\\.\\d\\d\\d"), 1) << output;
 }
 
 TEST(MonitorAndSimulator, EndsAfterItsTimeWithData) {
     const RunningSimulator simulator;
-    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("3")});
+    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("5")});
     EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
 }
 
 TEST(MonitorAndSimulator, SaysWhenTheTimeWasTooShortForTheLaps) {
     const RunningSimulator simulator;
-    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("3"),
+    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("5"),
                             QStringLiteral("--laps"), QStringLiteral("100000")});
     EXPECT_EQ(monitor.waitForEnd(), FellShort) << monitor.output();
 }
@@ -116,8 +119,8 @@ TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorHasCrashed) {
 }
 
 TEST(MonitorAndSimulator, IsContentWhenTheSimulatorEndsAndNothingMoreWasAskedFor) {
-    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("5")});
     RunningSimulator simulator;
+    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("5")});
     ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected")) << monitor.output();
     ASSERT_TRUE(monitor.waitForOutput(" ticks/s, ")) << monitor.output();
     simulator.terminate();
