@@ -108,6 +108,37 @@ void begin(SimulatorProcess& process) {
     ASSERT_NE(process.readUntil("Publishing "), "");
 }
 
+constexpr std::chrono::seconds kPatience(60);  // only a hang takes as long
+
+std::int32_t newestTick(const MappedBlock& block) {
+    return block.descriptor(block.newest()).tickCount;
+}
+
+// Whether there comes a time of that length in which no tick is published.
+bool standsStill(const MappedBlock& block, std::chrono::milliseconds length) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + kPatience;
+    std::int32_t tick = newestTick(block);
+    Clock::time_point since = Clock::now();
+    while (Clock::now() < end && Clock::now() - since < length) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (newestTick(block) != tick) {
+            tick = newestTick(block);
+            since = Clock::now();
+        }
+    }
+    return Clock::now() - since >= length;
+}
+
+bool goesOn(const MappedBlock& block) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const std::int32_t before = newestTick(block);
+    while (newestTick(block) == before && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return newestTick(block) != before;
+}
+
 // Everything that a run in lock step has published, as one sum over the block at every tick.
 std::uint64_t sumOfRun(const std::vector<std::string>& arguments, int ticks) {
     SimulatorProcess process(arguments);
@@ -233,12 +264,10 @@ TEST_F(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
     SimulatorProcess process({"--commands", "--track", "short", "--cars", "3", "--speed", "10"});
     begin(process);
     const MappedBlock block;
-    process.tell("stall 0.5");
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
-    const std::int32_t before = block.descriptor(block.newest()).tickCount;
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_LE(block.descriptor(block.newest()).tickCount - before, 1);
+    process.tell("stall 6");
+    EXPECT_TRUE(standsStill(block, std::chrono::seconds(1)));
     EXPECT_EQ(process.readUntil("ok"), "ok");
+    EXPECT_TRUE(goesOn(block));
     process.tell("step");
     EXPECT_EQ(process.readUntil("step is"), "step is for lock step only");
     process.tell("quit");
