@@ -59,10 +59,6 @@ QString secondLine(const Lap& lap) {
                    lap.dateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm"))});
 }
 
-QString labelWithUnit(const QString& name, const QString& unit) {
-    return unit.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit);
-}
-
 QList<QPointF> shownPoints(const QList<QPointF>& points, double factor) {
     QList<QPointF> shown = points;
     for (QPointF& point : shown) {
@@ -195,10 +191,11 @@ void LapPicture::addPanel(const Lap& lap, const QRectF& area, const QString& nam
     panel.area = area;
     panel.curves = curvesOf(lap, sources);
     const QString unit = panel.curves.isEmpty() ? QString() : panel.curves.constFirst().unit;
-    addText(labelWithUnit(name, unit), {margin / 2, area.top(), markLabelHeight, area.height()},
-            Qt::AlignCenter, m_font, true);
+    addText(laps::labelWithUnit(name, unit),
+            {margin / 2, area.top(), markLabelHeight, area.height()}, Qt::AlignCenter, m_font,
+            true);
     if (panel.curves.isEmpty()) {
-        addText(QStringLiteral("%1: not recorded for this car").arg(name), area, Qt::AlignCenter,
+        addText(QStringLiteral("%1: not recorded in this lap").arg(name), area, Qt::AlignCenter,
                 m_font);
         m_panels.append(panel);
         return;
@@ -248,7 +245,7 @@ void LapPicture::addMarkTexts(const Panel& panel, int xDecimals, int yDecimals) 
                 Qt::AlignCenter, m_font);
     }
     addText(
-        labelWithUnit(m_axis.name, m_axis.unit),
+        laps::labelWithUnit(m_axis.name, m_axis.unit),
         {area.left(), area.bottom() + belowPlot + markLabelHeight, area.width(), markLabelHeight},
         Qt::AlignCenter, m_font);
 }

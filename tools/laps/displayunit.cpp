@@ -18,4 +18,8 @@ DisplayUnit displayUnit(const QString& unit) {
     return {1.0, unit};
 }
 
+QString labelWithUnit(const QString& name, const QString& unit) {
+    return unit.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit);
+}
+
 }  // namespace rataip::laps

@@ -16,4 +16,7 @@ struct DisplayUnit {
  */
 [[nodiscard]] DisplayUnit displayUnit(const QString& unit);
 
+/** "Speed (km/h)", or the name alone of what has no unit. */
+[[nodiscard]] QString labelWithUnit(const QString& name, const QString& unit);
+
 }  // namespace rataip::laps

@@ -30,7 +30,7 @@ constexpr qsizetype classWidth = 10;
 constexpr qsizetype typeWidth = 7;
 constexpr qsizetype completionWidth = 13;
 constexpr qsizetype timeWidth = 11;
-constexpr int samplesWidth = 5;
+constexpr qsizetype samplesWidth = 5;
 
 /** "* 7  Driver": the own car, whose telemetry is complete, carries the star. */
 QString carText(const CarInfo& car) {
@@ -63,9 +63,8 @@ QString headerText(const LapHeader& header) {
 
 QString lapText(const Lap& lap) {
     return QStringLiteral("Lap  %1  %2 samples  %3 channels")
-        .arg(headerText(lap))
-        .arg(lap.size(), samplesWidth)
-        .arg(host::channelCount(lap));
+        .arg(headerText(lap), QString::number(lap.size()).rightJustified(samplesWidth),
+             QString::number(host::channelCount(lap)));
 }
 
 }  // namespace

@@ -54,9 +54,8 @@ std::unique_ptr<QStandardItemModel> lapValues(const Lap& lap) {
 
 QString lapTitle(const TLM::SDK::LapHeader& lap) {
     return QStringLiteral("%1, lap %2, %3")
-        .arg(lap.driverName())
-        .arg(lap.lapInSession())
-        .arg(host::lapTimeText(lap.lapTime()));
+        .arg(lap.driverName(), QString::number(lap.lapInSession()),
+             host::lapTimeText(lap.lapTime()));
 }
 
 }  // namespace rataip::viewer

@@ -2,6 +2,7 @@
 
 #include "tools/lapimage/scale.h"
 #include "tools/lapimage/ticks.h"
+#include "tools/laps/displayunit.h"
 
 #include <QChart>
 #include <QEvent>
@@ -32,10 +33,6 @@ QString widestNumber() {
 // What stands below most axes, with a blank on either side.
 QString usualNumber() {
     return QStringLiteral("00000");
-}
-
-QString labelWithUnit(const QString& name, const QString& unit) {
-    return unit.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, unit);
 }
 
 QString numberFormat(int decimals) {
@@ -88,12 +85,12 @@ PlotPanel::PlotPanel(const QString& title, const QList<Line>& lines, QWidget* pa
 }
 
 void PlotPanel::setQuantity(const QString& name, const QString& unit) {
-    m_quantity->setText(labelWithUnit(name, unit));
+    m_quantity->setText(laps::labelWithUnit(name, unit));
 }
 
 void PlotPanel::setAxis(const QString& name, const QString& unit) {
     m_x->setLabelsVisible(!name.isEmpty());
-    m_axis->setText(name.isEmpty() ? QString() : labelWithUnit(name, unit));
+    m_axis->setText(name.isEmpty() ? QString() : laps::labelWithUnit(name, unit));
     updateGeometry();
     placePlot();
 }

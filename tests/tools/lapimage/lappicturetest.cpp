@@ -105,7 +105,7 @@ TEST(LapPicture, ShortensNamesThatAreLongerThanTheSheet) {
 
 TEST(LapPicture, SaysWhatIsNotKnownOfAnotherCar) {
     const LapPicture picture(*otherLap(), sheet);
-    EXPECT_TRUE(hasText(picture, QStringLiteral("Pedals: not recorded for this car")));
+    EXPECT_TRUE(hasText(picture, QStringLiteral("Pedals: not recorded in this lap")));
     EXPECT_EQ(picture.panels().at(1).curves.size(), 0);
     EXPECT_EQ(picture.panels().at(0).curves.size(), 1);
 }

@@ -5,6 +5,7 @@
 namespace {
 
 using rataip::laps::displayUnit;
+using rataip::laps::labelWithUnit;
 
 TEST(DisplayUnit, ShowsSpeedsAnglesAndSharesAsDriversReadThem) {
     EXPECT_EQ(displayUnit(QStringLiteral("m/s")).unit, QStringLiteral("km/h"));
@@ -20,6 +21,12 @@ TEST(DisplayUnit, LeavesEveryOtherUnitAlone) {
         EXPECT_EQ(displayUnit(unit).unit, unit);
         EXPECT_EQ(displayUnit(unit).factor, 1.0);
     }
+}
+
+TEST(LabelWithUnit, NamesTheUnitWhereThereIsOne) {
+    EXPECT_EQ(labelWithUnit(QStringLiteral("Speed"), QStringLiteral("km/h")),
+              QStringLiteral("Speed (km/h)"));
+    EXPECT_EQ(labelWithUnit(QStringLiteral("Gear"), {}), QStringLiteral("Gear"));
 }
 
 }  // namespace

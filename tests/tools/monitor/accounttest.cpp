@@ -66,6 +66,17 @@ TEST_F(AccountOnAPipe, PrintsALineForEveryFinishedLap) {
               QStringLiteral("Lap * 7 Ann Example flying completed 1:23.456 3 samples 2 channels"));
 }
 
+TEST_F(AccountOnAPipe, PrintsADriversNameAsItIs) {
+    const auto lap = QSharedPointer<Lap>::create();
+    lap->setDriverName(QStringLiteral("%1 %2 %3"));
+    lap->addChannel(QSharedPointer<Channel>::create(), QStringLiteral("speed"));
+    emit m_emitter.sendTelemetryLap(lap);
+    const QString text = takeText();
+    EXPECT_TRUE(text.contains(QStringLiteral("%1 %2 %3"))) << text.toStdString();
+    EXPECT_TRUE(text.simplified().endsWith(QStringLiteral("0 samples 1 channels")))
+        << text.toStdString();
+}
+
 TEST_F(AccountOnAPipe, MarksOnlyTheOwnCarAndTellsALapThatIsNone) {
     const auto lap = QSharedPointer<Lap>::create();
     lap->setCarId(QStringLiteral("12"));

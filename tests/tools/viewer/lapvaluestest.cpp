@@ -43,4 +43,10 @@ TEST(LapTitle, NamesTheDriverTheLapAndItsTime) {
     EXPECT_EQ(lapTitle(*ownLap()), QStringLiteral("Ada Berg, lap 4, 1:34.512"));
 }
 
+TEST(LapTitle, TakesADriversNameAsItIs) {
+    const auto lap = ownLap();
+    lap->setDriverName(QStringLiteral("%1 %2 %3"));
+    EXPECT_EQ(lapTitle(*lap), QStringLiteral("%1 %2 %3, lap 4, 1:34.512"));
+}
+
 }  // namespace
