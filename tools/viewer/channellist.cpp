@@ -66,6 +66,21 @@ void ChannelList::choose(const ChannelName& name, bool isChosen) {
     }
 }
 
+void ChannelList::chooseOnly(const QList<ChannelName>& names) {
+    const QList<ChannelName> before = m_chosen;
+    m_isTicking = true;
+    for (const ChannelName& name : before) {
+        choose(name, false);
+    }
+    for (const ChannelName& name : names) {
+        choose(name, true);
+    }
+    m_isTicking = false;
+    if (m_chosen != before) {
+        emit chosenChanged();
+    }
+}
+
 void ChannelList::onItemChanged(const QStandardItem* item) {
     if (item->parent() == nullptr || item->column() != Name) {
         return;
@@ -80,7 +95,9 @@ void ChannelList::onItemChanged(const QStandardItem* item) {
     } else {
         m_chosen.removeAll(name);
     }
-    emit chosenChanged();
+    if (!m_isTicking) {
+        emit chosenChanged();
+    }
 }
 
 }  // namespace rataip::viewer

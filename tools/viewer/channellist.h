@@ -36,6 +36,9 @@ public:
     /** Ticks or unticks a channel; one that the lap lacks is left out. */
     void choose(const ChannelName& name, bool isChosen);
 
+    /** Ticks these channels, in this order, and no others; told once for all of them. */
+    void chooseOnly(const QList<ChannelName>& names);
+
 signals:
     void chosenChanged();
 
@@ -45,6 +48,7 @@ private:
     void onItemChanged(const QStandardItem* item);
 
     QList<ChannelName> m_chosen;
+    bool m_isTicking = false;  // several channels, one after the other
 };
 
 }  // namespace rataip::viewer

@@ -8,7 +8,6 @@
 #include <QCloseEvent>
 #include <QEvent>
 #include <QHeaderView>
-#include <QKeySequence>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSet>
@@ -131,6 +130,17 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     describeLines();
 }
 
+QList<KeyText> LapWindow::keys() {
+    return {{QStringLiteral("Ctrl+D"), QStringLiteral("Over distance")},
+            {QStringLiteral("Ctrl+T"), QStringLiteral("Over time")},
+            {QKeySequence(QKeySequence::Find), QStringLiteral("Search channels")},
+            {QStringLiteral("Ctrl+M"), QStringLiteral("Compare")},
+            {QStringLiteral("Ctrl+Tab"), QStringLiteral("Switch between plots and values")},
+            {QStringLiteral("Ctrl+E"), QStringLiteral("Save files...")},
+            {QStringLiteral("Ctrl+W"), QStringLiteral("Close window")},
+            {QStringLiteral("Ctrl+Shift+T"), QStringLiteral("Lap")}};
+}
+
 QAction* LapWindow::addCommand(const QString& text, const QKeySequence& shortcut) {
     auto* const action = new QAction(text, this);
     action->setShortcut(shortcut);
@@ -163,13 +173,14 @@ void LapWindow::makeCommands() {
             [this] { m_tabs->setCurrentIndex((m_tabs->currentIndex() + 1) % m_tabs->count()); });
     QAction* const save = addCommand(QStringLiteral("Save &files..."), QStringLiteral("Ctrl+E"));
     connect(save, &QAction::triggered, this, [this] { emit saveRequested(m_lap); });
-    QAction* const close =
-        addCommand(QStringLiteral("Close &window"), QKeySequence(QKeySequence::Close));
+    QAction* const close = addCommand(QStringLiteral("Close &window"), QStringLiteral("Ctrl+W"));
     connect(close, &QAction::triggered, this, &QWidget::close);
 
     auto* const bar = new QToolBar(QStringLiteral("Lap"));
     bar->setMovable(false);
+    // Of the window, since a key works only for an action that stands somewhere.
     bar->toggleViewAction()->setShortcut(QStringLiteral("Ctrl+Shift+T"));
+    addAction(bar->toggleViewAction());
     bar->addActions({m_overDistance, m_overTime});
     bar->addSeparator();
     auto* const label = new QLabel(QStringLiteral("Compare with: "));
@@ -254,19 +265,11 @@ QWidget* LapWindow::makeValuesPane() {
 }
 
 void LapWindow::chooseUsualChannels() {
+    QList<ChannelName> names;
     for (const char* name : {"speed", "throttle", "brake", "gear"}) {
-        m_channels->choose({QString::fromLatin1(name), false}, true);
+        names.append({QString::fromLatin1(name), false});
     }
-}
-
-void LapWindow::chooseOnly(const QList<ChannelName>& names) {
-    const QList<ChannelName> before = m_channels->chosen();
-    for (const ChannelName& name : before) {
-        m_channels->choose(name, false);
-    }
-    for (const ChannelName& name : names) {
-        m_channels->choose(name, true);
-    }
+    m_channels->chooseOnly(names);
 }
 
 bool LapWindow::hasChannel(const ChannelName& name) const {
@@ -295,7 +298,7 @@ void LapWindow::rememberLayoutIn(QSettings& settings) {
     setAxis(settings.value(overTimeKey()).toBool() ? Axis::Time : Axis::Distance);
     if (settings.contains(channelsKey())) {
         m_handedOn = fromTexts(settings.value(channelsKey()).toStringList());
-        chooseOnly(m_handedOn);
+        m_channels->chooseOnly(m_handedOn);
     }
 }
 
@@ -399,8 +402,9 @@ void LapWindow::rebuildPanels() {
     qDeleteAll(m_panels);
     m_panels.clear();
     for (const ChannelName& name : m_channels->chosen()) {
-        auto* const panel = new PlotPanel(name.name, {{lapTitle(*m_lap), Role::OtherLap, true},
-                                                      {lapTitle(*m_lap), Role::ThisLap, false}});
+        auto* const panel =
+            new PlotPanel(name.name, {{QStringLiteral("other lap"), Role::OtherLap, true},
+                                      {lapTitle(*m_lap), Role::ThisLap, false}});
         m_panelLayout->addWidget(panel);
         m_panels.append(panel);
     }

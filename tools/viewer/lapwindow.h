@@ -6,6 +6,7 @@
 #include "tools/viewer/plotpanel.h"
 
 #include <QComboBox>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
 #include <QList>
@@ -19,6 +20,14 @@
 #include <QVBoxLayout>
 
 namespace rataip::viewer {
+
+/** A key and what it does. */
+struct KeyText {
+    QKeySequence shortcut;
+    QString text;
+
+    bool operator==(const KeyText&) const = default;
+};
 
 /**
  * A lap: its channels to search and to tick, plots of the ticked ones over distance or time, a
@@ -50,6 +59,9 @@ public:
     /** Shows what became of saving. */
     void showOutcome(const QString& sentence);
 
+    /** The keys of every such window, also while none is open. */
+    [[nodiscard]] static QList<KeyText> keys();
+
     [[nodiscard]] ChannelList& channels() { return *m_channels; }
     [[nodiscard]] const QList<PlotPanel*>& panels() const { return m_panels; }
     [[nodiscard]] const LapPointer& lap() const { return m_lap; }
@@ -68,7 +80,6 @@ private:
     QWidget* makePlotPane();
     QWidget* makeValuesPane();
     void chooseUsualChannels();
-    void chooseOnly(const QList<ChannelName>& names);
     [[nodiscard]] bool hasChannel(const ChannelName& name) const;
     [[nodiscard]] QList<ChannelName> channelsToHandOn() const;
     void offerLap(const LapPointer& other);

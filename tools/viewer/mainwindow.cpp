@@ -57,6 +57,17 @@ QString folderKey() {
     return QStringLiteral("laps/folder");
 }
 
+QString keyLines(const QString& heading, const QList<KeyText>& keys) {
+    QString lines =
+        QStringLiteral("<tr><th colspan=\"2\" align=\"left\">%1</th></tr>").arg(heading);
+    for (const KeyText& key : keys) {
+        lines += QStringLiteral("<tr><td>%1&nbsp;&nbsp;</td><td>%2</td></tr>")
+                     .arg(key.shortcut.toString(QKeySequence::NativeText).toHtmlEscaped(),
+                          key.text.toHtmlEscaped());
+    }
+    return lines;
+}
+
 /** Room for the widest text that a column will hold, whatever it holds now. */
 void reserveColumn(QTableView& table, int column, const QString& widest) {
     const int padding = 3 * table.fontMetrics().averageCharWidth();
@@ -492,17 +503,22 @@ void MainWindow::askForPlugin() {
 }
 
 void MainWindow::showKeys() {
-    QString lines;
-    const QList<QAction*> all = findChildren<QAction*>();
-    for (const QAction* action : all) {
-        if (!action->shortcut().isEmpty()) {
-            lines += QStringLiteral("<tr><td>%1&nbsp;&nbsp;</td><td>%2</td></tr>")
-                         .arg(action->shortcut().toString(QKeySequence::NativeText),
-                              action->text().remove(QLatin1Char('&')).toHtmlEscaped());
+    QList<KeyText> keys;
+    // Every command of the window stands in one of its menus.
+    const QList<QAction*> menus = menuBar()->actions();
+    for (const QAction* menu : menus) {
+        const QList<QAction*> commands = menu->menu()->actions();
+        for (const QAction* command : commands) {
+            if (!command->shortcut().isEmpty()) {
+                keys.append({command->shortcut(), command->text().remove(QLatin1Char('&'))});
+            }
         }
     }
-    QMessageBox::information(this, QStringLiteral("Keys"),
-                             QStringLiteral("<table>%1</table>").arg(lines));
+    QMessageBox::information(
+        this, QStringLiteral("Keys"),
+        QStringLiteral("<table>%1%2</table>")
+            .arg(keyLines(QStringLiteral("In the window"), keys),
+                 keyLines(QStringLiteral("In the window of a lap"), LapWindow::keys())));
 }
 
 }  // namespace rataip::viewer

@@ -43,6 +43,22 @@ TEST(ChannelList, TellsWhatIsTickedInTheOrderOfTicking) {
     EXPECT_EQ(channels.chosen(), (QList<ChannelName>{{QStringLiteral("gear"), false}}));
 }
 
+TEST(ChannelList, TicksManyChannelsAndTellsItOnce) {
+    ChannelList channels(lapWithBothKinds());
+    channels.choose({QStringLiteral("gear"), false}, true);
+    QSignalSpy changes(&channels, &ChannelList::chosenChanged);
+    const QList<ChannelName> names = {{QStringLiteral("speed"), true},
+                                      {QStringLiteral("absent"), false},
+                                      {QStringLiteral("speed"), false}};
+    channels.chooseOnly(names);
+    EXPECT_EQ(channels.chosen(), (QList<ChannelName>{names.at(0), names.at(2)}));
+    EXPECT_EQ(changes.size(), 1);
+    channels.chooseOnly({names.at(0), names.at(2)});
+    EXPECT_EQ(changes.size(), 1) << "nothing is another";
+    channels.choose({QStringLiteral("gear"), false}, true);
+    EXPECT_EQ(changes.size(), 2);
+}
+
 TEST(ChannelList, LeavesOutAChannelThatTheLapLacks) {
     ChannelList channels(lapWithBothKinds());
     channels.choose({QStringLiteral("absent"), false}, true);

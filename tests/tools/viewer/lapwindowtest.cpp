@@ -1,3 +1,4 @@
+#include "tests/support/printqt.h"
 #include "tests/tools/laps/samplelap.h"
 #include "tests/tools/viewer/texts.h"
 #include "tools/viewer/lapwindow.h"
@@ -11,6 +12,8 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTest>
+#include <QToolBar>
 #include <QTreeView>
 
 #include <gtest/gtest.h>
@@ -18,6 +21,7 @@
 namespace {
 
 using rataip::laps::Axis;
+using rataip::viewer::KeyText;
 using rataip::viewer::LapListModel;
 using rataip::viewer::LapWindow;
 using rataip::viewer::PlotPanel;
@@ -163,6 +167,26 @@ TEST_F(LapView, HandsItsLayoutOnToTheNext) {
     }
     EXPECT_EQ(names.join(QLatin1Char(' ')).toStdString(), "speed throttle gear steeringwheelangle");
     EXPECT_EQ(next.panels().constLast()->axisText(), QStringLiteral("Time (s)"));
+}
+
+TEST_F(LapView, KnowsItsKeysWhetherOpenOrNot) {
+    QList<KeyText> keys;
+    const QList<QAction*> actions = window->actions();
+    for (const QAction* action : actions) {
+        keys.append({action->shortcut(), action->text().remove(QLatin1Char('&'))});
+    }
+    EXPECT_EQ(LapWindow::keys(), keys);
+}
+
+TEST_F(LapView, ShowsAndHidesItsBarByTheKey) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    const auto* const bar = window->findChild<QToolBar*>();
+    for (const bool isShown : {false, true}) {
+        QTest::keyClick(window.get(), Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(bar->isVisible(), isShown);
+    }
 }
 
 TEST_F(LapView, HandsChannelsOnThatItsLapLacks) {

@@ -1,3 +1,4 @@
+#include "tests/support/printqt.h"
 #include "tests/tools/laps/samplelap.h"
 #include "tests/tools/viewer/handsource.h"
 #include "tools/viewer/mainwindow.h"
@@ -8,9 +9,11 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QWidgetAction>
 
 #include <gtest/gtest.h>
@@ -23,6 +26,9 @@ using rataip::viewer::LapWindow;
 using rataip::viewer::MainWindow;
 using rataip::viewer::Session;
 using rataip::viewer::TrackStrip;
+
+// For what is awaited; generous, since it is waited out only when a test fails.
+constexpr int generousMs = 60'000;
 
 class Window : public ::testing::Test {
 protected:
@@ -53,6 +59,10 @@ protected:
 
     [[nodiscard]] QString messages() const {
         return window->findChild<QPlainTextEdit*>()->toPlainText();
+    }
+
+    [[nodiscard]] bool saysInTime(const QString& text, int times = 1) const {
+        return QTest::qWaitFor([&] { return messages().count(text) == times; }, generousMs);
     }
 
     QTemporaryDir folder;
@@ -162,7 +172,8 @@ TEST_F(Window, DrawsAtItsOwnPace) {
         source.sendTick(20, 3, tick, 0.5 + 0.001 * static_cast<double>(tick));
     }
     EXPECT_EQ(pointsDrawn(), before) << "ticks alone draw nothing";
-    QTRY_COMPARE(pointsDrawn(), before + 48);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pointsDrawn() == before + 48; }, generousMs))
+        << pointsDrawn() - before;
 }
 
 TEST_F(Window, LeavesTracesAloneThatHaveGrownByLessThanAPixel) {
@@ -241,7 +252,7 @@ TEST_F(Window, SavesALapAsThreeFilesAndSaysWhere) {
     showWindow();
     const QString target = folder.filePath(QStringLiteral("laps"));
     window->saveLap(ownLap(), target);
-    QTRY_VERIFY(messages().contains(QStringLiteral("Saved ")));
+    ASSERT_TRUE(saysInTime(QStringLiteral("Saved ")));
     EXPECT_EQ(QDir(target).entryList(QDir::Files).size(), 3);
 }
 
@@ -251,18 +262,18 @@ TEST_F(Window, SaysInASentenceWhyALapCannotBeSavedAndGoesOn) {
     QFile file(target);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     window->saveLap(ownLap(), target);
-    QTRY_VERIFY(messages().contains(QStringLiteral("The lap was not saved: cannot write into")));
+    ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved: cannot write into")));
     connectSource();
     EXPECT_EQ(session.state(), Session::State::Connected);
     window->saveLap(ownLap(), target);
-    QTRY_COMPARE(messages().count(QStringLiteral("The lap was not saved")), 2);
+    ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved"), 2));
 }
 
 TEST_F(Window, TellsTheWindowOfALapWhatBecameOfSavingIt) {
     showWindow();
     const LapWindow& view = *window->openLap(ownLap());
     window->saveLap(ownLap(), folder.filePath(QStringLiteral("laps")));
-    QTRY_VERIFY(messages().contains(QStringLiteral("Saved ")));
+    ASSERT_TRUE(saysInTime(QStringLiteral("Saved ")));
     QStringList shown;
     const QList<QLabel*> labels = view.findChildren<QLabel*>();
     for (const QLabel* label : labels) {
@@ -355,17 +366,42 @@ TEST_F(Window, GivesEveryActionOfALapAShortcutAndAName) {
     expectNames(lap);
 }
 
+TEST_F(Window, ListsItsKeysAndThoseOfALapOnce) {
+    showWindow();
+    window->openLap(ownLap());
+    window->openLap(ownLap());
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    QString text;
+    // The box keeps the key's press to itself until it is closed.
+    QTimer closing;
+    QObject::connect(&closing, &QTimer::timeout, [&text] {
+        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            text = box->text();
+            box->accept();
+        }
+    });
+    closing.start(10);
+    QTest::keyClick(window.get(), Qt::Key_F1);
+    for (const char* key : {"F1", "F5", "F6", "F7", "Ctrl+O", "Ctrl+L", "Ctrl+Q", "Ctrl+1",
+                            "Ctrl+5", "Ctrl+R", "Ctrl+D", "Ctrl+M", "Ctrl+Shift+T", "Ctrl+W"}) {
+        EXPECT_EQ(text.count(QStringLiteral("<td>%1&nbsp;").arg(QLatin1String(key))), 1) << key;
+    }
+    EXPECT_EQ(text.count(QStringLiteral("<td>Ctrl+E&nbsp;")), 2) << "in both kinds of window";
+}
+
 TEST_F(Window, ReachesAllPanesByTheTabKey) {
     showWindow();
     connectSource();
+    window->findChild<QTableView*>(QStringLiteral("Cars"))->setFocus();
+    // More than there are places to stop at.
+    constexpr int steps = 50;
     QSet<const QWidget*> reached;
-    window->activateWindow();
-    const QWidget* widget = window->findChild<QTableView*>(QStringLiteral("Cars"));
-    for (int step = 0; step < 100; ++step) {
-        widget = widget->nextInFocusChain();
-        if ((widget->focusPolicy() & Qt::TabFocus) == Qt::TabFocus && widget->isVisible()) {
-            reached.insert(widget);
-        }
+    for (int step = 0; step < steps; ++step) {
+        QWidget* const widget = QApplication::focusWidget();
+        ASSERT_NE(widget, nullptr);
+        reached.insert(widget);
+        QTest::keyClick(widget, Qt::Key_Tab);
     }
     for (const char* name : {"Cars", "Laps"}) {
         EXPECT_TRUE(reached.contains(window->findChild<QTableView*>(QString::fromLatin1(name))));
