@@ -1,6 +1,7 @@
 #include "tools/host/pluginfile.h"
 #include "tools/viewer/mainwindow.h"
 #include "tools/viewer/options.h"
+#include "tools/viewer/parentconsole.h"
 #include "tools/viewer/session.h"
 
 #include <QApplication>
@@ -33,18 +34,11 @@ int fail(ExitStatus status, const QString& sentence) {
 
 /** A plugin that cannot be used is told by the window, where another can be chosen. */
 void loadPlugin(Session& session, const QString& requestedPath) {
-    QString path = requestedPath;
-    if (path.isEmpty()) {
-        const QStringList places =
-            rataip::host::standardPluginPaths(QCoreApplication::applicationDirPath());
-        path = rataip::host::firstExistingFile(places);
-        if (path.isEmpty()) {
-            session.setPluginError(
-                QStringLiteral("found no plugin at %1").arg(places.join(QStringLiteral(" or "))));
-            return;
-        }
-    }
-    if (session.loadPlugin(path)) {
+    const rataip::host::PluginFile file =
+        rataip::host::findPlugin(requestedPath, QCoreApplication::applicationDirPath());
+    if (!file.error.isEmpty()) {
+        session.setPluginError(file.error);
+    } else if (session.loadPlugin(file.path)) {
         session.connectToSource();
     }
 }
@@ -118,6 +112,7 @@ int show(const Options& options) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    rataip::viewer::useParentConsole();
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("rataip"));
     QCoreApplication::setApplicationName(QStringLiteral("rataip-viewer"));

@@ -1,0 +1,7 @@
+#include "tools/viewer/parentconsole.h"
+
+namespace rataip::viewer {
+
+void useParentConsole() {}
+
+}  // namespace rataip::viewer
