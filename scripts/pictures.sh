@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Makes the pictures in docs/ anew: the window with 20 and with 64 cars of the stand-in simulator, a
-# lap in its window, and a lap as it is saved. Needs no screen and some four minutes after the build.
+# lap in its window, and a lap as it is saved. Needs no screen and some five minutes after the build.
 set -euo pipefail
 export CDPATH=
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
