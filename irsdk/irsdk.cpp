@@ -28,6 +28,7 @@ const irsdk_header* pHeader = nullptr;
 bool isInitialized = false;
 int lastTickCount = kNoTickYet;
 std::int64_t lastValidTime = 0;
+int lastDataLength = 0;
 irsdk_Error lastError = irsdk_Error::None;
 
 bool fail(irsdk_Error error) {
@@ -113,6 +114,7 @@ void closeAll() {
     pHeader = nullptr;
     isInitialized = false;
     lastTickCount = kNoTickYet;
+    lastDataLength = 0;
 }
 
 bool failStartup(irsdk_Error error) {
@@ -167,6 +169,7 @@ bool copyBuffer(std::int64_t index, char* data, int room) {
         return fail(irsdk_Error::BufferTooSmall);
     }
     std::memcpy(data, block().at(offset), static_cast<std::size_t>(length));
+    lastDataLength = length;
     return true;
 }
 
@@ -421,6 +424,10 @@ bool irsdk_waitForDataReady(int timeOut, char* data, int dataLength) {
         irsdk::sleepFor(timeOut);
     }
     return false;
+}
+
+int irsdk_getDataLength() {
+    return lastDataLength;
 }
 
 bool irsdk_isConnected() {

@@ -71,6 +71,13 @@ bool irsdk_waitForDataReady(int timeOut, char* data);
 /** The same for a buffer of `dataLength` bytes: a longer snapshot is no new data. */
 bool irsdk_waitForDataReady(int timeOut, char* data, int dataLength);
 
+/**
+ * Bytes of the last snapshot that was copied into a caller's buffer, 0 when there was none since
+ * the link was opened. The simulator may change the length of its buffers; what lies behind this
+ * one in the caller's buffer is left over from earlier snapshots.
+ */
+int irsdk_getDataLength();
+
 /** True while the simulator says that it runs and the last snapshot is less than 30 seconds old. */
 bool irsdk_isConnected();
 

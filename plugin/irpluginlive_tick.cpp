@@ -5,8 +5,6 @@
 
 #include <QScopeGuard>
 
-#include <utility>
-
 using namespace Qt::StringLiterals;
 using TLM::SDK::Lap;
 using TLM::SDK::Sample;
@@ -59,8 +57,9 @@ bool iRPluginLive::processSnapshot(const ConnectionGuard& guard) {
     if (!irsdk_copyHeader(header) || dataBuffer.empty()) {
         return false;
     }
-    // A slot of the host may have the buffer resized before the tick is over.
-    snapshot = dataBuffer;
+    // A copy, because a slot of the host may have the buffer resized before the tick is over. It
+    // ends where the snapshot does: behind it the buffer holds what is left over from a longer one.
+    snapshot.assign(dataBuffer.begin(), dataBuffer.begin() + irsdk_getDataLength());
     refreshSessionInfo(header);
     updateCarList();
     if (!guard.isSameConnection()) {

@@ -189,6 +189,28 @@ TEST_P(NewData, ASnapshotLongerThanTheBufferIsNoNewData) {
     EXPECT_TRUE(takes()) << "the tick is still there for a buffer that is long enough";
 }
 
+TEST_P(NewData, TellsHowLongTheSnapshotWas) {
+    const int full = length();
+    EXPECT_EQ(irsdk_getDataLength(), 0);
+    openAtTick10();
+    EXPECT_EQ(irsdk_getDataLength(), 0) << "a starting point is not handed out";
+    publisher.completeChecked(1, 11);
+    ASSERT_TRUE(takes());
+    EXPECT_EQ(irsdk_getDataLength(), full);
+
+    publisher.poke(offsetof(irsdk_header, bufferLength), full / 2);
+    EXPECT_EQ(irsdk_getDataLength(), full);
+    publisher.completeChecked(2, 12);
+    ASSERT_TRUE(takes());
+    EXPECT_EQ(irsdk_getDataLength(), full / 2);
+    publisher.completeChecked(0, 13);
+    ASSERT_TRUE(irsdk_getNewData(nullptr));
+    EXPECT_EQ(irsdk_getDataLength(), full / 2) << "nothing was copied";
+
+    irsdk_shutdown();
+    EXPECT_EQ(irsdk_getDataLength(), 0);
+}
+
 TEST_P(NewData, ALengthBelowZeroTakesNothing) {
     openAtTick10();
     publisher.completeChecked(1, 11);

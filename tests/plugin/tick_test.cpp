@@ -49,6 +49,28 @@ TEST_F(Tick, CarriesTheValuesOfItsSnapshot) {
     EXPECT_EQ(value(slowCar, u"sessiontick"_s), value(ownCar, u"sessiontick"_s));
 }
 
+TEST_F(Tick, TakesNoValueFromBehindASnapshotThatBecameShorter) {
+    constexpr int fullLength = 4096;
+    constexpr double before = 61.5;
+    plugin->disconnectFromSource();
+    simulator.layOut(fullLength);
+    simulator.publish();
+    simulator.block.set("Speed", before);
+    connectAndTick();
+    tick();
+    ASSERT_EQ(value(ownCar, u"speed"_s).toDouble(), before);
+
+    // The snapshots end in the middle, and the table puts the speed behind them, where zeros lie.
+    constexpr int behindTheEnd = fullLength - 64;
+    const auto speedEntry =
+        static_cast<std::size_t>(simulator.block.header().varHeaderOffset) +
+        static_cast<std::size_t>(simulator.block.indexOf("Speed")) * sizeof(irsdk_varHeader);
+    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), fullLength / 2);
+    simulator.publisher.poke(speedEntry + offsetof(irsdk_varHeader, offset), behindTheEnd);
+    tick();
+    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), before) << "it has no new value";
+}
+
 TEST_F(Tick, IsASlotThatTheMetaObjectCanCall) {
     simulator.nextTick();
     EXPECT_TRUE(QMetaObject::invokeMethod(plugin.data(), "tick", Qt::DirectConnection));
