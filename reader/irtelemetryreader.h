@@ -36,7 +36,7 @@
  *     reader.prepareTick();
  *     reader.getRawData(&header, table, snapshot, length);
  *     reader.processData();
- *     reader.sample(car); reader.isLapReady(car); reader.lap(car);
+ *     std::as_const(reader).sample(car); reader.isLapReady(car); reader.lap(car);
  */
 class iRTelemetryReader : public TYamlTree {
 public:
@@ -44,8 +44,11 @@ public:
     ~iRTelemetryReader() override;
 
     /**
-     * Forgets the own car, the session and whether this is a replay. The tree, the table of
-     * variable names and what the cars' recorders hold stay.
+     * Begins a new connection: 64 car slots again, no own car, no session, not known whether it is
+     * a replay. The tree, the table of variable names and what the cars' recorders hold stay.
+     *
+     * It ends disk loading for the reader but not for the cars, which go on ending their laps by a
+     * recording's rules; setDiskLoading(false) ends it for both.
      */
     void initialize();
 
@@ -103,10 +106,18 @@ public:
      */
     [[nodiscard]] QUuid sessionId(const QString& id) const;
 
-    /** Whether a new session has begun since the last tick. */
+    /**
+     * Whether a new session has begun since the last tick. The identity of a session is learnt when
+     * a lap is closed, not with the text, and prepareTick() takes it for the last tick's: a change
+     * is told from the first lap closed under it to the end of that tick, and processData() of the
+     * next does not see it.
+     */
     [[nodiscard]] bool isSessionRestarted() const;
 
-    /** Rolls every car's state over to a new tick and starts the lap behind a closed one. */
+    /**
+     * Rolls every car's state over to a new tick and starts the lap behind a closed one. So is the
+     * session's identity: a change that was learnt in the tick before counts as old from here on.
+     */
     void prepareTick();
 
     /**
@@ -123,7 +134,10 @@ public:
     /** Moves every car's recording on by the tick whose values getRawData took. */
     void processData();
 
-    /** Puts what the tree says of track, weekend, fuel, driver and session into a lap. */
+    /**
+     * Puts what the tree says of track, weekend, fuel, driver and session into a lap. The reader
+     * learns the session's identity on the way.
+     */
     void getSessionInfo(int carIdx, TLM::SDK::Lap* lap);
 
     /** Derives the channels of a closed lap that the simulator does not deliver. */
