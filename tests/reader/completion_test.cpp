@@ -589,9 +589,7 @@ TEST_F(Completion, ClosesEveryOpenLapAsADisconnectionDoes) {
     drive.driveOwnToLine();
     const LapPointer own = reader.lap(kOwnCar);
     const LapPointer other = reader.lap(kLaterCar);
-    for (int slot = 0; slot < 64; ++slot) {
-        reader.processLap(slot, false);
-    }
+    drive.closeOpenLaps();
     for (int slot = 0; slot < 64; ++slot) {
         EXPECT_TRUE(reader.isLapReady(slot));
     }

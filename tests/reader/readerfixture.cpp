@@ -166,6 +166,13 @@ void Drive::endTick() {
     }
 }
 
+void Drive::closeOpenLaps() {
+    for (int slot = 0; slot < kSlots; ++slot) {
+        reader.leaveReadyLap(slot);
+        reader.processLap(slot, false);
+    }
+}
+
 void Drive::putOwnInStall() {
     block.set("IsOnTrack", 0);
     block.set("PlayerCarInPitStall", 1);

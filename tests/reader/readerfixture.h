@@ -86,6 +86,9 @@ public:
     void takeSnapshot();
     void endTick();
 
+    /** What the plugin does with every car when its connection ends. */
+    void closeOpenLaps();
+
     void putOwnInStall();
     void putOwnOnPitRoad(double lapDistance);
     void putOwnOnTrack(double lapDistance, double lapTime);
