@@ -42,6 +42,37 @@ protected:
     }
 };
 
+/** How long the laps of another car are expected to become, by the room of their channels. */
+class ExpectedLength : public ReaderTest {
+protected:
+    void SetUp() override {
+        drive.publishSession();
+        drive.putOther(kLaterCar, 0.5);
+        drive.tick();
+    }
+
+    /** A lap of so many samples, closed as the car crosses the line. */
+    LapPointer driveLap(int samples) {
+        for (int i = 0; i < samples; ++i) {
+            drive.putOther(kLaterCar, 0.01 + 0.98 * i / samples);
+            drive.tick();
+        }
+        ++m_finished;
+        drive.setFinishedLaps(kLaterCar, m_finished, 90.0);
+        drive.putOther(kLaterCar, 0.005);
+        drive.tick();
+        return drive.lastDrivenLap(kLaterCar);
+    }
+
+    static void expectRoom(const LapPointer& lap, qsizetype room) {
+        EXPECT_EQ(lap->channel("lapdistpct")->samples.capacity(), room) << "recorded";
+        EXPECT_EQ(lap->channel("dt")->samples.capacity(), room) << "derived";
+    }
+
+private:
+    int m_finished = 0;
+};
+
 }  // namespace
 
 TEST_F(ReaderLife, DrivesAStintFromThePitsToThePits) {
@@ -410,9 +441,7 @@ TEST_F(ReaderLife, GoesOnAfterEveryLapWasClosedAsAReconnectionDoes) {
     drive.leavePits();
     drive.driveOwnLap(99.0);
     drive.driveOwnToLine();
-    for (int slot = 0; slot < 64; ++slot) {
-        reader.processLap(slot, false);
-    }
+    drive.closeOpenLaps();
     drive.publishSession();
     drive.laps.clear();
     drive.tick();
@@ -456,4 +485,27 @@ TEST_F(ReaderLife, RecordsAFullFieldAtOnce) {
         EXPECT_EQ(drive.laps[slot][0]->carId(), QString::number(slot));
         EXPECT_EQ(drive.car(slot).current.lastLapTime, kNoLapTime) << "an out lap in a practice";
     }
+}
+
+TEST_F(ExpectedLength, IsThatOfTheLapBeforeAndAnEighthToSpare) {
+    driveLap(100);
+    driveLap(400);
+    expectRoom(driveLap(400), 450);
+}
+
+TEST_F(ExpectedLength, IsHalvedByALapThatEndsEarly) {
+    driveLap(100);
+    driveLap(400);
+    driveLap(20);
+    expectRoom(driveLap(100), 225);
+}
+
+TEST_F(ExpectedLength, StaysAfterALapWithoutSamples) {
+    driveLap(100);
+    driveLap(400);
+    drive.advanceClock();
+    drive.beginTick();
+    drive.reader.processLap(kLaterCar, false);
+    ASSERT_TRUE(drive.reader.lap(kLaterCar)->isEmpty());
+    expectRoom(driveLap(100), 450);
 }
