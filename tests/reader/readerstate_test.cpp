@@ -1,6 +1,7 @@
 #include "tests/reader/readerfixture.h"
 
 #include <cstring>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -252,4 +253,41 @@ TEST_F(ReaderState, HasACarInTheWorldFromJustBehindTheLineOn) {
         drive.tick();
         EXPECT_EQ(drive.reader.isCarInWorld(kLaterCar), inWorld) << distance;
     }
+}
+
+TEST_F(ReaderState, KeepsTheRevisionOfTheRecordsWhileNoneChanges) {
+    drive.publishSession();
+    drive.tick();
+    const auto before = drive.reader.recordsRevision();
+    ASSERT_TRUE(before.has_value());
+    drive.putOther(kLaterCar, 0.5);
+    drive.tick(3);
+    drive.publishSession();
+    drive.tick();
+    EXPECT_EQ(drive.reader.recordsRevision(), before) << "values are no records";
+}
+
+TEST_F(ReaderState, HasAnotherRevisionOfTheRecordsOnceTheyMayHaveChanged) {
+    drive.publishSession();
+    drive.tick();
+    auto before = drive.reader.recordsRevision();
+    drive.session.ownCar = QByteArray::number(kLaterCar);
+    drive.publishSession();
+    drive.tick();
+    EXPECT_NE(drive.reader.recordsRevision(), before) << "another car is the detailed one";
+    before = drive.reader.recordsRevision();
+    drive.reader.resize(kSlots / 2);
+    EXPECT_NE(drive.reader.recordsRevision(), before) << "records went";
+    EXPECT_TRUE(drive.reader.recordsRevision().has_value());
+}
+
+TEST_F(ReaderState, HasNoRevisionOfRecordsThatSomebodyMayChange) {
+    drive.publishSession();
+    drive.tick();
+    EXPECT_EQ(std::as_const(drive.reader).sample(kLaterCar).carId(), "7");
+    EXPECT_TRUE(drive.reader.recordsRevision().has_value()) << "looking changes nothing";
+    drive.reader.sample(kLaterCar).setCarId("own name");
+    EXPECT_EQ(drive.reader.recordsRevision(), std::nullopt);
+    drive.tick();
+    EXPECT_EQ(drive.reader.recordsRevision(), std::nullopt) << "the reference may be kept";
 }
