@@ -49,7 +49,41 @@ QList<double> distancesOf(const LapPointer& lap, double kilometres) {
     return distances;
 }
 
-class RecordedCourse : public ReaderTest {};
+class RecordedCourse : public ReaderTest {
+protected:
+    /** Both cars are on a lap, which neither a results' place nor a lap number ends. */
+    void beginLaps() {
+        drive.setFinishedLaps(kOwnCar, -1, 0.0);
+        drive.setFinishedLaps(kLaterCar, -1, 0.0);
+        drive.publishSession();
+        drive.putOtherOnPitRoad(kLaterCar, 0.02);
+        drive.leavePits();
+    }
+
+    void makeOwn(int slot) {
+        drive.session.ownCar = QByteArray::number(slot);
+        drive.publishSession();
+    }
+
+    /** Both cars side by side, the own one of the moment with its own variables. */
+    void driveBoth(double from, double to) {
+        constexpr int kTicks = 24;
+        for (int i = 0; i < kTicks; ++i) {
+            const double distance = from + (to - from) * i / kTicks;
+            drive.putOther(kLaterCar, distance);
+            drive.putOwnOnTrack(distance, 90.0 * distance);
+            drive.tick();
+        }
+    }
+
+    /** Both cars over the line: laps end by the own lap time and by the finished laps. */
+    void crossLine() {
+        drive.setFinishedLaps(kOwnCar, 0, 90.0);
+        drive.setFinishedLaps(kLaterCar, 0, 90.0);
+        drive.putOther(kLaterCar, 0.005);
+        drive.crossOwnLine(90.0);
+    }
+};
 
 }  // namespace
 
@@ -114,16 +148,6 @@ TEST(LapCourse, TakesRoomForTwentyMinutesAtMost) {
     }
 }
 
-TEST(LapCourse, TakesNoRoomOnTheWordOfANegativeHint) {
-    LapCourse course;
-    course.expect(-9);
-    for (int i = 0; i < 32; ++i) {
-        course.add(1.5 * i, 0.5);
-    }
-    course.complete();
-    EXPECT_EQ(course.time().size(), 32);
-}
-
 TEST(LapCourse, IsOfItsSamplesAndItsTrackAlone) {
     LapCourse course(1.0);
     course.add(0.0, 0.0);
@@ -186,4 +210,32 @@ TEST_F(RecordedCourse, FollowsATrackWhoseLengthChangesWithoutAText) {
     const LapPointer lap =
         drivenLap(drive, [this] { drive.reader.pathSet("WeekendInfo/TrackLength", "3.0 km"); });
     EXPECT_EQ(samplesOf(lap, "lapdist"), distancesOf(lap, 3.0));
+}
+
+TEST_F(RecordedCourse, FollowsAnOwnCarThatBecomesAnotherInMidLap) {
+    beginLaps();
+    driveBoth(0.1, 0.4);
+    makeOwn(kLaterCar);
+    driveBoth(0.4, 0.9);
+    crossLine();
+    const LapPointer former = drive.lastDrivenLap(kOwnCar);
+    EXPECT_GT(former->size(), 40);
+    EXPECT_EQ(samplesOf(former, "lapdist"), distancesOf(former, 1.0));
+    const LapPointer own = drive.lastDrivenLap(kLaterCar);
+    EXPECT_GT(own->size(), 40);
+    EXPECT_FALSE(own->containsRecordedChannel("lapdist")) << "its own variables say it better";
+}
+
+TEST_F(RecordedCourse, FollowsACarThatWasTheOwnForAPartOfItsLap) {
+    beginLaps();
+    driveBoth(0.1, 0.4);
+    makeOwn(kLaterCar);
+    driveBoth(0.4, 0.6);
+    makeOwn(kOwnCar);
+    driveBoth(0.6, 0.9);
+    crossLine();
+    const LapPointer other = drive.lastDrivenLap(kLaterCar);
+    EXPECT_GT(other->size(), 60);
+    EXPECT_EQ(samplesOf(other, "lapdist"), distancesOf(other, 1.0));
+    EXPECT_FALSE(drive.lastDrivenLap(kOwnCar)->containsRecordedChannel("lapdist"));
 }
