@@ -1,5 +1,6 @@
 #include "irsdk/irsdk.h"
 
+#include "irsdk/allocation.h"
 #include "irsdk/blockmemory.h"
 #include "irsdk/clock.h"
 #include "irsdk/platform.h"
@@ -351,6 +352,8 @@ const char* irsdk_errorText(irsdk_Error error) {
             return "the block belongs to another user";
         case irsdk_Error::BlockTooSmall:
             return "the block is too small to hold its header";
+        case irsdk_Error::BlockTooLarge:
+            return "the block is larger than any simulator's";
         case irsdk_Error::MapFailed:
             return "the block cannot be mapped";
         case irsdk_Error::NoEvent:
@@ -361,6 +364,8 @@ const char* irsdk_errorText(irsdk_Error error) {
             return "the block was cut off while it was open";
         case irsdk_Error::BlockInvalid:
             return "the block points outside itself";
+        case irsdk_Error::OutOfMemory:
+            return "there is not enough memory for a copy";
         case irsdk_Error::BufferTooSmall:
             return "a snapshot is longer than the buffer for it";
     }
@@ -470,7 +475,9 @@ bool irsdk_copyVarHeaders(std::vector<irsdk_varHeader>& table) {
     }
     const std::int32_t offset = varHeaderOffset();
     const std::int64_t count = block().entriesHeld(offset, numVars(), sizeof(irsdk_varHeader));
-    table.resize(static_cast<std::size_t>(count));
+    if (!irsdk::hasMemoryTo([&] { table.resize(static_cast<std::size_t>(count)); })) {
+        return fail(irsdk_Error::OutOfMemory);
+    }
     if (count > 0) {
         std::memcpy(table.data(), block().at(offset), table.size() * sizeof(irsdk_varHeader));
     }
@@ -493,7 +500,11 @@ bool irsdk_copySessionInfoStr(std::string& text, int& update) {
             text.clear();
             return fail(irsdk_Error::BlockInvalid);
         }
-        text.assign(block().at(offset), block().textLength(offset));
+        if (!irsdk::hasMemoryTo(
+                [&] { text.assign(block().at(offset), block().textLength(offset)); })) {
+            text.clear();
+            return fail(irsdk_Error::OutOfMemory);
+        }
         if (stoodStill(text, offset, update)) {
             // The text may have become shorter between the search for its end and the copy.
             text.resize(std::min(text.find('\0'), text.size()));

@@ -25,11 +25,13 @@ enum class irsdk_Error : std::int32_t {
     NoBlock,        // no simulator has published a block
     ForeignBlock,   // the block belongs to another user and is not trusted
     BlockTooSmall,  // the block cannot even hold its header
+    BlockTooLarge,  // the block is far larger than any that a simulator publishes
     MapFailed,      // the operating system refused to map the block
     NoEvent,        // a block, but no data-valid event yet
     ForeignEvent,   // the data-valid event belongs to another user and is not trusted
     BlockShrunk,    // the block was cut off while the link was open
     BlockInvalid,   // offsets, counts or lengths of the block point outside it
+    OutOfMemory,    // there is not enough memory for a copy of the block's contents
     BufferTooSmall  // a snapshot is longer than the caller's buffer
 };
 
@@ -91,17 +93,17 @@ bool irsdk_copyHeader(irsdk_header& header);
 
 /**
  * Copies the entries of the variable table that lie inside the mapping. `table` keeps its capacity,
- * so that repeated calls allocate nothing. False, with an empty table, while the link is closed or
- * the block is gone.
+ * so that repeated calls allocate nothing. False, with an empty table, while the link is closed,
+ * the block is gone, or there is not enough memory.
  */
 bool irsdk_copyVarHeaders(std::vector<irsdk_varHeader>& table);
 
 /**
  * Copies the session text, which ends at its zero byte or at the end of the mapping, and its update
  * counter. A text whose counter moves during the copy is copied again a few times. False, with an
- * empty text, while the link is closed, the block is gone, the text lies outside the mapping, or it
- * would not stand still; `update` is the header's counter in the last two cases and -1 in the
- * others.
+ * empty text, while the link is closed, the block is gone, the text lies outside the mapping, there
+ * is not enough memory, or it would not stand still; `update` is -1 in the first two cases and the
+ * header's counter in the others.
  */
 bool irsdk_copySessionInfoStr(std::string& text, int& update);
 

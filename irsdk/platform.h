@@ -3,6 +3,7 @@
 #include "irsdk/blockmemory.h"
 #include "irsdk/irsdk.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -11,6 +12,14 @@
  * with the right to read alone. Every failure is a value; nothing is printed.
  */
 namespace irsdk {
+
+/**
+ * Bytes of the largest block that is mapped. Simulators publish one or two MiB. The format itself,
+ * with offsets of 32 bits, goes up to 2 GiB, and an object without contents can state any size; but
+ * the table, the text and two snapshots are copied out of the block, each of which may be as long
+ * as all of it, and the host must survive that.
+ */
+inline constexpr std::size_t kLargestBlock = std::size_t{256} << 20;
 
 /** The simulator's block: an object that is found by its name, then mapped whole. */
 class BlockObject {

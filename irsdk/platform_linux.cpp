@@ -123,6 +123,9 @@ irsdk_Error BlockObject::map() {
     if (size < sizeof(irsdk_header)) {
         return irsdk_Error::BlockTooSmall;
     }
+    if (size > kLargestBlock) {
+        return irsdk_Error::BlockTooLarge;
+    }
     if (!m_handle->view.map(m_handle->object.descriptor(), size)) {
         return irsdk_Error::MapFailed;
     }

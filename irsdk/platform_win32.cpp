@@ -67,9 +67,9 @@ irsdk_Error BlockObject::map() {
         return irsdk_Error::MapFailed;
     }
     const std::size_t size = viewSize(view);
-    if (size < sizeof(irsdk_header)) {
+    if (size < sizeof(irsdk_header) || size > kLargestBlock) {
         UnmapViewOfFile(view);
-        return irsdk_Error::BlockTooSmall;
+        return size > kLargestBlock ? irsdk_Error::BlockTooLarge : irsdk_Error::BlockTooSmall;
     }
     m_handle->view = view;
     m_memory = BlockMemory(static_cast<const char*>(view), size);

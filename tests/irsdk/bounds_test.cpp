@@ -1,5 +1,6 @@
 #include "irsdk/blockmemory.h"
 #include "tests/irsdk/linktest.h"
+#include "tests/support/scarcememory.h"
 
 #include <limits>
 #include <tuple>
@@ -263,6 +264,48 @@ TEST_P(Bounds, ASessionTextOutsideIsNoText) {
         EXPECT_EQ(update, irsdk_getSessionInfoStrUpdate());
         EXPECT_EQ(irsdk_getSessionInfoStr(), nullptr) << offset;
     }
+}
+
+TEST_P(Bounds, ATableForWhichThereIsNoMemoryIsNoTable) {
+    constexpr std::size_t kBlock = 8 << 20;
+    constexpr std::size_t kScarce = 1 << 20;
+    publisher.command("empty " + std::to_string(kBlock));
+    publisher.publish(block);
+    publisher.poke(offsetof(irsdk_header, numVars), kHuge);
+    ASSERT_TRUE(irsdk_startup());
+    std::vector<irsdk_varHeader> table;
+    bool copied = true;
+    {
+        const testsupport::ScarceMemory scarce(kScarce);
+        copied = irsdk_copyVarHeaders(table);
+    }
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::OutOfMemory);
+    EXPECT_TRUE(table.empty());
+
+    EXPECT_TRUE(irsdk_copyVarHeaders(table));
+    EXPECT_GT(table.size() * sizeof(irsdk_varHeader), kScarce);
+}
+
+TEST_P(Bounds, ASessionTextForWhichThereIsNoMemoryIsNoText) {
+    constexpr std::size_t kText = 200'000;
+    constexpr std::size_t kScarce = 100'000;
+    block.setSessionText(std::string(kText, 'x'));
+    openAtTick10();
+    std::string text;
+    int update = 0;
+    bool copied = true;
+    {
+        const testsupport::ScarceMemory scarce(kScarce);
+        copied = irsdk_copySessionInfoStr(text, update);
+    }
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::OutOfMemory);
+    EXPECT_TRUE(text.empty());
+    EXPECT_EQ(update, block.header().sessionInfoUpdate);
+
+    EXPECT_TRUE(irsdk_copySessionInfoStr(text, update));
+    EXPECT_EQ(text.size(), kText);
 }
 
 RATAIP_IN_BOTH_PLACES(Bounds);

@@ -32,6 +32,19 @@ TEST_P(LinuxLink, ABlockThatCannotHoldItsHeaderIsRefused) {
     }
 }
 
+TEST_P(LinuxLink, ABlockThatStatesAnySizeIsRefused) {
+    constexpr std::size_t kMoreThanTheMachineHas = std::size_t{400} << 30;
+    publisher.command("empty " + std::to_string(kMoreThanTheMachineHas));
+    publisher.createEvent();
+
+    EXPECT_FALSE(irsdk_startup());
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockTooLarge);
+
+    publisher.command("unlink");
+    publisher.publishBlock(block);
+    EXPECT_TRUE(irsdk_startup());
+}
+
 TEST_P(LinuxLink, ABlockThatGrowsToItsSizeIsTakenAtTheNextStart) {
     publisher.command("empty 0");
     publisher.createEvent();

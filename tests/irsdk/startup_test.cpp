@@ -1,3 +1,4 @@
+#include "irsdk/platform.h"
 #include "tests/irsdk/linktest.h"
 
 namespace {
@@ -17,6 +18,22 @@ TEST_P(LinkStartup, OpensBlockAndEvent) {
     EXPECT_EQ(irsdk_lastError(), irsdk_Error::None);
     ASSERT_NE(irsdk_getHeader(), nullptr);
     EXPECT_EQ(irsdk_getHeader()->numVars, 3);
+}
+
+TEST_P(LinkStartup, RefusesABlockLargerThanAnySimulatorPublishes) {
+    publisher.command("empty " + std::to_string(irsdk::kLargestBlock + 1));
+    publisher.createEvent();
+
+    EXPECT_FALSE(irsdk_startup());
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockTooLarge);
+    EXPECT_EQ(irsdk_getHeader(), nullptr);
+}
+
+TEST_P(LinkStartup, TakesABlockOfTheLargestSize) {
+    publisher.command("empty " + std::to_string(irsdk::kLargestBlock));
+    publisher.createEvent();
+
+    EXPECT_TRUE(irsdk_startup()) << irsdk_errorText(irsdk_lastError());
 }
 
 TEST_P(LinkStartup, KeepsTheBlockWhileTheEventIsMissing) {
