@@ -1,5 +1,7 @@
 #include "tools/laps/newfile.h"
 
+#include "sdk/utilities.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -26,8 +28,15 @@ bool writeWhole(QFile& file, const std::function<bool(QIODevice&)>& write) {
     return write(file) && file.flush() && file.error() == QFileDevice::NoError;
 }
 
-QString numbered(const QString& name, int number) {
-    return number == 0 ? name : QStringLiteral("%1_%2").arg(name, QString::number(number));
+/** The first name to try is free for the first of the files, which mostly is all that it takes. */
+QString candidateName(const QDir& folder, const QString& name, const QString& firstSuffix,
+                      int attempt) {
+    if (attempt > 0) {
+        return QStringLiteral("%1_%2").arg(name, QString::number(attempt));
+    }
+    const QString path =
+        TLM::SDK::generateUniqueFileName(folder, name + QLatin1Char('.') + firstSuffix);
+    return QFileInfo(path).completeBaseName();
 }
 
 /**
@@ -86,9 +95,11 @@ NewFiles writeNewFiles(const QDir& folder, const QString& name,
                        const QList<FileContent>& contents) {
     OpenedFiles files;
     QString error;
-    for (int number = 0; number < mostNumbers; ++number) {
+    for (int attempt = 0; attempt < mostNumbers && !contents.isEmpty(); ++attempt) {
         files.clear();
-        error = openAll(files, folder, numbered(name, number), contents);
+        const QString candidate =
+            candidateName(folder, name, contents.constFirst().suffix, attempt);
+        error = openAll(files, folder, candidate, contents);
         if (error.isEmpty() || !isTaken(*files.back())) {
             break;
         }
