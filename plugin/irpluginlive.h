@@ -69,12 +69,13 @@ private:
     void closeSilently();
 
     [[nodiscard]] bool awaitFreshData();
-    void resizeDataBuffer(int length);
+    [[nodiscard]] irsdk_Error makeRoomForSnapshots();
+    [[nodiscard]] bool resizeDataBuffer(int length);
     [[nodiscard]] int dataBufferLength() const;
     void startConnection();
     void endConnection();
     void closeOpenLaps();
-    void logLinkFailure();
+    void logFailure(irsdk_Error error);
 
     void reportSimulatorDown(const ConnectionGuard& guard);
     [[nodiscard]] bool processSnapshot(const ConnectionGuard& guard);

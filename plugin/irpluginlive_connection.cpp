@@ -1,3 +1,4 @@
+#include "irsdk/allocation.h"
 #include "plugin/connectionguard.h"
 #include "plugin/irpluginlive.h"
 
@@ -31,25 +32,40 @@ void iRPluginLive::connectToSource() {
 }
 
 bool iRPluginLive::awaitFreshData() {
-    irsdk_header header{};
-    if (irsdk_startup() && irsdk_copyHeader(header) && header.bufferLength > 0) {
-        resizeDataBuffer(header.bufferLength);
+    irsdk_Error error = makeRoomForSnapshots();
+    if (error == irsdk_Error::None) {
         if (irsdk_waitForDataReady(connectWaitMs, dataBuffer.data(), dataBufferLength())) {
             loggedError = irsdk_Error::None;
             return true;
         }
+        error = irsdk_lastError();
     }
-    logLinkFailure();
+    logFailure(error);
     // Also after half an opening: what was opened may belong to a simulator that is gone by the
     // next attempt.
     irsdk_shutdown();
     return false;
 }
 
-void iRPluginLive::resizeDataBuffer(int length) {
-    if (length != dataBufferLength()) {
-        dataBuffer.assign(static_cast<std::size_t>(length), '\0');
+irsdk_Error iRPluginLive::makeRoomForSnapshots() {
+    irsdk_header header{};
+    if (!irsdk_startup() || !irsdk_copyHeader(header) || header.bufferLength <= 0) {
+        return irsdk_lastError();
     }
+    return resizeDataBuffer(header.bufferLength) ? irsdk_Error::None : irsdk_Error::OutOfMemory;
+}
+
+/** Also makes room for the copy that each tick takes, so that a tick cannot fail for want of it. */
+bool iRPluginLive::resizeDataBuffer(int length) {
+    if (length == dataBufferLength()) {
+        return true;
+    }
+    dataBuffer.clear();
+    const auto bytes = static_cast<std::size_t>(length);
+    return irsdk::hasMemoryTo([this, bytes] {
+        snapshot.reserve(bytes);
+        dataBuffer.assign(bytes, '\0');
+    });
 }
 
 int iRPluginLive::dataBufferLength() const {
@@ -115,8 +131,7 @@ void iRPluginLive::checkConnectionAvailability() {
     emit emitter.sendConnectivityAvailable(available);
 }
 
-void iRPluginLive::logLinkFailure() {
-    const irsdk_Error error = irsdk_lastError();
+void iRPluginLive::logFailure(irsdk_Error error) {
     if (isWorthALine(error) && error != loggedError) {
         qCWarning(linkLog) << "No data from the simulator:" << irsdk_errorText(error);
         loggedError = error;

@@ -45,7 +45,7 @@ void iRPluginLive::tick() {
 }
 
 void iRPluginLive::reportSimulatorDown(const ConnectionGuard& guard) {
-    logLinkFailure();
+    logFailure(irsdk_lastError());
     message(u"Sim is down"_s, 0);
     if (guard.isSameConnection()) {
         disconnectFromSource();

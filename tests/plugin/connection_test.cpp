@@ -1,4 +1,5 @@
 #include "tests/plugin/plugintest.h"
+#include "tests/support/scarcememory.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -183,6 +184,27 @@ TEST_F(Connection, SucceedsWhenTheSimulatorCameAfterARefusal) {
     ASSERT_EQ(host.heard(), refused);
     connectWhileRunning();
     EXPECT_EQ(host.events(), refused + connecting);
+}
+
+TEST_F(Connection, RefusesASimulatorForWhoseSnapshotsThereIsNoMemory) {
+    constexpr int bufferLength = 200'000;
+    constexpr std::size_t scarce = 100'000;
+    simulator.layOut(bufferLength);
+    simulator.publisher.command("unlink");
+    simulator.publish();
+    simulator.run();
+    {
+        const testsupport::ScarceMemory memory(scarce);
+        plugin->connectToSource();
+        plugin->checkConnectionAvailability();
+    }
+    simulator.stand();
+    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_FALSE(plugin->isConnected());
+
+    host.forget();
+    connectWhileRunning();
+    EXPECT_EQ(host.events(), connecting);
 }
 
 class WrongBufferLength : public InitializedPluginTest,
