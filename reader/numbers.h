@@ -35,7 +35,7 @@ namespace reader {
     if (number >= signedRange) {
         return static_cast<quint64>(number);
     }
-    return number > -signedRange ? static_cast<quint64>(qRound64(number)) : 0;
+    return number >= -signedRange ? static_cast<quint64>(qRound64(number)) : 0;
 }
 
 [[nodiscard]] inline bool isReal(const QVariant& value) {

@@ -44,6 +44,9 @@ TEST(Numbers, RoundsARealNumberToATick) {
     EXPECT_EQ(reader::toULongLong(7.5), 8U);
     EXPECT_EQ(reader::toULongLong(9223372036854775808.0), 9223372036854775808U);
     EXPECT_EQ(reader::toULongLong(-1.0), largestULongLong) << "as an int of -1 does";
+    EXPECT_EQ(reader::toULongLong(-9223372036854775808.0), 9223372036854775808U)
+        << "the smallest signed number";
+    EXPECT_EQ(reader::toULongLong(-9223372036854777856.0), 0U) << "the next one below";
 }
 
 TEST(Numbers, HoldsTheLargestTickForWhatNoTickCanHold) {
