@@ -2,6 +2,15 @@
 
 #include <atomic>
 
+// Compilers say in two ways that the sanitizer for threads is on.
+#if defined(__SANITIZE_THREAD__)
+#define RATAIP_THREADS_ARE_CHECKED
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define RATAIP_THREADS_ARE_CHECKED
+#endif
+#endif
+
 /**
  * Whether nobody else holds what a Qt container holds, so that it may be written to in place.
  *
@@ -14,7 +23,7 @@ template <typename Container>
     if (!container.isDetached()) {
         return false;
     }
-#if defined(__SANITIZE_THREAD__)
+#if defined(RATAIP_THREADS_ARE_CHECKED)
     // The sanitizer knows no fences. Taking a hold and giving it back orders the same.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the hold is what is wanted
     [[maybe_unused]] const Container hold = container;
