@@ -5,10 +5,10 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <cstring>
 #include <numeric>
 #include <utility>
 
-using namespace Qt::StringLiterals;
 using TLM::SDK::Value;
 
 namespace {
@@ -18,12 +18,16 @@ void* placeOf(Value& value) {
     return const_cast<void*>(std::as_const(value.value).constData());
 }
 
-const std::array<QString, knownValueCount>& knownKeys() {
-    static const std::array<QString, knownValueCount> keys{u"lapdistpct"_s,  u"sessionstate"_s,
-                                                           u"sessiontick"_s, u"onpitroad"_s,
-                                                           u"Speed"_s,       u"sessiontime"_s};
-    return keys;
+constexpr bool areInOrder() {
+    for (std::size_t i = 0; i < knownKeys.size(); ++i) {
+        if (static_cast<std::size_t>(knownKeys[i].value) != i) {
+            return false;
+        }
+    }
+    return true;
 }
+
+static_assert(areInOrder(), "a key is found by the number of its value");
 
 // A host is taken to keep everything after so many copies in a row: by then one that lets go has
 // given a spare back. After so many more it is tried whether it still does.
@@ -31,16 +35,22 @@ constexpr int patience = 4;
 constexpr int trialInterval = 64;
 
 /** The index of a known value, or -1. */
-int knownIndex(const QString& key) {
-    const auto& keys = knownKeys();
-    const auto found = std::find(keys.begin(), keys.end(), key);
-    return found == keys.end() ? -1 : static_cast<int>(found - keys.begin());
+int knownIndex(QStringView key) {
+    const auto found = std::find_if(knownKeys.begin(), knownKeys.end(),
+                                    [key](const KnownKey& known) { return known.key == key; });
+    return found == knownKeys.end() ? -1 : static_cast<int>(found->value);
 }
 
 }  // namespace
 
 const QString& keyOf(KnownValue value) {
-    return knownKeys()[static_cast<std::size_t>(value)];
+    static const auto keys = [] {
+        std::array<QString, knownValueCount> texts;
+        std::transform(knownKeys.begin(), knownKeys.end(), texts.begin(),
+                       [](const KnownKey& known) { return known.key.toString(); });
+        return texts;
+    }();
+    return keys[static_cast<std::size_t>(value)];
 }
 
 void SampleGenerations::write(TLM::SDK::Sample& sample, const SamplingPlan& plan, int car,
@@ -52,16 +62,16 @@ void SampleGenerations::write(TLM::SDK::Sample& sample, const SamplingPlan& plan
     ValueMap& values = sample.data();
     const Stamp stamp{plan.version(), revision};
     // Here and not with the last copy, because until now known values were read from the original.
-    if (m_copiesInARow == patience + trialInterval) {
-        forgetOriginal();
+    if (m_host == Host::KeepsEverything && m_copiesInARow == trialInterval) {
+        takeHostToLetGo();
     }
     if (stamp != m_stamp) {
         m_stamp = stamp;
-        forgetOriginal();
+        takeHostToLetGo();
         resolve(values, planned);
     } else if (isHeldAlone(values)) {
-        forgetOriginal();
-    } else if (isHostKeepingEverything()) {
+        takeHostToLetGo();
+    } else if (m_host == Host::KeepsEverything) {
         giveCopy(values, data, tick);
         return;
     } else if (!takeFreeGeneration(values)) {
@@ -175,23 +185,24 @@ void SampleGenerations::continueWithCopy(ValueMap& values) {
     values.detach();
     m_places.areFound = false;
     ++m_copiesInARow;
+    if (m_copiesInARow == patience) {
+        m_host = Host::KeepsEverything;
+        m_copiesInARow = 0;
+    }
 }
 
-bool SampleGenerations::isHostKeepingEverything() const {
-    return m_copiesInARow >= patience;
-}
-
-void SampleGenerations::forgetOriginal() {
-    if (isHostKeepingEverything()) {
+void SampleGenerations::takeHostToLetGo() {
+    if (m_host == Host::KeepsEverything) {
         m_original.clear();
         m_places.areFound = false;
     }
+    m_host = Host::LetsGo;
     m_copiesInARow = 0;
 }
 
 /** The places in the original stay, and nothing but the copy itself is left to do. */
 void SampleGenerations::giveCopy(ValueMap& values, const char* data, quint64 tick) {
-    if (m_copiesInARow == patience) {
+    if (m_copiesInARow == 0) {
         m_original = values;
         m_original.detach();
         m_places.areFound = false;

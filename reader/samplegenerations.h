@@ -3,7 +3,11 @@
 #include "reader/samplingplan.h"
 #include "sdk/sample.h"
 
+#include <QString>
+#include <QStringView>
+
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -13,11 +17,26 @@ enum class KnownValue {
     SessionState,
     SessionTick,
     OnPitRoad,
-    Speed,  // the key with a capital S
+    Speed,
     SessionTime,
 };
 
-inline constexpr std::size_t knownValueCount = 6;
+struct KnownKey {
+    KnownValue value;
+    QStringView key;
+};
+
+/** Every known value with its sample key, in the order of the values. */
+inline constexpr std::array knownKeys{
+    KnownKey{KnownValue::LapDistPct, u"lapdistpct"},
+    KnownKey{KnownValue::SessionState, u"sessionstate"},
+    KnownKey{KnownValue::SessionTick, u"sessiontick"},
+    KnownKey{KnownValue::OnPitRoad, u"onpitroad"},
+    KnownKey{KnownValue::Speed, u"Speed"},  // with a capital S
+    KnownKey{KnownValue::SessionTime, u"sessiontime"},
+};
+
+inline constexpr std::size_t knownValueCount = knownKeys.size();
 
 /** The sample key of a known value. */
 [[nodiscard]] const QString& keyOf(KnownValue value);
@@ -61,6 +80,9 @@ private:
         bool operator==(const Stamp&) const = default;
     };
 
+    /** What the host is taken to do with samples. */
+    enum class Host { LetsGo, KeepsEverything };
+
     /** The ways in which values go from a snapshot into a QVariant. */
     enum class Way { FourBytes, EightBytes, Bool, CharAsInt, Tick, Nothing };
     static constexpr std::size_t wayCount = 6;
@@ -98,8 +120,7 @@ private:
     [[nodiscard]] bool takeFreeGeneration(ValueMap& values);
     void continueWithCopy(ValueMap& values);
     void exchange(ValueMap& values, Generation& spare);
-    [[nodiscard]] bool isHostKeepingEverything() const;
-    void forgetOriginal();
+    void takeHostToLetGo();
     void giveCopy(ValueMap& values, const char* data, quint64 tick);
     void store(ValueMap& values, const char* data, quint64 tick);
     template <bool all>
@@ -117,6 +138,7 @@ private:
     std::vector<Rank> m_ranks;                         // in the order of the map
     std::array<Generation, spareCount> m_spares;
     std::size_t m_oldest = 0;
-    int m_copiesInARow = 0;
+    Host m_host = Host::LetsGo;
+    int m_copiesInARow = 0;  // since the host is taken to do so
     ValueMap m_original;  // of the copies for a host that keeps everything; m_places are in it then
 };
