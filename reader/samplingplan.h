@@ -58,7 +58,9 @@ public:
 
     /**
      * Whether the session clock of the other cars is part of the plan. It is not when the own car
-     * has no such variable: then what its sample holds is passed on.
+     * lacks a variable of it: then what its sample holds is passed on, by name, which has the
+     * places of all values of every car found anew in each tick - many times the cost of one by
+     * plan.
      */
     [[nodiscard]] bool includesSessionClock() const { return m_includesSessionClock; }
 
