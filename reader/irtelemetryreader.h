@@ -2,6 +2,7 @@
 
 #include "irsdk/layout.h"
 #include "reader/lapfacts.h"
+#include "reader/lapfactsmemory.h"
 #include "reader/recordercar.h"
 #include "reader/resultstable.h"
 #include "reader/samplegenerations.h"
@@ -182,7 +183,7 @@ private:
     void settleReplay();
     void updateOwnCarIndex();
     bool updateDrivers();
-    bool updateDriver(int index, TStringTree* drivers);
+    bool updateDriver(int index, const TStringTree& drivers);
     [[nodiscard]] bool hasStatusChanged() const;
 
     void fillVariableTable(const irsdk_varHeader* vars, qsizetype count);

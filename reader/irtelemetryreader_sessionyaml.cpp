@@ -57,14 +57,14 @@ bool iRTelemetryReader::updateCarList() {
 }
 
 bool iRTelemetryReader::updateDrivers() {
-    TStringTree* drivers = pathSub(u"DriverInfo/Drivers"_s);
+    const TStringTree* const drivers = pathSub(u"DriverInfo/Drivers"_s);
     if (drivers == nullptr) {
         return false;
     }
     ++m_recordsRevision;
     bool changed = false;
     for (int i = 0; i < m_cars.size(); ++i) {
-        changed = updateDriver(i, drivers) || changed;
+        changed = updateDriver(i, *drivers) || changed;
     }
     return changed;
 }
@@ -82,13 +82,13 @@ void iRTelemetryReader::updateOwnCarIndex() {
     }
 }
 
-bool iRTelemetryReader::updateDriver(int index, TStringTree* drivers) {
+bool iRTelemetryReader::updateDriver(int index, const TStringTree& drivers) {
     RecorderCar& car = m_cars[index];
     const QString key = QString::number(index);
     car.sample.setCarId(key);
     car.detailedTelemetry = index == m_myCarIdx;
     car.sample.setDetailedTelemetry(car.detailedTelemetry);
-    const TStringTree* driver = drivers->sub(key);
+    const TStringTree* driver = drivers.sub(key);
     if (driver == nullptr) {
         return false;
     }

@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-void ResultsTable::refresh(TStringTree& tree, int session, int carCount) {
+void ResultsTable::refresh(const TStringTree& tree, int session, int carCount) {
     const Origin origin{tree.revision(), session, carCount};
     if (origin == m_origin) {
         return;

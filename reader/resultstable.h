@@ -23,7 +23,7 @@ struct CarResult {
 class ResultsTable {
 public:
     /** Reads the results of session `session` below `tree`, the session text's root. */
-    void refresh(TStringTree& tree, int session, int carCount);
+    void refresh(const TStringTree& tree, int session, int carCount);
 
     /** Nothing for a car without a result; `car` is below the last refresh's `carCount`. */
     [[nodiscard]] std::optional<CarResult> result(int car) const;
