@@ -1,4 +1,6 @@
+#include "reader/farthestdistance.h"
 #include "reader/irtelemetryreader.h"
+#include "reader/zeroreadings.h"
 
 #include <QDateTime>
 #include <QTime>
@@ -20,7 +22,6 @@ namespace {
 // The time of a lap that has none, by agreement with the host: a second less than an hour.
 constexpr float invalidLapTimeSeconds = 3599.0F;
 
-constexpr float zeroLapTimeSeconds = 1e-5F;
 constexpr float millisecondsPerSecond = 1000.0F;
 
 // A reading this close to nothing was not measured.
@@ -35,7 +36,7 @@ bool fitsInt(double number) {
 }
 
 bool isLapTime(float seconds) {
-    return !(seconds < 0.0F) && std::fabs(seconds) > zeroLapTimeSeconds &&
+    return !(seconds < 0.0F) && !reader::isZeroLapTime(seconds) &&
            fitsInt(static_cast<double>(millisecondsPerSecond * seconds));
 }
 
@@ -138,7 +139,7 @@ void iRTelemetryReader::processLap(int index, bool completed) {
     lap.setCompleted(completed);
     lap.setDetailedTelemetry(car.detailedTelemetry);
     lap.setDateTime(QDateTime::currentDateTime());
-    lap.removeValue(u"maxLapDistPct"_s);
+    lap.removeValue(reader::farthestDistanceName());
     getSessionInfo(index, &lap);
     cleanupLap(index);
     deriveChannels(index);
@@ -150,7 +151,7 @@ void iRTelemetryReader::processLap(int index, bool completed) {
 void iRTelemetryReader::normalizeChannelBeginning(int car, const QString& name) {
     Lap& lap = *m_cars[car].lap;
     const auto channel = lap.channel(name);
-    const auto distance = lap.channel(u"lapdistpct"_s);
+    const auto distance = lap.channel(keyOf(KnownValue::LapDistPct));
     if (channel != nullptr && distance != nullptr) {
         repairBeginning(*channel, *distance);
     }

@@ -1,7 +1,7 @@
 #include "reader/irtelemetryreader.h"
+#include "reader/zeroreadings.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -9,9 +9,6 @@ using TLM::SDK::Channel;
 using TLM::SDK::Lap;
 
 namespace {
-
-// What counts as no fuel density at all.
-constexpr double zeroDensity = 1e-12;
 
 // A lap whose first reading lies before this part of the lap starts at the line.
 constexpr double lapStartDistance = 0.01;
@@ -45,7 +42,7 @@ void addChannel(Lap& lap, const QString& name, const QList<double>& samples,
 void addFuelWeight(Lap& lap) {
     const auto level = lap.channel(u"fuellevel"_s);
     const double density = lap.value(u"Kg per fuel litre"_s).value.toDouble();
-    if (level == nullptr || std::fabs(density) <= zeroDensity) {
+    if (level == nullptr || !reader::isDensity(density)) {
         return;
     }
     QList<double> weight(level->samples.size());
@@ -99,8 +96,8 @@ bool iRTelemetryReader::needsCourse(int car) const {
 
 void iRTelemetryReader::addTimeAndDistance(RecorderCar& car) const {
     Lap& lap = *car.lap;
-    const auto fractions = lap.channel(u"lapdistpct"_s);
-    const auto sessionTime = lap.channel(u"sessiontime"_s);
+    const auto fractions = lap.channel(keyOf(KnownValue::LapDistPct));
+    const auto sessionTime = lap.channel(keyOf(KnownValue::SessionTime));
     if (fractions == nullptr || sessionTime == nullptr) {
         return;
     }

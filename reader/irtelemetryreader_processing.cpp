@@ -1,3 +1,4 @@
+#include "reader/farthestdistance.h"
 #include "reader/irtelemetryreader.h"
 #include "reader/numbers.h"
 #include "sdk/number.h"
@@ -5,6 +6,8 @@
 #include <QDebug>
 
 #include <cmath>
+#include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using TLM::SDK::CarStatus;
@@ -30,11 +33,6 @@ constexpr double lineCrossingFall = 0.5;
 constexpr double lineCrossingFrom = 0.9;
 
 constexpr double replaySpeedTolerance = 0.001;
-
-const QString& farthestLapDistanceName() {
-    static const QString name = u"maxLapDistPct"_s;
-    return name;
-}
 
 QVariant read(const DynamicData& values, const QString& name) {
     return values.value(name).value;
@@ -62,7 +60,7 @@ bool isStanding(const RecorderCar& car) {
     return static_cast<double>(std::fabs(step)) < standingLapDistance;
 }
 
-void readLap(RecorderCar& car, const std::optional<CarResult>& result) {
+void readLapNumberAndTime(RecorderCar& car, const std::optional<CarResult>& result) {
     car.current.lap = -1;
     if (result) {
         car.current.lap = result->lap;
@@ -92,21 +90,25 @@ bool waitsForLap(const RecorderCar& car) {
     return status == CarStatus::WaitingForStart || (inPits && car.lap->isEmpty());
 }
 
-/** Keeps the lap's farthest distance; true once the car has crossed the line. */
-bool hasCrossedLine(Lap& lap, float lapDistPct) {
-    const QString& name = farthestLapDistanceName();
+enum class LapPart { BeforeLine, BehindLine };
+
+/** Keeps the lap's farthest distance, and says where the car is. */
+LapPart noteLapDistance(Lap& lap, float lapDistPct) {
+    const QString& name = reader::farthestDistanceName();
     const auto kept = lap.data().find(name);
     if (kept == lap.data().end()) {
         lap.setValue(name, QVariant(lapDistPct), QString());
-        return false;
+        return LapPart::BeforeLine;
     }
     const double farthest = kept->value.toDouble();
     const double distance = static_cast<double>(lapDistPct);
     if (distance > farthest) {
         kept->value.setValue(distance);
-        return false;
+        return LapPart::BeforeLine;
     }
-    return farthest - distance > lineCrossingFall && farthest > lineCrossingFrom;
+    const bool hasCrossedLine =
+        farthest - distance > lineCrossingFall && farthest > lineCrossingFrom;
+    return hasCrossedLine ? LapPart::BehindLine : LapPart::BeforeLine;
 }
 
 bool isPlayedAtOtherSpeed(const DynamicData& values) {
@@ -163,7 +165,7 @@ void iRTelemetryReader::processCar(int index, int sessionNumber, bool sessionCha
     } else if (sessionNumber < 0) {
         return;
     } else {
-        readLap(car, m_results.result(index));
+        readLapNumberAndTime(car, m_results.result(index));
         place = readOtherCar(index);
     }
     settleSessionType(car.current, sessionNumber);
@@ -248,7 +250,7 @@ void iRTelemetryReader::recordSample(int index) {
     if (waitsForLap(car) || isStandingBySpeed(index)) {
         return;
     }
-    if (hasCrossedLine(*car.lap, car.current.lapDistPct)) {
+    if (noteLapDistance(*car.lap, car.current.lapDistPct) == LapPart::BehindLine) {
         car.nextLap->addSample(car.sample);
         followCourse(index, car.nextCourse, *car.nextLap);
         return;

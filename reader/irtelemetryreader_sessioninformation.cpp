@@ -1,11 +1,11 @@
 #include "reader/irtelemetryreader.h"
 #include "reader/numbers.h"
 #include "reader/sessiontype.h"
+#include "reader/zeroreadings.h"
 
 #include <QColor>
 
 #include <array>
-#include <cmath>
 
 using namespace Qt::StringLiterals;
 using TLM::SDK::DynamicData;
@@ -91,15 +91,13 @@ void addWeekendNumbers(DynamicData& values, const TStringTree& weekend) {
 }
 
 void addFuel(DynamicData& values, const TStringTree& driverInfo) {
-    // What counts as no fuel density at all.
-    constexpr double zeroDensity = 1e-12;
     const double tank = driverInfo.value(u"DriverCarFuelMaxLtr"_s).toDouble();
     const double allowed = driverInfo.value(u"DriverCarMaxFuelPct"_s).toDouble();
     const double density = driverInfo.value(u"DriverCarFuelKgPerLtr"_s).toDouble();
     const double maximum = tank * allowed;
     values.setValue(u"Maximum fuel level"_s, QVariant(maximum), u"l"_s);
     values.setValue(u"Maximum fuel percent"_s, QVariant(allowed), u"pu"_s);
-    if (std::fabs(density) > zeroDensity) {
+    if (reader::isDensity(density)) {
         values.setValue(u"Kg per fuel litre"_s, QVariant(density), QString());
         values.setValue(u"Maximum fuel weight"_s, QVariant(maximum * density), u"kg"_s);
     }

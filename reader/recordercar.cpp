@@ -1,9 +1,9 @@
 #include "reader/recordercar.h"
 
+#include "reader/zeroreadings.h"
 #include "sdk/utilities.h"
 
 #include <algorithm>
-#include <cmath>
 
 using TLM::SDK::CarStatus;
 using TLM::SDK::Lap;
@@ -19,8 +19,6 @@ constexpr double pitExitBeforeLineLapDistance = 0.8;
 
 // A running lap time that falls by more than this has begun anew; less is a correction of it.
 constexpr float lapTimeFallSeconds = 5.0F;
-
-constexpr float zeroLapTimeSeconds = 1e-5F;
 
 constexpr qint32 sessionStateRacing = 4;
 
@@ -120,7 +118,7 @@ bool RecorderCar::isBeforeRaceStart() const {
            current.sessionState < sessionStateRacing;
 }
 
-bool RecorderCar::isRacingAfterFormation() const {
+bool RecorderCar::isRacingOnOutLap() const {
     return current.sessionType == static_cast<qint32>(Session::Race) &&
            current.sessionState == sessionStateRacing && previous.status == CarStatus::OutLap;
 }
@@ -133,7 +131,7 @@ RecorderCar::OnTrackStatus RecorderCar::updateOnTrackStatus() {
         }
         return waitForStartOrBeginOutLap(gridLapDistance);
     }
-    if (isRacingAfterFormation()) {
+    if (isRacingOnOutLap()) {
         current.status = lapDistance() > gridLapDistance ? CarStatus::OutLap : CarStatus::FlyingLap;
         return OnTrackStatus::Settled;
     }
@@ -184,7 +182,7 @@ bool RecorderCar::isOwnLapCompleted() const {
     }
     const float time = current.lapCurrentLapTime;
     const float timeBefore = previous.lapCurrentLapTime;
-    if (std::fabs(time) <= zeroLapTimeSeconds) {
+    if (reader::isZeroLapTime(time)) {
         return current.lap >= 0 && previous.lap < current.lap;
     }
     const bool hasBegunAnew = timeBefore - time > lapTimeFallSeconds &&

@@ -102,7 +102,13 @@ private:
 
     [[nodiscard]] double lapDistance() const;
     [[nodiscard]] bool isBeforeRaceStart() const;
-    [[nodiscard]] bool isRacingAfterFormation() const;
+
+    /**
+     * Made for the start of a race, where the out lap is the formation's. It also holds for whoever
+     * leaves the pits in mid-race: up to the grid's part of the lap such a car is taken for one on
+     * a flying lap from its second tick on. It stays so: hosts know races recorded so.
+     */
+    [[nodiscard]] bool isRacingOnOutLap() const;
     [[nodiscard]] bool isOwnLapCompleted() const;
 
     void expectSamplesLike(const TLM::SDK::Lap& ended);
