@@ -94,7 +94,10 @@ TEST_F(NewFilesIn, CountOnWhereTheListOfFilesDoesNotShowThatANameIsTaken) {
 
 TEST_F(NewFilesIn, CountBeyondAHundredOfOneName) {
     for (int number = 0; number < 150; ++number) {
-        EXPECT_TRUE(write().error.isEmpty());
+        const NewFiles written = write();
+        ASSERT_TRUE(written.error.isEmpty()) << written.error.toStdString();
+        // The first of the files alone does not show how far to count.
+        EXPECT_TRUE(QFile::remove(written.paths.constFirst()));
     }
     EXPECT_EQ(write().paths.constFirst(), folder.filePath(QStringLiteral("lap_150.csv")));
 }
