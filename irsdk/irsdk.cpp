@@ -226,11 +226,15 @@ Look nothing(irsdk_Error error) {
     return Look::NothingNew;
 }
 
+Look blockShrunk() {
+    lastTickCount = kNoTickYet;
+    return nothing(irsdk_Error::BlockShrunk);
+}
+
 /** Looks at the ring of an open link and takes its newest snapshot if it is a new one. */
 Look takeNewest(char* data, int room) {
     if (!hMemMapFile.isWhole()) {
-        lastTickCount = kNoTickYet;
-        return nothing(irsdk_Error::BlockShrunk);
+        return blockShrunk();
     }
     if ((status() & irsdk_stConnected) == 0) {
         lastTickCount = kNoTickYet;
@@ -247,10 +251,12 @@ Look takeNewest(char* data, int room) {
     if (lastTickCount > newest.tickCount) {
         return noteStart(newest.tickCount);
     }
-    if (copyUntorn(newest, data, room)) {
-        return handOut(newest.tickCount);
+    const bool copied = copyUntorn(newest, data, room);
+    // What was cut off meanwhile was copied as zeros.
+    if (!hMemMapFile.isIntact()) {
+        return blockShrunk();
     }
-    return Look::NothingNew;
+    return copied ? handOut(newest.tickCount) : Look::NothingNew;
 }
 
 bool ensureOpen() {
@@ -481,6 +487,11 @@ bool irsdk_copyVarHeaders(std::vector<irsdk_varHeader>& table) {
     if (count > 0) {
         std::memcpy(table.data(), block().at(offset), table.size() * sizeof(irsdk_varHeader));
     }
+    // What was cut off meanwhile was copied as zeros.
+    if (!hMemMapFile.isWhole()) {
+        table.clear();
+        return fail(irsdk_Error::BlockShrunk);
+    }
     return true;
 }
 
@@ -505,7 +516,14 @@ bool irsdk_copySessionInfoStr(std::string& text, int& update) {
             text.clear();
             return fail(irsdk_Error::OutOfMemory);
         }
-        if (stoodStill(text, offset, update)) {
+        const bool stood = stoodStill(text, offset, update);
+        // What was cut off meanwhile was copied, or compared, as zeros.
+        if (!hMemMapFile.isWhole()) {
+            text.clear();
+            update = -1;
+            return fail(irsdk_Error::BlockShrunk);
+        }
+        if (stood) {
             // The text may have become shorter between the search for its end and the copy.
             text.resize(std::min(text.find('\0'), text.size()));
             return true;

@@ -46,6 +46,12 @@ public:
      */
     [[nodiscard]] bool isWhole() const;
 
+    /**
+     * Whether no page was missing in any read so far. Asks nothing of the system; a cut within the
+     * last page shows only in isWhole().
+     */
+    [[nodiscard]] bool isIntact() const;
+
     /** Whether the object can no longer be found by its name, so that nobody will write to it. */
     [[nodiscard]] bool isAbandoned() const;
 

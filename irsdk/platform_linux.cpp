@@ -135,7 +135,11 @@ irsdk_Error BlockObject::map() {
 }
 
 bool BlockObject::isWhole() const {
-    return m_handle->view.isIntact() && m_handle->object.size() >= m_handle->view.size();
+    return isIntact() && m_handle->object.size() >= m_handle->view.size();
+}
+
+bool BlockObject::isIntact() const {
+    return m_handle->view.isIntact();
 }
 
 bool BlockObject::isAbandoned() const {

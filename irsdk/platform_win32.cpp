@@ -82,6 +82,10 @@ bool BlockObject::isWhole() const {
     return m_mapped;
 }
 
+bool BlockObject::isIntact() const {
+    return m_mapped;
+}
+
 // A name lives as long as any handle, ours included, so the name always leads to this object.
 bool BlockObject::isAbandoned() const {
     return false;

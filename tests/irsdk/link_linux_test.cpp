@@ -221,6 +221,101 @@ TEST_F(LinkToOtherProcessTest, ABlockThatShrinksDuringReadsIsSurvived) {
     EXPECT_GT(rounds, 0);
 }
 
+/**
+ * A large block that is cut off in the middle of a copy: the copies take up nearly all of the time,
+ * so that a cut at any moment meets one. It is filled with bytes that are not zero.
+ */
+class CutDuringACopy : public LinkToOwnProcessTest {
+protected:
+    static constexpr std::size_t kBlock = 16 << 20;
+    static constexpr std::size_t kKept = 2 * kPage;  // the header among it
+    static constexpr int kRounds = 20;
+    // What a copy takes nearly last; the very end is fetched first by some.
+    static constexpr std::size_t kNearTheEnd = 64 * 1024;
+
+    /** Publishes the block with a table, a text and a buffer that go to its end; opens the link. */
+    void open() {
+        publisher.command("unlink");
+        publisher.command("empty " + std::to_string(kBlock));
+        publisher.createEvent();
+        std::memset(published() + sizeof(irsdk_header), 'x', kBlock - sizeof(irsdk_header) - 1);
+        constexpr std::size_t kPayload = kKept / 2;
+        publisher.setStatus(irsdk_stConnected);
+        publisher.poke(offsetof(irsdk_header, varHeaderOffset), kPayload);
+        publisher.poke(offsetof(irsdk_header, numVars),
+                       static_cast<std::int32_t>((kBlock - kPayload) / sizeof(irsdk_varHeader)));
+        publisher.poke(offsetof(irsdk_header, sessionInfoOffset), kPayload);
+        publisher.poke(offsetof(irsdk_header, numBuf), 1);
+        publisher.poke(offsetof(irsdk_header, bufferLength), kBlock - kPayload - 1);
+        publisher.poke(bufferOffsetField(0), kPayload);
+        publisher.setTick(0, 10);
+        ASSERT_TRUE(irsdk_startup());
+        ASSERT_FALSE(irsdk_getNewData(nullptr));
+    }
+
+    /** Copies until a copy fails, because the block is cut off; false when a copy was not whole. */
+    template <typename Copy>
+    bool survivesACut(Copy copy) {
+        std::thread cutter([this] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            publisher.command("truncate " + std::to_string(kKept));
+        });
+        bool whole = true;
+        const char* end = nullptr;
+        while ((end = copy()) != nullptr) {
+            whole = whole && *end == 'x';
+        }
+        cutter.join();
+        EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockShrunk);
+        irsdk_shutdown();
+        return whole;
+    }
+};
+
+TEST_F(CutDuringACopy, NoTableIsHandedOut) {
+    std::vector<irsdk_varHeader> table;
+    for (int round = 0; round < kRounds; ++round) {
+        open();
+        EXPECT_TRUE(survivesACut([&]() -> const char* {
+            const bool copied = irsdk_copyVarHeaders(table);
+            return copied ? (table.end() - kNearTheEnd / sizeof table[0])->name : nullptr;
+        }));
+        EXPECT_TRUE(table.empty());
+    }
+}
+
+TEST_F(CutDuringACopy, NoTextIsHandedOut) {
+    std::string text;
+    int update = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        open();
+        EXPECT_TRUE(survivesACut([&]() -> const char* {
+            if (!irsdk_copySessionInfoStr(text, update)) {
+                return nullptr;
+            }
+            return text.empty() ? "" : &text[text.size() - kNearTheEnd];
+        }));
+        EXPECT_TRUE(text.empty());
+        EXPECT_EQ(update, -1);
+    }
+}
+
+TEST_F(CutDuringACopy, NoSnapshotIsHandedOut) {
+    std::vector<char> large(kBlock);
+    for (int round = 0; round < kRounds; ++round) {
+        open();
+        std::int32_t tickCount = 10;
+        // The next tick is there as soon as the last one was taken.
+        EXPECT_TRUE(survivesACut([&] {
+            const std::int32_t next = ++tickCount;
+            std::memcpy(published() + descriptorField(0, 0), &next, sizeof next);
+            const bool taken = irsdk_getNewData(large.data(), static_cast<int>(large.size()));
+            const auto length = static_cast<std::size_t>(irsdk_getDataLength());
+            return taken ? &large[length - kNearTheEnd] : nullptr;
+        }));
+    }
+}
+
 TEST_F(LinkToOtherProcessTest, OneSignalWakesEveryReader) {
     publisher.publish(block);
     publisher.completeChecked(0, 10);
