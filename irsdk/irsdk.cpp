@@ -233,6 +233,7 @@ Look blockShrunk() {
 
 /** Looks at the ring of an open link and takes its newest snapshot if it is a new one. */
 Look takeNewest(char* data, int room) {
+    lastError = irsdk_Error::None;
     if (!hMemMapFile.isWhole()) {
         return blockShrunk();
     }

@@ -19,9 +19,9 @@
  * callers that act on what they read MUST use the copying functions.
  */
 
-/** Why the link is not open, or why an open link hands out nothing. */
+/** Why the link is not open, or what kept an open link from handing something out. */
 enum class irsdk_Error : std::int32_t {
-    None,           // the link is open and nothing was wrong with the block
+    None,           // nothing went wrong; a look that found nothing new counts as well
     NoBlock,        // no simulator has published a block
     ForeignBlock,   // the block belongs to another user and is not trusted
     BlockTooSmall,  // the block cannot even hold its header
@@ -38,7 +38,10 @@ enum class irsdk_Error : std::int32_t {
 /** A sentence fragment for log files, such as "the block belongs to another user". Never null. */
 const char* irsdk_errorText(irsdk_Error error);
 
-/** The reason of the last failure; None after a successful irsdk_startup(). */
+/**
+ * The reason of the last failure. Each irsdk_startup() and each look for new data forgets the ones
+ * before it: None afterwards when all went well. None also before the first call.
+ */
 irsdk_Error irsdk_lastError();
 
 /**
@@ -47,7 +50,10 @@ irsdk_Error irsdk_lastError();
  */
 bool irsdk_startup();
 
-/** Closes everything. The state is that of a link never opened. */
+/**
+ * Closes everything. The link is as one never opened, but for two things: irsdk_lastError() keeps
+ * the reason, and irsdk_isConnected() of a link opened again still knows the last snapshot's age.
+ */
 void irsdk_shutdown();
 
 /**

@@ -211,6 +211,37 @@ TEST_P(NewData, TellsHowLongTheSnapshotWas) {
     EXPECT_EQ(irsdk_getDataLength(), 0);
 }
 
+TEST_P(NewData, EachLookTellsItsOwnFailureAlone) {
+    openAtTick10();
+    publisher.completeChecked(1, 11);
+    const auto spoil = [this] {
+        publisher.poke(offsetof(irsdk_header, bufferLength), 0);
+        EXPECT_FALSE(takes());
+        EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockInvalid);
+        publisher.poke(offsetof(irsdk_header, bufferLength), length());
+    };
+
+    spoil();
+    EXPECT_TRUE(takes());
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::None);
+
+    publisher.completeChecked(2, 12);
+    spoil();
+    publisher.setStatus(0);
+    EXPECT_FALSE(takes());
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::None) << "a stopped simulator is no failure";
+}
+
+TEST_P(NewData, AShutdownKeepsTheReason) {
+    openAtTick10();
+    publisher.completeChecked(1, 11);
+    EXPECT_FALSE(irsdk_getNewData(snapshot.data(), 1));
+
+    irsdk_shutdown();
+
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::BufferTooSmall);
+}
+
 TEST_P(NewData, ALengthBelowZeroTakesNothing) {
     openAtTick10();
     publisher.completeChecked(1, 11);
