@@ -3,7 +3,8 @@
 //   rataip-bench [--check] [--plot FILE] [options of Google Benchmark]
 //
 // Prints one table: figure, measured, floor, verdict. With --check the exit status is 1 when a
-// floor is missed. --plot writes the plot of tick time over a race as an SVG file.
+// floor is missed; without a figure it is 2. --plot writes the plot of tick time over a race as an
+// SVG file.
 
 #include "benchmarks/allocations.h"
 #include "benchmarks/figures.h"
@@ -77,6 +78,10 @@ int main(int argc, char** argv) {
     Progress progress;
     benchmark::RunSpecifiedBenchmarks(&progress);
     benchmark::Shutdown();
+    if (report.isEmpty()) {
+        std::fputs("rataip-bench: no measurement bears such a name\n", stderr);
+        return 2;
+    }
     report.print();
     return options.check && !report.isPassed() ? 1 : 0;
 }

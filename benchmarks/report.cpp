@@ -55,7 +55,7 @@ void Report::print() const {
 }
 
 bool Report::isPassed() const {
-    return std::all_of(m_rows.begin(), m_rows.end(), [](const Row& row) {
+    return !isEmpty() && std::all_of(m_rows.begin(), m_rows.end(), [](const Row& row) {
         return !row.floor || row.floor->isReached(row.measured);
     });
 }

@@ -34,7 +34,9 @@ public:
 
     void print() const;
 
-    /** Whether every figure reaches its floor. */
+    [[nodiscard]] bool isEmpty() const { return m_rows.empty(); }
+
+    /** Whether every figure reaches its floor; a report without figures has shown nothing. */
     [[nodiscard]] bool isPassed() const;
 
 private:
