@@ -8,11 +8,15 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <system_error>
 #include <vector>
 
 // Runs a target without a fuzzer, so that it works wherever tests run: over the target's seeds,
 // over changes of them that are the same on every machine, and over the inputs that once were
 // findings.
+//
+// A finding ends the process, by whatever means, so the input is put into a file before it is run.
+// In the folder of findings it is run again by the next replay.
 
 namespace {
 
@@ -20,17 +24,44 @@ constexpr int kCutsASeed = 24;
 constexpr int kChangesASeed = 120;
 constexpr int kMostChangedBytes = 6;
 
-void run(const std::string& bytes) {
-    // On the heap and not one byte longer: a read behind the input is a finding.
-    const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
-    LLVMFuzzerTestOneInput(input.data(), input.size());
-}
-
-int runSeed(const std::string& bytes, std::mt19937& random) {
-    run(bytes);
-    for (int cut = 0; cut < kCutsASeed; ++cut) {
-        run(bytes.substr(0, bytes.size() * static_cast<std::size_t>(cut) / kCutsASeed));
+/** Runs inputs, and leaves the last one in a file unless all of them went well. */
+class Runner {
+public:
+    explicit Runner(const std::string& target) : m_file(target + "-input") {
+        say("The input that is run is kept in " + std::filesystem::absolute(m_file).string());
     }
+
+    void run(const std::string& bytes) const {
+        std::ofstream(m_file, std::ios::binary) << bytes;
+        // On the heap and not one byte longer: a read behind the input is a finding.
+        const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
+        LLVMFuzzerTestOneInput(input.data(), input.size());
+    }
+
+    /** At once, so that it is there when the process ends. */
+    static void say(const std::string& line) {
+        std::printf("%s\n", line.c_str());
+        std::fflush(stdout);
+    }
+
+    void end() const {
+        std::error_code nothingToBeDone;
+        std::filesystem::remove(m_file, nothingToBeDone);
+    }
+
+private:
+    std::filesystem::path m_file;
+};
+
+int runSeed(const Runner& runner, const fuzz::Seed& seed, std::mt19937& random) {
+    const std::string& bytes = seed.bytes;
+    Runner::say("seed " + seed.name);
+    runner.run(bytes);
+    Runner::say("  cut off");
+    for (int cut = 0; cut < kCutsASeed; ++cut) {
+        runner.run(bytes.substr(0, bytes.size() * static_cast<std::size_t>(cut) / kCutsASeed));
+    }
+    Runner::say("  changed");
     for (int i = 0; i < kChangesASeed; ++i) {
         std::string changed = bytes;
         const auto changes = random() % kMostChangedBytes + 1;
@@ -40,29 +71,29 @@ int runSeed(const std::string& bytes, std::mt19937& random) {
                 random() % 2 == 0 ? changed.size() : std::min<std::size_t>(changed.size(), 256);
             changed[random() % range] = static_cast<char>(random());
         }
-        run(changed);
+        runner.run(changed);
     }
     return 1 + kCutsASeed + kChangesASeed;
 }
 
-int runSeeds(const std::string& target) {
+int runSeeds(const Runner& runner, const std::string& target) {
     std::mt19937 random(1);
     int count = 0;
     for (const fuzz::Seed& seed : fuzz::seedsOf(target)) {
-        count += runSeed(seed.bytes, random);
+        count += runSeed(runner, seed, random);
     }
     return count;
 }
 
-int runFindings(const std::filesystem::path& folder) {
+int runFindings(const Runner& runner, const std::filesystem::path& folder) {
     int count = 0;
     if (!std::filesystem::is_directory(folder)) {
         return count;
     }
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        std::printf("%s\n", entry.path().c_str());
+        Runner::say(entry.path().string());
         std::ifstream file(entry.path(), std::ios::binary);
-        run(std::string(std::istreambuf_iterator<char>(file), {}));
+        runner.run(std::string(std::istreambuf_iterator<char>(file), {}));
         ++count;
     }
     return count;
@@ -76,8 +107,10 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     LLVMFuzzerInitialize(&argc, &argv);
-    const int seeds = runSeeds(argv[1]);
-    const int findings = runFindings(std::filesystem::path(argv[2]) / argv[1]);
+    const Runner runner(argv[1]);
+    const int seeds = runSeeds(runner, argv[1]);
+    const int findings = runFindings(runner, std::filesystem::path(argv[2]) / argv[1]);
+    runner.end();
     std::printf("%d inputs from seeds, %d former findings\n", seeds, findings);
     return seeds > 0 ? 0 : 1;
 }
