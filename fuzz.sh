@@ -21,7 +21,7 @@ all_targets=(block sessiontext ticks streams)
 declare -A longest_inputs=([block]=65536 [sessiontext]=8192 [ticks]=96 [streams]=2048)
 
 print_usage() {
-    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "$0"
+    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "${BASH_SOURCE[0]##*/}"
 }
 
 die() {
