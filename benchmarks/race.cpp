@@ -17,8 +17,13 @@
 #include <QSharedPointer>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace bench {
 

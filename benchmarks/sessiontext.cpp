@@ -8,8 +8,11 @@
 #include "benchmarks/workload.h"
 #include "yaml/tyamltree.h"
 
+#include <array>
+#include <cstdlib>
 #include <memory>
 #include <optional>
+#include <string>
 #include <yaml-cpp/yaml.h>
 #include <yaml.h>
 

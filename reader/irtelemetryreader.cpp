@@ -1,6 +1,7 @@
 #include "reader/irtelemetryreader.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include <QDebug>
 
 #include <cmath>
+#include <cstddef>
 #include <optional>
 #include <utility>
 

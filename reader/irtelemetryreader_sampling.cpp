@@ -2,6 +2,8 @@
 #include "reader/numbers.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <limits>
 
 using namespace Qt::StringLiterals;

@@ -6,6 +6,7 @@
 #include <QColor>
 
 #include <array>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using TLM::SDK::DynamicData;

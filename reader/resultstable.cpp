@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <cstddef>
+
 using namespace Qt::StringLiterals;
 
 void ResultsTable::refresh(const TStringTree& tree, int session, int carCount) {

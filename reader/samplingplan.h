@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstddef>
 #include <vector>
 
 /** One value of a car's sample: its key and unit, and where a snapshot holds it. */
