@@ -31,7 +31,9 @@ void iRPluginLive::initialize() {
         return;
     }
     // A slot of the host may have connected again at once.
-    closeSilently();
+    if (connected) {
+        closeConnection();
+    }
     tickWaitMs = tickWaitMilliseconds;
     connectWaitMs = connectWaitMilliseconds;
     dataBuffer.clear();

@@ -74,6 +74,7 @@ private:
     [[nodiscard]] int dataBufferLength() const;
     void startConnection();
     void endConnection();
+    void closeConnection();
     void closeOpenLaps();
     void logFailure(irsdk_Error error);
 

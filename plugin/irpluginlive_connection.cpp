@@ -96,14 +96,19 @@ void iRPluginLive::disconnectFromSource() {
     if (!connected) {
         return;
     }
-    endConnection();
+    closeConnection();
     const ConnectionGuard guard(this, connectionNumber);
-    closeOpenLaps();
-    irsdk_shutdown();
     emit emitter.sendDisconnected();
     if (!guard.isDeleted()) {
         message(u"Disconnected"_s, 0);
     }
+}
+
+/** Done before the host hears of it, because a slot of the host may begin the next connection. */
+void iRPluginLive::closeConnection() {
+    endConnection();
+    closeOpenLaps();
+    irsdk_shutdown();
 }
 
 void iRPluginLive::endConnection() {

@@ -273,6 +273,18 @@ TEST_F(Connection, NeedsNoSessionText) {
     EXPECT_EQ(host.samples.size(), 1);
 }
 
+TEST_F(Connection, ReadsASessionThatItCouldNotCopyInItsFirstTickThatCan) {
+    simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1);
+    connectWhileRunning();
+    tick();
+    host.forget();
+    simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset),
+                             simulator.block.header().sessionInfoOffset);
+    tick();
+    EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
+    EXPECT_EQ(driverName(fastCar), u"Fast Driver"_s);
+}
+
 TEST_F(Connection, SendsNoCarListWhenTheSessionNamesNobody) {
     StagedSession nobody;
     nobody.drivers.clear();
@@ -396,6 +408,27 @@ TEST_F(EndOfConnection, ClosesEveryCarsLapSoThatTheNextOneBeginsWithTheNextConne
     for (const auto& lap : host.laps()) {
         EXPECT_EQ(lap->size(), ticksAfterwards) << lap->carId().toStdString();
     }
+}
+
+TEST_F(EndOfConnection, ClosesTheLapsBeforeTheHostHearsOfIt) {
+    constexpr int ticksInTheSlot = 2;
+    constexpr int ticksAfterwards = 3;
+    host.reactTo(u"Disconnected"_s, [this] {
+        connectWhileRunning();
+        for (int i = 0; i < ticksInTheSlot; ++i) {
+            tick();
+        }
+    });
+    plugin->disconnectFromSource();
+    ASSERT_TRUE(plugin->isConnected());
+    for (int i = 0; i < ticksAfterwards; ++i) {
+        tick();
+    }
+    simulator.crossLine(fastCar);
+    tick();
+    ASSERT_EQ(host.laps().size(), 1);
+    EXPECT_EQ(host.laps().first()->size(), ticksInTheSlot + ticksAfterwards)
+        << "a lap of the connection that the slot began";
 }
 
 TEST_F(EndOfConnection, LeavesTheLapsOfTheLastTickAsTheHostGotThem) {

@@ -395,6 +395,28 @@ TEST_F(ConnectedPluginTest, IsUnconnectedAfterAnInitializationThatItsHostAnswere
     EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
 }
 
+// The laps of such a connection are over with it: none goes on in the next connection.
+TEST_F(ConnectedPluginTest, ClosesTheLapsOfAConnectionThatAnInitializationEndsInSilence) {
+    constexpr int ticksAfterwards = 3;
+    host.reactTo(u"Disconnected"_s, [this] {
+        connectWhileRunning();
+        for (int i = 0; i < 5; ++i) {
+            tick();
+        }
+    });
+    plugin->initialize();
+    ASSERT_FALSE(plugin->isConnected());
+    ASSERT_GE(host.samples.size(), 5);
+    connectAndTick();
+    for (int i = 1; i < ticksAfterwards; ++i) {
+        tick();
+    }
+    simulator.crossLine(fastCar);
+    tick();
+    ASSERT_EQ(host.laps().size(), 1);
+    EXPECT_EQ(host.laps().first()->size(), ticksAfterwards);
+}
+
 // What a slot was given stays good until it returns, also when it deletes who gave it.
 TEST_F(InitializedPluginTest, GivesACarListThatASlotCanReadAfterDeletingThePlugin) {
     qsizetype cars = 0;
