@@ -148,6 +148,22 @@ TEST_F(Tick, ReadsTheSessionOnlyWhenItsCounterDiffers) {
     EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
 }
 
+TEST_F(Tick, ReadsASessionThatItCouldNotCopyInTheNextTick) {
+    StagedSession renamed;
+    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    tick();
+    host.forget();
+    simulator.rewriteSession(renamed);
+    simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1);
+    tick();
+    EXPECT_EQ(host.heard(), QStringList{u"Samples 64"_s});
+    simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset),
+                             simulator.block.header().sessionInfoOffset);
+    tick();
+    EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
+    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+}
+
 TEST_F(Tick, SendsTheCarListOnceMoreInTheTickAfterAStatusChanged) {
     // The first tick of the fixture put three cars on their out laps.
     tick();
