@@ -1,0 +1,136 @@
+#include "tests/plugin/plugintest.h"
+
+#include <QtGlobal>
+
+#include <cstddef>
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr unsigned int somebodyElse = 4242;
+
+/** The lines that the plugin logs of its link, while this one exists. */
+class LinkLog {
+public:
+    LinkLog() { previous = qInstallMessageHandler(&LinkLog::note); }
+    ~LinkLog() {
+        qInstallMessageHandler(previous);
+        lines.clear();
+    }
+    LinkLog(const LinkLog&) = delete;
+    LinkLog& operator=(const LinkLog&) = delete;
+
+    [[nodiscard]] static QStringList take() { return std::exchange(lines, {}); }
+
+private:
+    // A message handler is a plain function.
+    static void note(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+        if (qstrcmp(context.category, "rataip.link") != 0) {
+            previous(type, context, text);
+        } else if (type == QtWarningMsg) {
+            lines.append(text);
+        }
+    }
+
+    static inline QtMessageHandler previous = nullptr;
+    static inline QStringList lines;
+};
+
+class Log : public InitializedPluginTest {
+protected:
+    void attempt() {
+        plugin->connectToSource();
+        plugin->checkConnectionAvailability();
+        plugin->connectToSource();
+        EXPECT_FALSE(plugin->isConnected());
+    }
+
+    void giveBlockTo(unsigned int user) {
+        simulator.publisher.command("chown " + std::to_string(user));
+    }
+
+    /** Ticks until the simulator counts as down. */
+    void missUntilTheEnd() {
+        simulator.nextTick();
+        while (plugin->isConnected()) {
+            plugin->tick();
+        }
+    }
+
+    static constexpr std::size_t bufferLengthField = offsetof(irsdk_header, bufferLength);
+    LinkLog log;
+    const unsigned int ourselves = geteuid();
+    const QStringList foreignBlock{
+        u"No data from the simulator: the block belongs to another user"_s};
+};
+
+}  // namespace
+
+TEST_F(Log, NamesAReasonOnceHoweverOftenItIsMet) {
+    giveBlockTo(somebodyElse);
+    attempt();
+    EXPECT_EQ(LinkLog::take(), foreignBlock);
+    attempt();
+    EXPECT_EQ(LinkLog::take(), QStringList());
+}
+
+TEST_F(Log, NamesTheReasonOnceMoreAfterASuccess) {
+    giveBlockTo(somebodyElse);
+    attempt();
+    giveBlockTo(ourselves);
+    connectAndTick();
+    plugin->disconnectFromSource();
+    EXPECT_EQ(LinkLog::take(), foreignBlock);
+    giveBlockTo(somebodyElse);
+    attempt();
+    EXPECT_EQ(LinkLog::take(), foreignBlock);
+}
+
+TEST_F(Log, NamesEachOfTwoReasons) {
+    giveBlockTo(somebodyElse);
+    attempt();
+    giveBlockTo(ourselves);
+    simulator.publisher.command("chown " + std::to_string(somebodyElse) + " event");
+    attempt();
+    EXPECT_EQ(LinkLog::take(),
+              foreignBlock + QStringList{u"No data from the simulator: the data-valid event "
+                                         u"belongs to another user"_s});
+}
+
+TEST_F(Log, SaysNothingOfASimulatorThatIsNotThere) {
+    simulator.publisher.command("unlink event");
+    attempt();
+    simulator.publisher.command("unlink");
+    attempt();
+    EXPECT_EQ(LinkLog::take(), QStringList());
+}
+
+TEST_F(Log, SaysNothingOfASimulatorThatDeliversNothing) {
+    attempt();
+    EXPECT_EQ(LinkLog::take(), QStringList());
+}
+
+TEST_F(Log, NamesTheReasonOfASilence) {
+    connectAndTick();
+    simulator.publisher.poke(bufferLengthField, 0);
+    missUntilTheEnd();
+    EXPECT_EQ(LinkLog::take(),
+              QStringList{u"No data from the simulator: the block points outside itself"_s});
+}
+
+TEST_F(Log, DoesNotBlameAnOrderlyEndOnAFailureLongBefore) {
+    connectAndTick();
+    simulator.publisher.poke(bufferLengthField, 0);
+    simulator.nextTick();
+    plugin->tick();
+    simulator.publisher.poke(bufferLengthField, simulator.block.header().bufferLength);
+    tick();
+    ASSERT_EQ(host.samples.size(), 1);
+    simulator.publisher.setStatus(0);
+    missUntilTheEnd();
+    EXPECT_EQ(LinkLog::take(), QStringList());
+}
