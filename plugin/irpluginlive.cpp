@@ -8,7 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int carCount = 64;
 constexpr int tickWaitMilliseconds = 20;
 constexpr int connectWaitMilliseconds = 200;
 constexpr std::chrono::milliseconds tickInterval(10);
@@ -42,8 +41,8 @@ void iRPluginLive::initialize() {
     createTimer();
     pluginInfo.setPluginName(pluginName());
     pluginInfo.setSourceName(sourceName());
-    pluginInfo.cars.resize(carCount);
-    for (int i = 0; i < carCount; ++i) {
+    pluginInfo.cars.resize(iRTelemetryReader::simulatorCars);
+    for (int i = 0; i < iRTelemetryReader::simulatorCars; ++i) {
         pluginInfo.cars[i].setCarId(QString::number(i));
     }
     announceCarList();

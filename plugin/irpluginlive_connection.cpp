@@ -10,8 +10,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(linkLog, "rataip.link")
 
-constexpr int carCount = 64;
-
 /** A simulator that is not there is everyday life and not worth a line. */
 bool isWorthALine(irsdk_Error error) {
     return error != irsdk_Error::None && error != irsdk_Error::NoBlock &&
@@ -41,8 +39,8 @@ bool iRPluginLive::awaitFreshData() {
         error = irsdk_lastError();
     }
     logFailure(error);
-    // Also after half an opening: what was opened may belong to a simulator that is gone by the
-    // next attempt.
+    // Also after half an opening. On Linux what was opened may belong to a simulator that is gone
+    // by the next attempt; on Windows it would live on under its name, in the way of the next one.
     irsdk_shutdown();
     return false;
 }
@@ -118,7 +116,7 @@ void iRPluginLive::endConnection() {
 }
 
 void iRPluginLive::closeOpenLaps() {
-    for (int car = 0; car < carCount; ++car) {
+    for (int car = 0; car < iRTelemetryReader::simulatorCars; ++car) {
         // The last tick's laps are the host's: one of its threads may be writing them to disk.
         reader.leaveReadyLap(car);
         reader.processLap(car, false);

@@ -11,8 +11,6 @@ using TLM::SDK::Sample;
 
 namespace {
 
-constexpr int carCount = 64;
-
 // So many ticks in a row may pass without a snapshot.
 constexpr qint32 toleratedMisses = 100;
 
@@ -88,7 +86,7 @@ void iRPluginLive::refreshSessionInfo(const irsdk_header& header) {
 
 bool iRPluginLive::deliver(const ConnectionGuard& guard) {
     const QList<Sample>& samples = sampleLists.fill(reader);
-    for (int car = 0; car < carCount; ++car) {
+    for (int car = 0; car < iRTelemetryReader::simulatorCars; ++car) {
         if (reader.isLapReady(car)) {
             handOverLap(car);
             if (!guard.isSameConnection()) {

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr int carSlotCount = 64;
-
 // While the length of a lap is not known its lists double in length, here from some eight seconds
 // on. The cars may have begun together, and their lists should not do that together.
 constexpr qsizetype firstLapSamples = 512;
@@ -21,7 +19,7 @@ iRTelemetryReader::iRTelemetryReader() {
 iRTelemetryReader::~iRTelemetryReader() = default;
 
 void iRTelemetryReader::initialize() {
-    resize(carSlotCount);
+    resize(simulatorCars);
     m_myCarIdx = -1;
     m_carListRevision.reset();
     m_reserved = false;

@@ -41,6 +41,9 @@
  */
 class iRTelemetryReader : public TYamlTree {
 public:
+    /** Cars that a simulator numbers, from 0 on: the slots of a reader unless it is resized. */
+    static constexpr int simulatorCars = 64;
+
     iRTelemetryReader();
     ~iRTelemetryReader() override;
 
