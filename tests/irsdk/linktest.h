@@ -21,7 +21,9 @@ inline std::size_t bufferOffsetField(int buffer) {
     return descriptorField(buffer, offsetof(irsdk_varBuf, bufferOffset));
 }
 
-/** A closed link at the start and at the end of each case, and a block of three buffers to publish.
+/**
+ * A closed link and no simulator at the start and at the end of each case, and a block of three
+ * buffers to publish.
  */
 class LinkFixture : public ::testing::Test {
 protected:
@@ -34,7 +36,10 @@ protected:
         snapshot.resize(static_cast<std::size_t>(block.snapshotLength()));
     }
 
-    void SetUp() override { irsdk_shutdown(); }
+    void SetUp() override {
+        irsdk_shutdown();
+        testsupport::PublishedObjects::removeLeftovers();
+    }
 
     void TearDown() override {
         irsdk_shutdown();

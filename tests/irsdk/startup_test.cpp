@@ -135,6 +135,16 @@ TEST_P(LinkStartup, GettingDataOpensTheLink) {
 
 RATAIP_IN_BOTH_PLACES(LinkStartup);
 
+TEST_F(LinkToOtherProcessTest, NothingOfAKilledSimulatorMeetsTheNextTest) {
+    {
+        testsupport::Publisher killed(Where::OtherProcess);
+        killed.publish(block);
+        killed.die();
+    }
+    EXPECT_FALSE(irsdk_startup());
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::NoBlock);
+}
+
 TEST_F(LinkToOtherProcessTest, AFreshSimulatorIsFoundAfterAnOrderlyEnd) {
     openAtTick10();
     publisher.quit();

@@ -5,6 +5,7 @@
 #include "tests/plugin/openobjects.h"
 #include "tests/plugin/stagedsimulator.h"
 #include "tests/support/printqt.h"
+#include "tests/support/publishedobjects.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -20,7 +21,9 @@ class PluginTest : public ::testing::Test {
 protected:
     PluginTest() : PluginTest(new iRPluginLive) {}
     /** With a plugin of the test's own, which the fixture deletes. */
-    explicit PluginTest(iRPluginLive* made) : plugin(made), host(plugin->dataEmitter()) {}
+    explicit PluginTest(iRPluginLive* made) : plugin(made), host(plugin->dataEmitter()) {
+        testsupport::PublishedObjects::removeLeftovers();
+    }
     ~PluginTest() override { delete plugin.data(); }
 
     void initialize() {

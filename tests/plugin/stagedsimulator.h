@@ -66,7 +66,7 @@ public:
     /** Moves the update counter without touching the text. */
     void setSessionUpdate(std::int32_t counter);
 
-    /** Stops for ever, with the objects left behind as after a crash. */
+    /** Stops for ever, with the objects left behind as after a crash until this is destroyed. */
     void crash() { publisher.die(); }
 
 private:

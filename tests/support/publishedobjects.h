@@ -25,6 +25,9 @@ public:
     PublishedObjects(const PublishedObjects&) = delete;
     PublishedObjects& operator=(const PublishedObjects&) = delete;
 
+    /** Removes what a publisher that was killed has left behind, where the platform leaves it. */
+    static void removeLeftovers();
+
     /** Creates the block, or takes the one that exists, with at least `size` bytes. */
     [[nodiscard]] bool createBlock(std::size_t size);
     [[nodiscard]] bool createEvent(EventKind kind = EventKind::AutoReset);

@@ -107,6 +107,11 @@ struct PublishedObjects::Objects {
 PublishedObjects::PublishedObjects() : m_objects(std::make_unique<Objects>()) {}
 PublishedObjects::~PublishedObjects() = default;
 
+void PublishedObjects::removeLeftovers() {
+    shm_unlink(kBlockName);
+    shm_unlink(kEventName);
+}
+
 bool PublishedObjects::createBlock(std::size_t size) {
     return m_objects->block.create(size);
 }

@@ -45,6 +45,9 @@ PublishedObjects::~PublishedObjects() {
     removeEvent();
 }
 
+// Objects go with the process that had them open.
+void PublishedObjects::removeLeftovers() {}
+
 bool PublishedObjects::createBlock(std::size_t size) {
     removeBlock();
     if (size == 0) {

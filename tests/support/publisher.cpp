@@ -35,6 +35,9 @@ Publisher::~Publisher() {
     if (m_process && m_process->isRunning()) {
         quit();
     }
+    if (m_died) {
+        PublishedObjects::removeLeftovers();
+    }
 }
 
 std::string Publisher::ask(const std::string& line) {
@@ -118,6 +121,7 @@ void Publisher::die() {
     if (!m_process->waitForExit(kAnswerTime)) {
         failure("die", "nothing, and it did not end");
     }
+    m_died = true;
 }
 
 }  // namespace testsupport

@@ -56,7 +56,10 @@ public:
     /** Ends publishing in order: status cleared, objects removed, the second process gone. */
     void quit();
 
-    /** Ends the second process at once; its objects stay as the platform lets them. */
+    /**
+     * Ends the second process at once; its objects stay as the platform lets them, until this is
+     * destroyed.
+     */
     void die();
 
     /** The commands of this process, for what only one process can do. */
@@ -67,6 +70,7 @@ private:
 
     std::unique_ptr<PublisherCommands> m_commands;
     std::unique_ptr<ChildProcess> m_process;
+    bool m_died = false;
 };
 
 }  // namespace testsupport
