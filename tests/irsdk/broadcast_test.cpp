@@ -139,11 +139,17 @@ TEST_F(Broadcast, KeepsTheOrderOfCommands) {
     EXPECT_EQ(messages[1].lParam, 20);
 }
 
-TEST(BroadcastWithoutReceiver, ChangesNothing) {
+TEST(BroadcastWithoutReceiver, ReachesNoReceiverThatComesLater) {
     irsdk_broadcastMsg(code(1), 2, 3);
     irsdk_broadcastMsg(code(1), 2, 3.0F);
 
-    SUCCEED();
+    BroadcastReceiver receiver;
+    ASSERT_TRUE(receiver.isReady());
+    EXPECT_TRUE(receiver.take().empty());
+    irsdk_broadcastMsg(code(1), 2, 4);
+    const std::vector<BroadcastMessage> messages = receiver.take();
+    ASSERT_EQ(messages.size(), 1U);
+    EXPECT_EQ(messages.front().lParam, 4);
 }
 
 TEST(PadCarNum, LeavesANumberWithoutZeros) {
