@@ -320,16 +320,32 @@ TEST_F(LinkToOtherProcessTest, OneSignalWakesEveryReader) {
     publisher.publish(block);
     publisher.completeChecked(0, 10);
     constexpr int kReaders = 3;
+    constexpr int kTimeOut = 60'000;  // milliseconds
+    constexpr std::chrono::seconds kFarLess{30};
     std::array<pid_t, kReaders> readers{};
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
     for (pid_t& reader : readers) {
         reader = fork();
         if (reader == 0) {
-            const bool taken = irsdk_waitForDataReady(20'000, snapshot.data(), length());
-            _exit(taken && testsupport::checkedTick(snapshot.data()) == 11 ? 0 : 1);
+            const bool atStart = irsdk_startup() && !takes();
+            const char ready = '!';
+            const bool told = write(pipe[1], &ready, 1) == 1;
+            const auto begin = std::chrono::steady_clock::now();
+            const bool taken = irsdk_waitForDataReady(kTimeOut, snapshot.data(), length()) &&
+                               testsupport::checkedTick(snapshot.data()) == 11;
+            const bool woken = std::chrono::steady_clock::now() - begin < kFarLess;
+            _exit(atStart && told && taken && woken ? 0 : 1);
         }
     }
-    // Time to reach the wait; a reader that comes later starts from tick 11 and would wait in vain.
-    usleep(500'000);
+    close(pipe[1]);
+    // All have their starting point: one that has not reached its wait yet finds tick 11 itself.
+    char ready = 0;
+    for (int i = 0; i < kReaders; ++i) {
+        ASSERT_EQ(read(pipe[0], &ready, 1), 1);
+    }
+    close(pipe[0]);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));  // and most have reached it now
     publisher.completeChecked(1, 11);
 
     for (const pid_t reader : readers) {
