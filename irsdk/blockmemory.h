@@ -25,8 +25,10 @@ public:
         return offset >= 0 && length >= 0 && offset <= m_size && length <= m_size - offset;
     }
 
-    /** How many of `count` entries of `entrySize` bytes from `offset` on lie inside, from the
-     * first. */
+    /**
+     * How many of `count` entries of `entrySize` bytes from `offset` on lie inside, counted from
+     * the first.
+     */
     [[nodiscard]] std::int64_t entriesHeld(std::int64_t offset, std::int64_t count,
                                            std::size_t entrySize) const {
         if (count <= 0 || !holds(offset, 0)) {
@@ -36,7 +38,8 @@ public:
         return count < fitting ? count : fitting;
     }
 
-    /** Bytes before the first zero byte from `offset` on, or up to the end; `offset` lies inside.
+    /**
+     * Bytes before the first zero byte from `offset` on, or up to the end; `offset` lies inside.
      */
     [[nodiscard]] std::size_t textLength(std::int64_t offset) const {
         const auto room = static_cast<std::size_t>(m_size - offset);

@@ -12,7 +12,8 @@ namespace irsdk {
 
 namespace {
 
-/** A view that the handler knows. Written by the link's thread, read by the handler in any thread.
+/**
+ * A view that the handler knows. Written by the link's thread, read by the handler in any thread.
  */
 struct GuardedRange {
     std::atomic<std::uintptr_t> begin{0};

@@ -626,8 +626,8 @@ void irsdk_broadcastMsg(irsdk_BroadcastMsg msg, int var1, float var2) {
 void irsdk_broadcastMsg(irsdk_BroadcastMsg /*msg*/, int /*var1*/, int /*var2*/, int /*var3*/) {}
 
 int irsdk_padCarNum(int num, int zero) {
-    constexpr int kZerosDigit =
-        1000;  // the digits in all stand in front of a number of three digits
+    // The digits in all stand in front of a number of three digits.
+    constexpr int kZerosDigit = 1000;
     if (zero == 0) {
         return num;
     }

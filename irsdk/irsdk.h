@@ -128,13 +128,21 @@ const char* irsdk_getSessionInfoStr();
 /** The update counter of the session text, or -1 while the link is closed. */
 int irsdk_getSessionInfoStrUpdate();
 
-/** The variable table; null while the link is closed or when it does not lie inside the mapping. */
+/**
+ * The variable table; null while the link is closed or when it does not lie inside the mapping.
+ * Nothing makes the simulator align its table: on an odd address the fields MUST be copied out as
+ * bytes, which irsdk_copyVarHeaders() does.
+ */
 const irsdk_varHeader* irsdk_getVarHeaderPtr();
 
-/** Entry `index` of the variable table, or null when there is none inside the mapping. */
+/**
+ * Entry `index` of the variable table, or null when there is none inside the mapping. It is aligned
+ * no better than the table.
+ */
 const irsdk_varHeader* irsdk_getVarHeaderEntry(int index);
 
-/** Index of the first variable of that name, compared over at most 32 bytes; -1 when there is none.
+/**
+ * Index of the first variable of that name, compared over at most 32 bytes; -1 when there is none.
  */
 int irsdk_varNameToIndex(const char* name);
 

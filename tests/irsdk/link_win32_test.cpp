@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
+#include <cwchar>
+#include <limits>
 #include <memory>
 #include <thread>
 #include <utility>

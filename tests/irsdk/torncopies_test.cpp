@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <limits>
 
 namespace {
 
