@@ -1,4 +1,6 @@
-// The link's headers, before anything else could have included a header of the platform.
+// Compiling this is the test: the headers of the link, before anything else could have included a
+// header of the platform.
+#include "irsdk/allocation.h"
 #include "irsdk/blockmemory.h"
 #include "irsdk/clock.h"
 #include "irsdk/irsdk.h"
@@ -11,46 +13,3 @@
 #if defined(_WINDOWS_) || defined(_INC_WINDOWS)
 #error "a header of the link leaks the platform's headers"
 #endif
-
-#include "tests/plugin/openobjects.h"
-#include "tests/support/publisher.h"
-
-#include <gtest/gtest.h>
-
-namespace {
-
-using testsupport::Publisher;
-
-// What is left open would show as a simulator that never quite goes away.
-TEST(LinkObjects, AreAllClosedByAShutdown) {
-    Publisher publisher(Publisher::Where::OtherProcess);
-    testsupport::TestBlock block;
-    publisher.publish(block);
-    static_cast<void>(irsdk_startup());  // what the first use leaves open stays open
-    irsdk_shutdown();
-    const OpenObjects before = OpenObjects::now();
-
-    ASSERT_TRUE(irsdk_startup());
-    const OpenObjects open = OpenObjects::now();
-    irsdk_shutdown();
-
-    EXPECT_GT(open.simulatorMaps, before.simulatorMaps);
-    EXPECT_EQ(OpenObjects::now(), before);
-}
-
-TEST(LinkObjects, OfAHalfOpenLinkAreClosedByAShutdown) {
-    Publisher publisher(Publisher::Where::OtherProcess);
-    testsupport::TestBlock block;
-    publisher.publishBlock(block);
-    static_cast<void>(irsdk_startup());
-    irsdk_shutdown();
-    const OpenObjects before = OpenObjects::now();
-
-    ASSERT_FALSE(irsdk_startup());
-    EXPECT_NE(OpenObjects::now(), before);
-    irsdk_shutdown();
-
-    EXPECT_EQ(OpenObjects::now(), before);
-}
-
-}  // namespace

@@ -2,8 +2,8 @@
 
 #include "plugin/irpluginlive.h"
 #include "tests/plugin/hostrecorder.h"
-#include "tests/plugin/openobjects.h"
 #include "tests/plugin/stagedsimulator.h"
+#include "tests/support/openobjects.h"
 #include "tests/support/printqt.h"
 #include "tests/support/publishedobjects.h"
 
@@ -19,6 +19,8 @@
  */
 class PluginTest : public ::testing::Test {
 protected:
+    using OpenObjects = testsupport::OpenObjects;
+
     PluginTest() : PluginTest(new iRPluginLive) {}
     /** With a plugin of the test's own, which the fixture deletes. */
     explicit PluginTest(iRPluginLive* made) : plugin(made), host(plugin->dataEmitter()) {

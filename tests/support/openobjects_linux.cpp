@@ -1,8 +1,10 @@
-#include "tests/plugin/openobjects.h"
+#include "tests/support/openobjects.h"
 
 #include <filesystem>
 #include <fstream>
 #include <string>
+
+namespace testsupport {
 
 OpenObjects OpenObjects::now() {
     OpenObjects objects;
@@ -18,3 +20,5 @@ OpenObjects OpenObjects::now() {
     }
     return objects;
 }
+
+}  // namespace testsupport

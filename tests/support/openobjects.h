@@ -2,6 +2,8 @@
 
 #include <ostream>
 
+namespace testsupport {
+
 /**
  * What this process holds open, to see that a link that was closed left nothing behind. Two of
  * these are equal when as much is open.
@@ -18,3 +20,5 @@ struct OpenObjects {
                    << " mappings of the simulator's objects";
     }
 };
+
+}  // namespace testsupport

@@ -1,4 +1,4 @@
-#include "tests/plugin/openobjects.h"
+#include "tests/support/openobjects.h"
 
 #include <array>
 #include <cstdint>
@@ -7,6 +7,8 @@
 // After windows.h, which it needs; of this version it takes no library of its own.
 #define PSAPI_VERSION 2
 #include <psapi.h>
+
+namespace testsupport {
 
 namespace {
 
@@ -55,3 +57,5 @@ int countHandles() {
 OpenObjects OpenObjects::now() {
     return {.handles = countHandles(), .simulatorMaps = countSimulatorViews()};
 }
+
+}  // namespace testsupport
