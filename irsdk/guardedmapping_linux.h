@@ -18,10 +18,16 @@ namespace irsdk {
  *
  * The handler touches nothing else: any other SIGBUS goes to the handler that was there before, and
  * the former state returns with the last view, unless somebody has put a handler on top meanwhile.
- * What remains possible: a host that replaces the handler while a view exists and does not pass the
- * signal on takes this protection away and is left with the size check; and a cut within the last
- * page that is read shows zeros behind the cut without any fault, so a snapshot can hold zeros that
- * were never published. The publisher could have written those as well.
+ * What remains possible:
+ *  - A host that replaces the handler while a view exists and does not pass the signal on takes
+ *    this protection away and is left with the size check.
+ *  - So does a thread that blocks SIGBUS: a fault in it ends the process without any handler.
+ *  - A handler that a host put on top of ours may pass signals on to ours for as long as it lives,
+ *    and that is code of this library: a host that has done so must not unload the library before
+ *    its handler is gone.
+ *  - A cut within the last page that is read shows zeros behind the cut without any fault, so a
+ *    snapshot can hold zeros that were never published. The publisher could have written those as
+ *    well.
  */
 class GuardedMapping {
 public:
