@@ -361,8 +361,10 @@ const char* irsdk_errorText(irsdk_Error error) {
             return "the block is too small to hold its header";
         case irsdk_Error::BlockTooLarge:
             return "the block is larger than any simulator's";
+        case irsdk_Error::OpenFailed:
+            return "the system does not open the block or the data-valid event";
         case irsdk_Error::MapFailed:
-            return "the block cannot be mapped";
+            return "the system does not map the block or the data-valid event";
         case irsdk_Error::NoEvent:
             return "there is a block but no data-valid event";
         case irsdk_Error::ForeignEvent:

@@ -26,7 +26,8 @@ enum class irsdk_Error : std::int32_t {
     ForeignBlock,   // the block belongs to another user and is not trusted
     BlockTooSmall,  // the block cannot even hold its header
     BlockTooLarge,  // the block is far larger than any that a simulator publishes
-    MapFailed,      // the operating system refused to map the block
+    OpenFailed,     // the operating system refused to open the block or the event
+    MapFailed,      // the operating system refused to map the block or the event
     NoEvent,        // a block, but no data-valid event yet
     ForeignEvent,   // the data-valid event belongs to another user and is not trusted
     BlockShrunk,    // the block was cut off while the link was open

@@ -8,8 +8,9 @@
 #include <memory>
 
 /**
- * What the link needs of the operating system, with one source a platform. Everything is opened
- * with the right to read alone. Every failure is a value; nothing is printed.
+ * What the link needs of the operating system, with one source a platform. Block and event are
+ * opened with no more than the rights to read and to wait; only the broadcast channel is written
+ * to. Every failure of these two is a value, a broadcast that fails is lost; nothing is printed.
  */
 namespace irsdk {
 
@@ -108,7 +109,10 @@ std::int64_t systemSeconds();
 /** Fetches the number of the simulator's broadcast message; 0 if there is none. */
 unsigned int registerBroadcastMessage();
 
-/** Sends the broadcast message to whoever listens, without waiting for anyone. */
+/**
+ * Sends the broadcast message without waiting for anyone: on Windows to every window at the top, on
+ * Linux to the one queue of its name, if it exists and has room.
+ */
 void sendBroadcastMessage(unsigned int message, std::int64_t wParam, std::int64_t lParam);
 
 }  // namespace irsdk

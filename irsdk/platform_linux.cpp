@@ -43,10 +43,14 @@ public:
     [[nodiscard]] irsdk_Error open(const char* name, irsdk_Error absent, irsdk_Error foreign) {
         m_descriptor = shm_open(name, O_RDONLY, 0);
         if (m_descriptor < 0) {
-            return errno == EACCES ? foreign : absent;
+            return reasonOf(errno, absent, foreign);
         }
         struct stat state {};
-        if (fstat(m_descriptor, &state) != 0 || state.st_uid != geteuid()) {
+        if (fstat(m_descriptor, &state) != 0) {
+            close();
+            return irsdk_Error::OpenFailed;
+        }
+        if (state.st_uid != geteuid()) {
             close();
             return foreign;
         }
@@ -75,6 +79,17 @@ public:
     }
 
 private:
+    static irsdk_Error reasonOf(int error, irsdk_Error absent, irsdk_Error foreign) {
+        switch (error) {
+            case ENOENT:
+                return absent;
+            case EACCES:
+                return foreign;
+            default:
+                return irsdk_Error::OpenFailed;
+        }
+    }
+
     int m_descriptor = -1;
 };
 
@@ -173,10 +188,14 @@ irsdk_Error DataValidEvent::open() {
         return error;
     }
     constexpr std::size_t kCounterSize = sizeof(std::uint32_t);
-    if (m_handle->object.size() < kCounterSize ||
-        !m_handle->view.map(m_handle->object.descriptor(), kCounterSize)) {
+    // Between its creation and its first size it is no event yet.
+    if (m_handle->object.size() < kCounterSize) {
         m_handle->object.close();
         return irsdk_Error::NoEvent;
+    }
+    if (!m_handle->view.map(m_handle->object.descriptor(), kCounterSize)) {
+        m_handle->object.close();
+        return irsdk_Error::MapFailed;
     }
     return irsdk_Error::None;
 }

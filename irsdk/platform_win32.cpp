@@ -21,7 +21,14 @@ std::size_t viewSize(const void* view) {
 }
 
 irsdk_Error reasonOf(DWORD error, irsdk_Error absent, irsdk_Error foreign) {
-    return error == ERROR_ACCESS_DENIED ? foreign : absent;
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND:
+            return absent;
+        case ERROR_ACCESS_DENIED:
+            return foreign;
+        default:
+            return irsdk_Error::OpenFailed;
+    }
 }
 
 }  // namespace

@@ -4,10 +4,12 @@
 
 #include <array>
 #include <chrono>
+#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -82,6 +84,21 @@ TEST_P(LinuxLink, AnEventOfAnotherUserIsRefused) {
 
     EXPECT_FALSE(irsdk_startup());
     EXPECT_EQ(irsdk_lastError(), irsdk_Error::ForeignEvent);
+}
+
+TEST_P(LinuxLink, ABlockThatCannotBeOpenedIsToldApartFromAMissingOne) {
+    publisher.publish(block);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit none = before;
+    none.rlim_cur = 0;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const bool opened = irsdk_startup();
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+
+    EXPECT_FALSE(opened);
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::OpenFailed);
+    EXPECT_TRUE(irsdk_startup());
 }
 
 TEST_P(LinuxLink, AHalfOpenLinkLetsAnAbandonedBlockGo) {
