@@ -25,20 +25,52 @@ ScarceMemory::~ScarceMemory() {
 
 }  // namespace testsupport
 
-// In the place of the library's own; its other forms of new and delete end here as well.
+// In the place of the library's own. All forms but those for special alignments: a sanitizer that
+// has forms of its own would find memory of one kind given back as another.
 
-void* operator new(std::size_t size) {
-    void* const memory = size <= largestPiece ? std::malloc(size > 0 ? size : 1) : nullptr;
+namespace {
+
+void* piece(std::size_t size) noexcept {
+    return size <= largestPiece ? std::malloc(size > 0 ? size : 1) : nullptr;
+}
+
+void* pieceOrException(std::size_t size) {
+    void* const memory = piece(size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
     return memory;
 }
 
+}  // namespace
+
+void* operator new(std::size_t size) {
+    return pieceOrException(size);
+}
+void* operator new[](std::size_t size) {
+    return pieceOrException(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return piece(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return piece(size);
+}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept {
     std::free(memory);
 }
