@@ -116,9 +116,11 @@ std::string LapLedger::complaint(const char* what, const std::string& lap, int c
 
 LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap, const Window& seen) const {
     std::vector<HandedLap> pieces;
+    // One that begins later says nothing: what was open when the host stopped looking is discarded.
     std::copy_if(m_handed.begin(), m_handed.end(), std::back_inserter(pieces),
-                 [&lap](const HandedLap& handed) {
-                     return handed.car == lap.car && handed.lastTick >= lap.start;
+                 [&](const HandedLap& handed) {
+                     return handed.car == lap.car && handed.lastTick >= lap.start &&
+                            handed.firstTick <= seen.to;
                  });
     std::sort(pieces.begin(), pieces.end(), [](const HandedLap& left, const HandedLap& right) {
         return left.firstTick < right.firstTick;

@@ -185,6 +185,18 @@ TEST(LapLedger, AsksForNoPieceThatWasDrivenWhileTheHostDidNotLook) {
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1) << "100 ticks were seen";
 }
 
+TEST(LapLedger, DoesNotMissAPieceThatWasOpenWhenTheHostStoppedLooking) {
+    LapLedger ledger = ledgerThatSaw(kStart - 100, kFinish + 700);
+    ledger.see(kFinish + 750, false);
+    ledger.see(kFinish + 1500, true);
+    HandedLap next = handed();
+    next.firstTick = kFinish + 741;
+    next.lastTick = kFinish + 1400;
+    ledger.hand(next);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).cutShort, 1);
+    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 0);
+}
+
 TEST(LapLedger, SaysWhatIsNotEven) {
     LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
     HandedLap other = handed();
