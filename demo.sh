@@ -109,7 +109,7 @@ keep_laps() {
     local table base
     mkdir -p "$laps_folder"
     rm -f "$laps_folder"/car*.{csv,json,png}
-    printf '\nLaps as picture (.png), table (.csv) and header (.json):\n'
+    printf '\nKept of them as picture (.png), table (.csv) and header (.json):\n'
     while IFS= read -r table; do
         base="${table%.csv}"
         mv "$work_folder/laps/$base".{csv,json,png} "$laps_folder/"
