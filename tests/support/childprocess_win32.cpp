@@ -36,6 +36,27 @@ std::wstring commandLine(const std::string& program, const std::vector<std::stri
     return line;
 }
 
+/**
+ * Wine sometimes loses a process on its way to life, for no fault of the program's: that one error
+ * is met with another attempt.
+ */
+bool createProcess(std::wstring line, STARTUPINFOW& startup, PROCESS_INFORMATION& child) {
+    constexpr int kAttempts = 5;
+    constexpr DWORD kPause = 200;  // milliseconds
+    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+        if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                           &startup, &child) != 0) {
+            return true;
+        }
+        if (GetLastError() != ERROR_INTERNAL_ERROR) {
+            return false;
+        }
+        Sleep(kPause);
+    }
+    SetLastError(ERROR_INTERNAL_ERROR);
+    return false;
+}
+
 }  // namespace
 
 struct ChildProcess::Process {
@@ -113,9 +134,7 @@ bool ChildProcess::start(const std::string& program, const std::vector<std::stri
     startup.hStdOutput = childOutput;
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION child{};
-    std::wstring line = commandLine(program, arguments);
-    const bool started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                        nullptr, &startup, &child) != 0;
+    const bool started = createProcess(commandLine(program, arguments), startup, child);
     const DWORD error = GetLastError();
     closeHandle(childInput);
     closeHandle(childOutput);
