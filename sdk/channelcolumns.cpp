@@ -35,6 +35,7 @@ qsizetype growthStart(qsizetype room) {
 // Rows that are kept before they go into the channels. Twice as many would save a little more and
 // make the tick in which they go longer.
 constexpr qsizetype kRows = 16;
+constexpr auto kRowsASize = static_cast<std::size_t>(kRows);
 
 // Columns between one and those whose memory is asked for: no pattern leads to the lists' ends.
 constexpr std::size_t kChannelDistance = 12;
@@ -65,7 +66,7 @@ ChannelColumns& ChannelColumns::operator=(ChannelColumns const& other) {
     if (this != &other) {
         other.expose();
         m_columns = other.m_columns;
-        m_rows.clear();
+        m_keptRows = 0;
         m_isExposed = true;
         m_rowsToKeep = other.m_rowsToKeep;
         m_length = other.m_length;
@@ -105,15 +106,12 @@ int ChannelColumns::orderAt(Values value, Values lastValue, std::size_t column) 
 
 /** Without effect and false when a value has no column yet. */
 bool ChannelColumns::appendRow(DynamicData::ValueMap const& values) {
-    const std::size_t rowsBefore = m_rows.size();
-    if (rowsBefore == 0) {
-        m_rows.reserve(m_columns.size() * static_cast<std::size_t>(kRows));
-    }
-    m_rows.resize(rowsBefore + m_columns.size());
-    double* entry = m_rows.data() + rowsBefore;
+    m_kept.resize(m_columns.size() * kRowsASize);
+    double* entry = m_kept.data() + m_keptRows;
     auto value = values.cbegin();
     const auto lastValue = values.cend();
-    for (std::size_t column = 0; column < m_columns.size(); ++column) {
+    std::size_t column = 0;
+    for (; column < m_columns.size(); ++column) {
         const int order = orderAt(value, lastValue, column);
         if (order < 0) {
             break;
@@ -124,12 +122,12 @@ bool ChannelColumns::appendRow(DynamicData::ValueMap const& values) {
             *entry = toNumber(value->value);
             ++value;
         }
-        ++entry;
+        entry += kRows;
     }
-    if (entry != m_rows.data() + m_rows.size() || value != lastValue) {
-        m_rows.resize(rowsBefore);
+    if (column != m_columns.size() || value != lastValue) {
         return false;
     }
+    ++m_keptRows;
     ++m_length;
     return true;
 }
@@ -161,7 +159,7 @@ void ChannelColumns::expose() const {
     }
     flush();
     m_isExposed = true;
-    std::vector<double>().swap(m_rows);
+    std::vector<double>().swap(m_kept);
 }
 
 void ChannelColumns::forget() {
@@ -170,11 +168,11 @@ void ChannelColumns::forget() {
 
 void ChannelColumns::clear() {
     m_columns.clear();
-    m_rows.clear();
+    m_keptRows = 0;
 }
 
 qsizetype ChannelColumns::keptRows() const {
-    return m_rows.empty() ? 0 : static_cast<qsizetype>(m_rows.size() / m_columns.size());
+    return m_columns.empty() ? 0 : m_keptRows;
 }
 
 void ChannelColumns::flush() const {
@@ -186,12 +184,10 @@ void ChannelColumns::flush() const {
         prefetchBehind(column);
         QList<double>& samples = m_columns[column].channel->samples;
         samples.resize(samples.size() + rows);
-        double* entry = samples.data() + samples.size() - rows;
-        for (std::size_t i = column; i < m_rows.size(); i += m_columns.size()) {
-            *entry++ = m_rows[i];
-        }
+        std::copy_n(m_kept.data() + column * kRowsASize, rows,
+                    samples.data() + samples.size() - rows);
     }
-    m_rows.clear();
+    m_keptRows = 0;
 }
 
 void ChannelColumns::expect(qsizetype samples) {
@@ -199,6 +195,7 @@ void ChannelColumns::expect(qsizetype samples) {
 }
 
 void ChannelColumns::startOver(ChannelMap const& channels) {
+    m_keptRows = 0;
     m_grown = 0;
     m_room = kFirstRoom;
     m_growFrom = growthStart(kFirstRoom);

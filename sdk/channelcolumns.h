@@ -17,9 +17,10 @@ namespace TLM::SDK {
  * Appends samples to the recorded channels of a lap, for Lap::addSample().
  *
  * In a tick thousands of lists grow by one entry each, and every one of them lies elsewhere: the
- * way to their ends costs many times what the entries do. So while nobody looks, entries are kept
- * in rows, a sample a row, and now and then put into all channels at once. Whoever is given a
- * channel could look at any time: from expose() on every sample goes to the channels directly.
+ * way to their ends costs many times what the entries do. So while nobody looks, the entries of
+ * some samples are kept in one place, those of a channel side by side, and now and then put into
+ * all channels at once. Whoever is given a channel could look at any time: from expose() on every
+ * sample goes to the channels directly.
  *
  * Room in the lists is made ahead, for a few channels with each sample while the present room fills
  * up, and towards the expected length, so that there is never a sample at which all lists of a lap
@@ -83,7 +84,8 @@ private:
     [[nodiscard]] qsizetype nextRoom() const;
 
     std::vector<Column> m_columns;
-    mutable std::vector<double> m_rows;  // one after the other
+    mutable std::vector<double> m_kept;  // entries of a column, then those of the next
+    mutable qsizetype m_keptRows = 0;
     mutable bool m_isExposed = false;
     qsizetype m_rowsToKeep = 0;
     qsizetype m_length = 0;  // of the first channel, with the rows
