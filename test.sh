@@ -125,7 +125,7 @@ print_failures() {
 }
 
 print_usage() {
-    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "$(basename "${BASH_SOURCE[0]}")"
+    sed -n '2,/^set /{/^set /d;s/^# \{0,1\}//;p}' "${BASH_SOURCE[0]##*/}"
 }
 
 print_stages() {

@@ -32,8 +32,8 @@ qsizetype growthStart(qsizetype room) {
     return room - std::max(room / kGrowthPart, kMinGrowthSamples);
 }
 
-// Rows that are kept before they go into the channels. Twice as many would save a little more and
-// make the tick in which they go longer.
+// Rows that are kept before they go into the channels. Twice as many are no faster, and make the
+// tick in which they go longer.
 constexpr qsizetype kRows = 16;
 constexpr auto kRowsASize = static_cast<std::size_t>(kRows);
 

@@ -29,6 +29,13 @@ HandedLap handed(bool completed = true) {
     return {.car = 4, .firstTick = kStart, .lastTick = kFinish - 1, .completed = completed};
 }
 
+HandedLap piece(long long firstTick, long long lastTick) {
+    HandedLap lap = handed();
+    lap.firstTick = firstTick;
+    lap.lastTick = lastTick;
+    return lap;
+}
+
 LapLedger ledgerThatSaw(long long from, long long to) {
     LapLedger ledger;
     ledger.see(from, false);
@@ -155,19 +162,13 @@ TEST(LapLedger, FindsACompletedLapThatNobodyDrove) {
 
 TEST(LapLedger, AsksOfOtherCarsBehindAnEarlierRunThatNoSampleIsMissing) {
     LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap first = handed();
-    first.lastTick = kStart + 300;
-    HandedLap second = handed();
-    second.firstTick = kStart + 302;
-    second.lastTick = kFinish + 90;
-    ledger.hand(first);
+    ledger.hand(piece(kStart, kStart + 300));
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).cutShort, 1) << "the rest is open";
     LapLedger whole = ledger;
-    whole.hand(second);
+    whole.hand(piece(kStart + 302, kFinish + 90));
     EXPECT_EQ(whole.balance({lap()}, Trust::OwnCar).inPieces, 1);
     EXPECT_EQ(whole.balance({lap()}, Trust::OwnCar).neverDriven, 0);
-    second.firstTick = kStart + 400;
-    ledger.hand(second);
+    ledger.hand(piece(kStart + 400, kFinish + 90));
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1);
 }
 
@@ -175,13 +176,10 @@ TEST(LapLedger, AsksForNoPieceThatWasDrivenWhileTheHostDidNotLook) {
     LapLedger ledger = ledgerThatSaw(kStart - 100, kStart + 300);
     ledger.see(kStart + 600, false);
     ledger.see(kFinish + 200, true);
-    HandedLap piece = handed();
-    piece.firstTick = kStart + 602;
-    piece.lastTick = kFinish + 90;
-    ledger.hand(piece);
+    ledger.hand(piece(kStart + 602, kFinish + 90));
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).inPieces, 1);
     ledger = ledgerThatSaw(kStart + 500, kFinish + 200);
-    ledger.hand(piece);
+    ledger.hand(piece(kStart + 602, kFinish + 90));
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1) << "100 ticks were seen";
 }
 
@@ -189,19 +187,14 @@ TEST(LapLedger, DoesNotMissAPieceThatWasOpenWhenTheHostStoppedLooking) {
     LapLedger ledger = ledgerThatSaw(kStart - 100, kFinish + 700);
     ledger.see(kFinish + 750, false);
     ledger.see(kFinish + 1500, true);
-    HandedLap next = handed();
-    next.firstTick = kFinish + 741;
-    next.lastTick = kFinish + 1400;
-    ledger.hand(next);
+    ledger.hand(piece(kFinish + 741, kFinish + 1400));
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).cutShort, 1);
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 0);
 }
 
 TEST(LapLedger, SaysWhatIsNotEven) {
     LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap other = handed();
-    other.lastTick = kStart + 300;
-    ledger.hand(other);
+    ledger.hand(piece(kStart, kStart + 300));
     const LapBalance balance = ledger.balance({lap()}, Trust::AllCars);
     ASSERT_EQ(balance.complaints.size(), 2U);
     EXPECT_EQ(balance.complaints.front(),
