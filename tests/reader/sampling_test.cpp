@@ -39,6 +39,16 @@ protected:
         knowOwnCar();
     }
 
+    /** A value of the own car's, one of each car's, and the clock that all cars get. */
+    void publishValuesOfBothCars() {
+        knowOwnCar();
+        block.addVariable("Speed", irsdk_int);
+        block.addVariable("SessionTime", irsdk_double);
+        block.addVariable("SessionTimeRemain", irsdk_double);
+        block.addVariable("SessionTick", irsdk_int);
+        block.addVariable("CarIdxLap", irsdk_int, kSlots);
+    }
+
     void take() {
         reader.getRawData(&block.header(), block.varHeaders(), block.snapshot(),
                           block.snapshotLength());
@@ -341,12 +351,7 @@ TEST_F(Sampling, WritesAValueAgainThatSomeoneChanged) {
 }
 
 TEST_F(Sampling, FillsSamplesThatWereHandedOutLikeAnyOther) {
-    knowOwnCar();
-    block.addVariable("Speed", irsdk_int);
-    block.addVariable("SessionTime", irsdk_double);
-    block.addVariable("SessionTimeRemain", irsdk_double);
-    block.addVariable("SessionTick", irsdk_int);
-    block.addVariable("CarIdxLap", irsdk_int, kSlots);
+    publishValuesOfBothCars();
     iRTelemetryReader looking;
     looking.setYaml(drive.session.toYaml().constData());
     looking.updateCarList();
@@ -400,12 +405,7 @@ TEST_F(Sampling, LeavesCopiesOfASampleAsTheyWere) {
 }
 
 TEST_F(Sampling, LeavesEveryCopyThatAHostKeepsAsItWas) {
-    knowOwnCar();
-    block.addVariable("Speed", irsdk_int);
-    block.addVariable("SessionTime", irsdk_double);
-    block.addVariable("SessionTimeRemain", irsdk_double);
-    block.addVariable("SessionTick", irsdk_int);
-    block.addVariable("CarIdxLap", irsdk_int, kSlots);
+    publishValuesOfBothCars();
     struct Kept {
         int tick;
         Sample own;
