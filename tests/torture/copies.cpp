@@ -3,9 +3,9 @@
 #include "irsdk/irsdk.h"
 #include "tests/support/checkedsnapshot.h"
 #include "tests/support/childprocess.h"
+#include "tests/support/publishedobjects.h"
 #include "tests/support/publisher.h"
 #include "tests/support/testblock.h"
-#include "tests/torture/objectnames.h"
 #include "tools/simulator/checksum.h"
 
 #include <array>
@@ -121,7 +121,7 @@ CopyCount copyCarelessly(milliseconds atMost) {
 /** The stand-in simulator as fast as it can, with one buffer, which every tick overwrites. */
 CopyCount copyOfSimulator(const std::string& programs) {
     // What somebody left who was killed must not be taken for the simulator's.
-    removeNames();
+    testsupport::PublishedObjects::removeLeftovers();
     testsupport::ChildProcess simulator;
     if (!simulator.start(programs + "/rataip-simulator",
                          {"--speed", "max", "--quiet", "--buffer-count", "1", "--cars", "4"})) {
@@ -150,7 +150,7 @@ CopyCount copyOfSimulator(const std::string& programs) {
         isWhole);
     irsdk_shutdown();
     simulator.kill();
-    removeNames();
+    testsupport::PublishedObjects::removeLeftovers();
     return count;
 }
 

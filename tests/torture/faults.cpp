@@ -1,6 +1,6 @@
 #include "tests/torture/faults.h"
 
-#include "tests/torture/objectnames.h"
+#include "tests/support/publishedobjects.h"
 
 #include <QCoreApplication>
 
@@ -27,6 +27,9 @@ constexpr seconds kStall(5);
 constexpr milliseconds kStallAnswer(10000);
 constexpr seconds kSettlingTime(60);
 constexpr off_t kCutLength = 4096;
+
+// The simulator's block, as Linux knows it.
+constexpr const char* kBlockName = "/IRSDKMemMapFileName";
 
 // Some three laps.
 constexpr int kMostTicks = 5000;
@@ -102,7 +105,7 @@ void FaultTest::run(Clock::time_point end) {
     }
     finish();
     m_connector.stop();
-    removeNames();
+    testsupport::PublishedObjects::removeLeftovers();
 }
 
 /** A run of the simulator, from the connection to what ends it. */
@@ -285,7 +288,7 @@ void FaultTest::switchStatus() {
 void FaultTest::removeObjects() {
     ++m_removals;
     m_isNameless = true;
-    removeNames();
+    testsupport::PublishedObjects::removeLeftovers();
 }
 
 void FaultTest::cutObjects() {
