@@ -1,5 +1,7 @@
 #include "tests/plugin/plugintest.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QEventLoop>
 
 #include <cmath>
@@ -156,10 +158,14 @@ public:
     HostThread(const HostThread&) = delete;
     HostThread& operator=(const HostThread&) = delete;
 
-    /** Handles everything posted before, and ends. */
+    /**
+     * Handles everything posted before, and ends. An event belongs to one thread at a time; the
+     * references of a queued call would be counted by both, where the tool does not see it.
+     */
     KeepingHost::Report finish() {
         if (m_thread.joinable()) {
-            QMetaObject::invokeMethod(m_loop, &QEventLoop::quit, Qt::QueuedConnection);
+            QCoreApplication::postEvent(m_loop, new QEvent(QEvent::Quit));
+            m_posted.set_value();
             m_thread.join();
         }
         return m_report;
@@ -171,11 +177,14 @@ private:
         QEventLoop loop;
         m_started.set_value(&loop);
         loop.exec();
+        // To post an event ends with a wake-up of this thread, which must still be there for it.
+        m_posted.get_future().wait();
         m_report = host.finish();
     }
 
     Handover m_handover;
     std::promise<QEventLoop*> m_started;
+    std::promise<void> m_posted;
     KeepingHost::Report m_report;
     QEventLoop* m_loop = nullptr;
     std::thread m_thread;
