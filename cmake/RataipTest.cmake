@@ -7,13 +7,15 @@ set(RATAIP_DISCOVERY_TIMEOUT 120)
 #
 # A GoogleTest program whose test cases appear in CTest one by one, named "<target>/<Suite>.<Case>".
 # SIMULATOR marks a program that publishes or opens the simulator's named objects: their names are
-# fixed for the whole machine, so such cases never run side by side.
+# fixed for the whole machine, so such cases never run side by side, and each begins without them.
 function(rataip_add_test)
     cmake_parse_arguments(ARG "SIMULATOR" "NAME" "SOURCES;LIBS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_link_libraries(${ARG_NAME} PRIVATE rataip_common ${ARG_LIBS} GTest::gtest_main)
     set(properties TIMEOUT ${RATAIP_TEST_TIMEOUT})
     if(ARG_SIMULATOR)
+        target_sources(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests/support/nosimulator.cpp")
+        target_link_libraries(${ARG_NAME} PRIVATE rataip_test_support)
         list(APPEND properties RESOURCE_LOCK simulator-objects)
     endif()
     if(RATAIP_WINE)

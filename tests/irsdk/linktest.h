@@ -22,8 +22,7 @@ inline std::size_t bufferOffsetField(int buffer) {
 }
 
 /**
- * A closed link and no simulator at the start and at the end of each case, and a block of three
- * buffers to publish.
+ * A closed link at the start and at the end of each case, and a block of three buffers to publish.
  */
 class LinkFixture : public ::testing::Test {
 protected:
@@ -36,10 +35,7 @@ protected:
         snapshot.resize(static_cast<std::size_t>(block.snapshotLength()));
     }
 
-    void SetUp() override {
-        irsdk_shutdown();
-        testsupport::PublishedObjects::removeLeftovers();
-    }
+    void SetUp() override { irsdk_shutdown(); }
 
     void TearDown() override {
         irsdk_shutdown();

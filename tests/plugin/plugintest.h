@@ -5,7 +5,6 @@
 #include "tests/plugin/stagedsimulator.h"
 #include "tests/support/openobjects.h"
 #include "tests/support/printqt.h"
-#include "tests/support/publishedobjects.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -23,9 +22,7 @@ protected:
 
     PluginTest() : PluginTest(new iRPluginLive) {}
     /** With a plugin of the test's own, which the fixture deletes. */
-    explicit PluginTest(iRPluginLive* made) : plugin(made), host(plugin->dataEmitter()) {
-        testsupport::PublishedObjects::removeLeftovers();
-    }
+    explicit PluginTest(iRPluginLive* made) : plugin(made), host(plugin->dataEmitter()) {}
     ~PluginTest() override { delete plugin.data(); }
 
     void initialize() {

@@ -81,15 +81,6 @@ bool objectsAreThere() {
     return std::filesystem::exists(kBlockFile) || std::filesystem::exists(kEventFile);
 }
 
-class SimulatorProgram : public ::testing::Test {
-protected:
-    // Other tests kill their simulators, which leaves the objects behind.
-    void SetUp() override {
-        std::filesystem::remove(kBlockFile);
-        std::filesystem::remove(kEventFile);
-    }
-};
-
 std::filesystem::path temporary(const char* name) {
     return std::filesystem::temp_directory_path() /
            (std::string("rataip-simulator-") + std::to_string(::getpid()) + name);
@@ -162,7 +153,7 @@ std::uint64_t sumOfRun(const std::vector<std::string>& arguments, int ticks) {
 
 }  // namespace
 
-TEST_F(SimulatorProgram, PrintsItsVersionAndItsHelp) {
+TEST(SimulatorProgram, PrintsItsVersionAndItsHelp) {
     SimulatorProcess version({"--version"});
     EXPECT_EQ(version.wait(), 0);
     EXPECT_EQ(version.output(), "rataip-simulator " SIMULATOR_VERSION "\n");
@@ -172,7 +163,7 @@ TEST_F(SimulatorProgram, PrintsItsVersionAndItsHelp) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST_F(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
+TEST(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
     SimulatorProcess process({"--cars", "900"});
     EXPECT_EQ(process.wait(), 2);
     EXPECT_EQ(process.errors(),
@@ -181,7 +172,7 @@ TEST_F(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST_F(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
+TEST(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
     SimulatorProcess process({"--log", "/nowhere/at/all.tsv"});
     EXPECT_EQ(process.wait(), 1);
     EXPECT_EQ(process.errors(),
@@ -189,7 +180,7 @@ TEST_F(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST_F(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
+TEST(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
     SimulatorProcess process(kLockstep);
     begin(process);
     struct stat facts {};
@@ -200,7 +191,7 @@ TEST_F(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
     }
 }
 
-TEST_F(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
+TEST(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
     SimulatorProcess process(kLockstep);
     begin(process);
     const MappedBlock block;
@@ -218,7 +209,7 @@ TEST_F(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
     EXPECT_EQ(block.descriptor(block.newest()).tickCount, 42) << "nothing by the clock";
 }
 
-TEST_F(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
+TEST(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
     SimulatorProcess process(kLockstep);
     begin(process);
     const int file = ::shm_open("/IRSDKDataValidEvent", O_RDONLY, 0);
@@ -236,7 +227,7 @@ TEST_F(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
     ::munmap(start, 4);
 }
 
-TEST_F(SimulatorProgram, RefusesCommandsThatItDoesNotKnow) {
+TEST(SimulatorProgram, RefusesCommandsThatItDoesNotKnow) {
     SimulatorProcess process(kLockstep);
     begin(process);
     for (const char* line : {"step 0", "step -1", "step x", "jump", "stall", "stall x", "stall -1",
@@ -248,7 +239,7 @@ TEST_F(SimulatorProgram, RefusesCommandsThatItDoesNotKnow) {
     EXPECT_EQ(process.readLine(), "tick 1");
 }
 
-TEST_F(SimulatorProgram, ClearsAndSetsTheStatusBitWhenTold) {
+TEST(SimulatorProgram, ClearsAndSetsTheStatusBitWhenTold) {
     SimulatorProcess process(kLockstep);
     begin(process);
     const MappedBlock block;
@@ -260,7 +251,7 @@ TEST_F(SimulatorProgram, ClearsAndSetsTheStatusBitWhenTold) {
     EXPECT_EQ(block.header().status & irsdk_stConnected, irsdk_stConnected);
 }
 
-TEST_F(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
+TEST(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
     SimulatorProcess process({"--commands", "--track", "short", "--cars", "3", "--speed", "10"});
     begin(process);
     const MappedBlock block;
@@ -274,7 +265,7 @@ TEST_F(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
     EXPECT_EQ(process.wait(), 0);
 }
 
-TEST_F(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
+TEST(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
     SimulatorProcess process(kLockstep);
     begin(process);
     process.tell("step 3");
@@ -284,7 +275,7 @@ TEST_F(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST_F(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
+TEST(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
     for (const int number : {SIGINT, SIGTERM}) {
         SimulatorProcess process({"--track", "short"});
         begin(process);
@@ -297,7 +288,7 @@ TEST_F(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
     }
 }
 
-TEST_F(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
+TEST(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
     SimulatorProcess first(kLockstep);
     begin(first);
     SimulatorProcess second(kLockstep);
@@ -309,7 +300,7 @@ TEST_F(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
     EXPECT_EQ(first.readLine(), "tick 1");
 }
 
-TEST_F(SimulatorProgram, TakesOverWhatACrashedOneLeft) {
+TEST(SimulatorProgram, TakesOverWhatACrashedOneLeft) {
     SimulatorProcess crashed({"--track", "short", "--buffer-count", "4", "--pad-buffer", "50000"});
     begin(crashed);
     const MappedBlock old;
@@ -330,14 +321,14 @@ TEST_F(SimulatorProgram, TakesOverWhatACrashedOneLeft) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST_F(SimulatorProgram, PublishesTheSameBytesTwiceForTheSameSeed) {
+TEST(SimulatorProgram, PublishesTheSameBytesTwiceForTheSameSeed) {
     const auto arguments = with(kLockstep, {"--seed", "9"});
     const std::uint64_t first = sumOfRun(arguments, 400);
     EXPECT_EQ(sumOfRun(arguments, 400), first);
     EXPECT_NE(sumOfRun(with(kLockstep, {"--seed", "10"}), 400), first);
 }
 
-TEST_F(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
+TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
     const std::filesystem::path log = temporary("laps.tsv");
     Options options;
     options.track = TrackChoice::Short;
@@ -394,20 +385,20 @@ TEST_F(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
     std::filesystem::remove(log);
 }
 
-TEST_F(SimulatorProgram, EndsAfterTheTimeAskedFor) {
+TEST(SimulatorProgram, EndsAfterTheTimeAskedFor) {
     SimulatorProcess process({"--speed", "max", "--duration", "20", "--track", "short"});
     EXPECT_EQ(process.wait(), 0);
     EXPECT_NE(process.output().find("Ended after 1200 ticks."), std::string::npos);
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST_F(SimulatorProgram, EndsSomeTicksAfterTheLapsAskedFor) {
+TEST(SimulatorProgram, EndsSomeTicksAfterTheLapsAskedFor) {
     SimulatorProcess process({"--speed", "max", "--laps", "2", "--track", "short"});
     EXPECT_EQ(process.wait(), 0);
     EXPECT_NE(process.output().find("flying, complete"), std::string::npos);
 }
 
-TEST_F(SimulatorProgram, PrintsNothingWhenQuiet) {
+TEST(SimulatorProgram, PrintsNothingWhenQuiet) {
     SimulatorProcess process(with(kLockstep, {"--quiet"}));
     process.tell("step 10");
     process.tell("quit");
@@ -416,7 +407,7 @@ TEST_F(SimulatorProgram, PrintsNothingWhenQuiet) {
     EXPECT_EQ(process.errors(), "");
 }
 
-TEST_F(SimulatorProgram, KeepsPaceWithTheClock) {
+TEST(SimulatorProgram, KeepsPaceWithTheClock) {
     SimulatorProcess process({"--track", "short", "--cars", "3", "--speed", "4"});
     begin(process);
     const MappedBlock block;
@@ -432,7 +423,7 @@ TEST_F(SimulatorProgram, KeepsPaceWithTheClock) {
     EXPECT_LT(ticks, passed.count() * 480.0);
 }
 
-TEST_F(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
+TEST(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
     SimulatorProcess process(kLockstep);
     begin(process);
     irsdk_broadcastMsg(irsdk_BroadcastMsg{3}, -5, 70000);
@@ -440,7 +431,7 @@ TEST_F(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
     EXPECT_EQ(line.rfind("Broadcast message 3 (-5, 70000), number ", 0), 0U) << line;
 }
 
-TEST_F(SimulatorProgram, IsReadByTheLinkWithoutALostOrTornTick) {
+TEST(SimulatorProgram, IsReadByTheLinkWithoutALostOrTornTick) {
     Options options;
     options.track = TrackChoice::Short;
     options.cars = 6;
