@@ -132,6 +132,12 @@ void storeAs(char* bytes, std::int32_t type, double number) {
     }
 }
 
+/** Where an element lies in the snapshot. */
+std::size_t placeOf(const irsdk_varHeader& entry, int element) {
+    return static_cast<std::size_t>(entry.offset) +
+           static_cast<std::size_t>(element) * irsdk_varTypeSize(entry.type);
+}
+
 double fraction(double laps) {
     return laps - std::floor(laps);
 }
@@ -330,9 +336,8 @@ Workload::Workload(int ticksPerLap) : m_ticksPerLap(ticksPerLap) {
     m_start.resize(static_cast<std::size_t>(m_bufferLength));
     for (std::size_t i = 0; i < m_table.size(); ++i) {
         const irsdk_varHeader& entry = m_table[i];
-        const auto size = static_cast<int>(irsdk_varTypeSize(entry.type));
         for (int element = 0; element < entry.count; ++element) {
-            storeAs(m_start.data() + entry.offset + element * size, entry.type,
+            storeAs(m_start.data() + placeOf(entry, element), entry.type,
                     entry.type == irsdk_bool ? 0.0 : static_cast<double>(i % 50) + 0.5);
         }
     }
@@ -340,7 +345,7 @@ Workload::Workload(int ticksPerLap) : m_ticksPerLap(ticksPerLap) {
 
 void Workload::addVariable(const std::string& name, irsdk_VarType type, int count,
                            const std::string& unit) {
-    const auto size = static_cast<int>(irsdk_varTypeSize(type));
+    const int size = std::max(static_cast<int>(irsdk_varTypeSize(type)), 1);
     irsdk_varHeader entry{};
     entry.type = type;
     entry.offset = (m_bufferLength + size - 1) / size * size;
@@ -423,10 +428,9 @@ void Workload::fill(char* snapshot, int tick) const {
     }
     fillOwnClock(snapshot, tick);
     for (int i = 0; i < perCarVariableCount; ++i) {
-        const irsdk_varHeader& entry = m_table[static_cast<std::size_t>(ownVariableCount + i)];
-        const auto size = static_cast<int>(irsdk_varTypeSize(entry.type));
+        const irsdk_varHeader& entry = m_table[ownVariableCount + static_cast<std::size_t>(i)];
         for (int car = 0; car < carCount; ++car) {
-            char* const bytes = snapshot + entry.offset + car * size;
+            char* const bytes = snapshot + placeOf(entry, car);
             const double laps = distance(car, tick);
             if (i == 0) {
                 storeAs(bytes, entry.type, fraction(laps));
@@ -437,7 +441,8 @@ void Workload::fill(char* snapshot, int tick) const {
             } else if (i == changingPerCarVariableCount + 1) {
                 storeAs(bytes, entry.type, std::floor(laps));
             } else if (entry.type == irsdk_int) {
-                storeAs(bytes, entry.type, (tick / quietChangeInterval + car * i) / carCount);
+                const int quiet = (tick / quietChangeInterval + car * i) / carCount;
+                storeAs(bytes, entry.type, quiet);
             }
         }
     }

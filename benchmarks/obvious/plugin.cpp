@@ -8,7 +8,6 @@
 namespace obvious {
 
 using TLM::SDK::CarInfo;
-using TLM::SDK::CarStatus;
 using TLM::SDK::Lap;
 using TLM::SDK::Sample;
 

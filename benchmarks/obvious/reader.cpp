@@ -14,7 +14,6 @@ namespace obvious {
 using namespace Qt::StringLiterals;
 using TLM::SDK::CarStatus;
 using TLM::SDK::DynamicData;
-using TLM::SDK::Lap;
 using TLM::SDK::Sample;
 using TLM::SDK::Value;
 
@@ -24,9 +23,10 @@ constexpr int carSlotCount = 64;
 constexpr int perCarPrefixLength = 6;
 
 template <typename Number>
-Number load(const char* bytes) {
+Number load(const char* elements, int element) {
     Number number;
-    std::memcpy(&number, bytes, sizeof number);
+    std::memcpy(&number, elements + sizeof number * static_cast<std::size_t>(element),
+                sizeof number);
     return number;
 }
 
@@ -157,23 +157,23 @@ void Reader::getRawData(const irsdk_header* header, const irsdk_varHeader* vars,
 
 void Reader::convert(const irsdk_varHeader& variable, const char* data, int element,
                      QVariant& value) {
-    const char* bytes = data + variable.offset;
+    const char* elements = data + variable.offset;
     switch (variable.type) {
         case irsdk_char:
-            value = QVariant(static_cast<int>(load<signed char>(bytes + element)));
+            value = QVariant(static_cast<int>(load<signed char>(elements, element)));
             break;
         case irsdk_bool:
-            value = QVariant(load<unsigned char>(bytes + element) != 0);
+            value = QVariant(load<unsigned char>(elements, element) != 0);
             break;
         case irsdk_int:
         case irsdk_bitField:
-            value = QVariant(load<qint32>(bytes + 4 * element));
+            value = QVariant(load<qint32>(elements, element));
             break;
         case irsdk_float:
-            value = QVariant(load<float>(bytes + 4 * element));
+            value = QVariant(load<float>(elements, element));
             break;
         case irsdk_double:
-            value = QVariant(load<double>(bytes + 8 * element));
+            value = QVariant(load<double>(elements, element));
             break;
         default:
             break;
