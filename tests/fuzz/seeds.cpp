@@ -24,9 +24,11 @@ std::string drivers(int count) {
         " DriverCarMaxFuelPct: 1.0\n DriverCarFuelKgPerLtr: 0.75\n Drivers:\n";
     for (int car = 0; car < count; ++car) {
         const std::string number = std::to_string(car);
-        text += " - CarIdx: " + number + "\n   UserName: Zo\xEB Driver " + number +
-                "\n   TeamName: Team " + number +
-                "\n   CarScreenName: Roadster\n   CarClassShortName: RDS\n   LicColor: 0xfc0706\n";
+        text.append(" - CarIdx: ").append(number);
+        text.append("\n   UserName: Zo\xEB Driver ").append(number);
+        text.append("\n   TeamName: Team ").append(number);
+        text.append(
+            "\n   CarScreenName: Roadster\n   CarClassShortName: RDS\n   LicColor: 0xfc0706\n");
     }
     return text;
 }
