@@ -24,7 +24,7 @@ declare -A stage_titles=(
     [asan]="build with address and undefined-behaviour sanitizers and its tests"
     [tsan]="build with the thread sanitizer and the tests that have threads"
     [windows]="cross build for Windows and its tests, run with Wine"
-    [lint]="clang-tidy over the libraries, the plugin and the console programs"
+    [lint]="clang-tidy over the libraries, the plugin and the programs"
     [fuzz]="every fuzz target for half a minute"
 )
 declare -A stage_packages=(
@@ -88,7 +88,7 @@ stage_lint() {
     local here
     here="$(printf '%s' "$PWD" | sed 's/[][\.*^$+?(){}|]/\\&/g')"
     run-clang-tidy -quiet -j "$jobs" -p build/asan \
-        "^$here/(irsdk|sdk|yaml|reader|plugin|tools/(simulator|host|monitor))/.*\.cpp\$"
+        "^$here/(irsdk|sdk|yaml|reader|plugin|tools|benchmarks)/.*\.cpp\$"
 }
 
 # Four targets share the two minutes.
