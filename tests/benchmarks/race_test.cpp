@@ -82,9 +82,9 @@ private:
     void set(std::string_view name, Number number, int element = 0) {
         for (const irsdk_varHeader& entry : m_workload.table()) {
             if (name == entry.name) {
-                std::memcpy(
-                    m_snapshot.data() + entry.offset + element * static_cast<int>(sizeof number),
-                    &number, sizeof number);
+                const std::size_t place = static_cast<std::size_t>(entry.offset) +
+                                          static_cast<std::size_t>(element) * sizeof number;
+                std::memcpy(m_snapshot.data() + place, &number, sizeof number);
                 return;
             }
         }

@@ -248,7 +248,7 @@ protected:
     static constexpr std::size_t kKept = 2 * kPage;  // the header among it
     static constexpr int kRounds = 20;
     // What a copy takes nearly last; the very end is fetched first by some.
-    static constexpr std::size_t kNearTheEnd = 64 * 1024;
+    static constexpr std::size_t kNearTheEnd = std::size_t{64} * 1024;
 
     /** Publishes the block with a table, a text and a buffer that go to its end; opens the link. */
     void open() {

@@ -9,7 +9,6 @@
 
 using namespace readertest;
 using TLM::SDK::CarStatus;
-using TLM::SDK::Lap;
 using TLM::SDK::LapType;
 using TLM::SDK::Session;
 

@@ -9,7 +9,6 @@
 
 using namespace readertest;
 using TLM::SDK::CarStatus;
-using TLM::SDK::LapType;
 
 namespace {
 

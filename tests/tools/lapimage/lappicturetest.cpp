@@ -13,8 +13,6 @@
 namespace {
 
 using rataip::lapimage::LapPicture;
-using rataip::lapimage::Role;
-using rataip::laps::Axis;
 using TLM::SDK::Lap;
 
 constexpr QSize sheet(1280, 800);

@@ -64,7 +64,7 @@ inline QSharedPointer<TLM::SDK::Lap> ownLap(int number = 4, int size = 1200) {
 
 /** A lap of another car: no pedals, no steering. */
 inline QSharedPointer<TLM::SDK::Lap> otherLap(int slot = 7, int size = 1200) {
-    const QSharedPointer<TLM::SDK::Lap> lap = ownLap(4, size);
+    QSharedPointer<TLM::SDK::Lap> lap = ownLap(4, size);
     lap->setCarId(QString::number(slot));
     lap->setDriverName(QStringLiteral("Björn Kowalski"));
     lap->setDetailedTelemetry(false);

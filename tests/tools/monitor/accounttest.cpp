@@ -11,7 +11,6 @@ namespace {
 
 using rataip::monitor::Account;
 using rataip::monitor::Console;
-using TLM::SDK::CarInfo;
 using TLM::SDK::CarStatus;
 using TLM::SDK::Channel;
 using TLM::SDK::DataEmitter;

@@ -52,7 +52,10 @@ TEST(Random, StaysInItsBounds) {
 }
 
 TEST(Wave, IsASine) {
-    for (double turns = -3.0; turns < 3.0; turns += 0.013) {
+    constexpr int steps = 450;
+    constexpr double turnsPerStep = 6.0 / steps;
+    for (int step = 0; step < steps; ++step) {
+        const double turns = -3.0 + turnsPerStep * step;
         EXPECT_NEAR(wave(turns), std::sin(turns * 2.0 * kPi), 1e-5) << turns;
         EXPECT_NEAR(waveCos(turns), std::cos(turns * 2.0 * kPi), 1e-5) << turns;
     }

@@ -27,6 +27,7 @@ SimulatorProcess::SimulatorProcess(const std::vector<std::string>& arguments) {
     std::vector<std::string> texts = arguments;
     texts.insert(texts.begin(), SIMULATOR_PROGRAM);
     std::vector<char*> words;
+    words.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         words.push_back(text.data());
     }
@@ -84,14 +85,14 @@ std::string SimulatorProcess::readLine() {
         }
     }
     const std::size_t length = m_pending.find('\n');
-    const std::string line = m_pending.substr(0, length);
+    std::string line = m_pending.substr(0, length);
     m_pending.erase(0, length + 1);
     return line;
 }
 
 std::string SimulatorProcess::readUntil(const std::string& start) {
     while (true) {
-        const std::string line = readLine();
+        std::string line = readLine();
         if (line.empty() || line.rfind(start, 0) == 0) {
             return line;
         }

@@ -22,8 +22,8 @@ INSTANTIATE_TEST_SUITE_P(Track, EachTrack, testing::Values(0, 1));
 
 TEST_P(EachTrack, ClosesAfterOneTurn) {
     double turned = 0.0;
-    for (double distance = 0.0; distance < track.length(); distance += 1.0) {
-        turned += track.curvature(distance);
+    for (int meter = 0; meter < track.length(); ++meter) {
+        turned += track.curvature(meter);
     }
     EXPECT_NEAR(std::abs(turned), 2.0 * kPi, 0.02);
     const double jump = wrappedAngle(track.heading(track.length() - 1.0) - track.heading(1.0));
@@ -33,14 +33,14 @@ TEST_P(EachTrack, ClosesAfterOneTurn) {
 TEST_P(EachTrack, HasSlowAndFastPlacesThatABrakeAndAnEngineConnect) {
     double slowest = kTopSpeed;
     double fastest = 0.0;
-    for (double distance = 0.0; distance < track.length(); distance += 1.0) {
-        const double here = track.speed(distance);
-        const double next = track.speed(distance + 1.0);
+    for (int meter = 0; meter < track.length(); ++meter) {
+        const double here = track.speed(meter);
+        const double next = track.speed(meter + 1);
         slowest = std::min(slowest, here);
         fastest = std::max(fastest, here);
-        EXPECT_LT((here * here - next * next) / 2.0, kBraking * 1.1) << distance;
+        EXPECT_LT((here * here - next * next) / 2.0, kBraking * 1.1) << meter;
         EXPECT_LT((next * next - here * here) / 2.0, availableAcceleration(here) * 1.1 + 0.1)
-            << distance;
+            << meter;
     }
     EXPECT_GT(fastest, slowest * 1.3);
 }

@@ -153,6 +153,7 @@ TEST(VariableTable, LaysOutElementsWithoutOverlap) {
     std::size_t end = 100;
     for (const Variable& variable : table.variables()) {
         const std::size_t size = irsdk_varTypeSize(variable.type);
+        ASSERT_GT(size, 0U);
         EXPECT_EQ(variable.offset % size, 0U);
         EXPECT_GE(variable.offset, end);
         end = variable.offset + size * static_cast<std::size_t>(variable.count);

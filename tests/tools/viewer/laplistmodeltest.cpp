@@ -54,7 +54,7 @@ TEST(LapList, SortsSlotsByNumberAndLapsWithoutATimeLast) {
 
 TEST(LapList, LetsTheOldestLapsOfOtherCarsGoFirst) {
     // A lap of the own car has 8 channels here, one of another car 5.
-    LapListModel laps(10 * (8 + 5 + 5));
+    LapListModel laps(qsizetype{10} * (8 + 5 + 5));
     const QAbstractItemModelTester tester(&laps,
                                           QAbstractItemModelTester::FailureReportingMode::Fatal);
     laps.add(ownLap(1, 10));
@@ -69,7 +69,7 @@ TEST(LapList, LetsTheOldestLapsOfOtherCarsGoFirst) {
 }
 
 TEST(LapList, LetsTheOwnCarsOldestLapGoWhenThereAreNoOthers) {
-    LapListModel laps(10 * 16);
+    LapListModel laps(qsizetype{10} * 16);
     for (int number = 1; number <= 3; ++number) {
         laps.add(ownLap(number, 10));
     }
