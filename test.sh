@@ -25,6 +25,7 @@ declare -A stage_titles=(
     [tsan]="build with the thread sanitizer and the tests that have threads"
     [windows]="cross build for Windows and its tests, run with Wine"
     [lint]="clang-tidy over the libraries, the plugin and the programs"
+    [lint-tests]="clang-tidy over the tests, for a quarter of an hour"
     [fuzz]="every fuzz target for half a minute"
 )
 declare -A stage_packages=(
@@ -34,6 +35,7 @@ declare -A stage_packages=(
     [tsan]="build test"
     [windows]="build viewer windows"
     [lint]="build viewer test lint"
+    [lint-tests]="build viewer test lint"
     [fuzz]="build test fuzz"
 )
 # A stage does without these where they cannot be installed, and says so.
@@ -81,14 +83,16 @@ stage_windows() {
 }
 
 # Reads the commands of the build with sanitizers, so what is compiled is what is checked. The
-# generated meta-object sources are not ours to mend. The window, the measuring and the tests, whose
-# headers take most of the time, are left to whoever edits them.
+# generated meta-object sources are not ours to mend.
 stage_lint() {
     build asan
-    local here
-    here="$(printf '%s' "$PWD" | sed 's/[][\.*^$+?(){}|]/\\&/g')"
-    run-clang-tidy -quiet -j "$jobs" -p build/asan \
-        "^$here/(irsdk|sdk|yaml|reader|plugin|tools|benchmarks)/.*\.cpp\$"
+    run_clang_tidy 'irsdk|sdk|yaml|reader|plugin|tools|benchmarks'
+}
+
+# The headers of GoogleTest make this the slowest stage: it is for whoever edits the tests.
+stage_lint-tests() {
+    build asan
+    run_clang_tidy 'tests'
 }
 
 # Four targets share the two minutes.
@@ -97,6 +101,13 @@ stage_fuzz() {
     mkdir -p build
     ./fuzz.sh 2 2>&1 | tee "$log"
     result="$(tail -n 1 "$log")"
+}
+
+# run_clang_tidy FOLDER|FOLDER...: over the sources of the build with the address sanitizer.
+run_clang_tidy() {
+    local here
+    here="$(printf '%s' "$PWD" | sed 's/[][\.*^$+?(){}|]/\\&/g')"
+    run-clang-tidy -quiet -j "$jobs" -p build/asan "^$here/($1)/.*\.cpp\$"
 }
 
 build() {
@@ -130,7 +141,7 @@ print_usage() {
 
 print_stages() {
     local stage
-    for stage in format debug asan tsan windows lint fuzz; do
+    for stage in format debug asan tsan windows lint lint-tests fuzz; do
         printf '%-10s %s\n' "$stage" "${stage_titles[$stage]}"
     done
 }
