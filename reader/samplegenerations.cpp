@@ -30,9 +30,10 @@ constexpr bool areInOrder() {
 static_assert(areInOrder(), "a key is found by the number of its value");
 
 // A host is taken to keep everything after so many copies in a row: by then one that lets go has
-// given a spare back. After so many more it is tried whether it still does.
+// given a spare back. After so many more, some four seconds, it is tried whether it still does: a
+// trial costs some two copies more, so that one a second would add a thirtieth.
 constexpr int patience = 4;
-constexpr int trialInterval = 64;
+constexpr int trialInterval = 256;
 
 /** The index of a known value, or -1. */
 int knownIndex(QStringView key) {

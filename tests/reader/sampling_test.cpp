@@ -412,8 +412,8 @@ TEST_F(Sampling, LeavesEveryCopyThatAHostKeepsAsItWas) {
         Sample other;
     };
     // A host may keep the samples of no tick, of some ticks or of all. Whether one that keeps all
-    // still does is tried now and then.
-    constexpr int kTicks = 150;
+    // still does is tried every few hundred ticks.
+    constexpr int kTicks = 600;
     int tick = 0;
     for (std::size_t keeps = 0; keeps <= 6; ++keeps) {
         std::deque<Kept> kept;
