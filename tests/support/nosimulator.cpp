@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 namespace {
 
 /**
@@ -11,20 +9,15 @@ namespace {
  * have killed its own.
  */
 class NoSimulator : public ::testing::EmptyTestEventListener {
-public:
-    static bool startEveryCase() {
-        auto listener = std::make_unique<NoSimulator>();
-        // The list owns its listeners.
-        ::testing::UnitTest::GetInstance()->listeners().Append(listener.release());
-        return true;
-    }
-
-private:
     void OnTestStart(const ::testing::TestInfo& /*test*/) override {
         testsupport::PublishedObjects::removeLeftovers();
     }
 };
 
-const bool startsEveryCase = NoSimulator::startEveryCase();
+const bool startsEveryCase = [] {
+    // The list owns its listeners.
+    ::testing::UnitTest::GetInstance()->listeners().Append(new NoSimulator);
+    return true;
+}();
 
 }  // namespace
