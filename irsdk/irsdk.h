@@ -22,7 +22,7 @@
 /** Why the link is not open, or what kept an open link from handing something out. */
 enum class irsdk_Error : std::int32_t {
     None,           // nothing went wrong; a look that found nothing new counts as well
-    NoBlock,        // no simulator has published a block
+    NoBlock,        // no simulator has published a block; what is under its name is none
     ForeignBlock,   // the block belongs to another user and is not trusted
     BlockTooSmall,  // the block cannot even hold its header
     BlockTooLarge,  // the block is far larger than any that a simulator publishes
@@ -32,7 +32,7 @@ enum class irsdk_Error : std::int32_t {
     ForeignEvent,   // the data-valid event belongs to another user and is not trusted
     BlockShrunk,    // the block was cut off while the link was open
     BlockInvalid,   // offsets, counts or lengths of the block point outside it
-    OutOfMemory,    // there is not enough memory for a copy of the block's contents
+    OutOfMemory,    // there is not enough memory for what the block holds
     BufferTooSmall  // a snapshot is longer than the caller's buffer
 };
 
@@ -107,10 +107,10 @@ bool irsdk_copyVarHeaders(std::vector<irsdk_varHeader>& table);
 
 /**
  * Copies the session text, which ends at its zero byte or at the end of the mapping, and its update
- * counter. A text whose counter moves during the copy is copied again a few times. False, with an
- * empty text, while the link is closed, the block is gone, the text lies outside the mapping, there
- * is not enough memory, or it would not stand still; `update` is -1 in the first two cases and the
- * header's counter in the others.
+ * counter. A text outside the mapping is absent and copied as an empty one. A text whose counter
+ * moves during the copy is copied again a few times. False, with an empty text, while the link is
+ * closed, the block is gone, there is not enough memory, or it would not stand still; `update` is
+ * -1 in the first two cases and the header's counter in the others.
  */
 bool irsdk_copySessionInfoStr(std::string& text, int& update);
 

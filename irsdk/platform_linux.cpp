@@ -40,21 +40,25 @@ public:
     SharedObject(const SharedObject&) = delete;
     SharedObject& operator=(const SharedObject&) = delete;
 
+    /**
+     * Never waits, since any user may put any kind of file under the name: opening a pipe would
+     * wait for its writer, and a file under a lease for its holder. What is no regular object
+     * counts as absent.
+     */
     [[nodiscard]] irsdk_Error open(const char* name, irsdk_Error absent, irsdk_Error foreign) {
-        m_descriptor = shm_open(name, O_RDONLY, 0);
+        m_descriptor = shm_open(name, O_RDONLY | O_NONBLOCK | O_NOCTTY, 0);
         if (m_descriptor < 0) {
             return reasonOf(errno, absent, foreign);
         }
         struct stat state {};
-        if (fstat(m_descriptor, &state) != 0) {
+        const irsdk_Error error = fstat(m_descriptor, &state) != 0 ? irsdk_Error::OpenFailed
+                                  : !S_ISREG(state.st_mode)        ? absent
+                                  : state.st_uid != geteuid()      ? foreign
+                                                                   : irsdk_Error::None;
+        if (error != irsdk_Error::None) {
             close();
-            return irsdk_Error::OpenFailed;
         }
-        if (state.st_uid != geteuid()) {
-            close();
-            return foreign;
-        }
-        return irsdk_Error::None;
+        return error;
     }
 
     [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
@@ -82,6 +86,10 @@ private:
     static irsdk_Error reasonOf(int error, irsdk_Error absent, irsdk_Error foreign) {
         switch (error) {
             case ENOENT:
+            case ELOOP:        // a symbolic link
+            case ENXIO:        // a socket, or a device that nothing drives
+            case ENODEV:       // the same
+            case EWOULDBLOCK:  // somebody holds a lease on it
                 return absent;
             case EACCES:
                 return foreign;
