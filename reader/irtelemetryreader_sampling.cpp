@@ -34,10 +34,11 @@ void iRTelemetryReader::getRawData(const irsdk_header* header, const irsdk_varHe
 
 void iRTelemetryReader::getRawData(const irsdk_header* header, const irsdk_varHeader* vars,
                                    const char* data, qint64 dataLength) {
-    if (header == nullptr || vars == nullptr || data == nullptr) {
+    if (header == nullptr || data == nullptr) {
         return;
     }
-    const qsizetype numVars = std::max(header->numVars, 0);
+    // A table without entries may have no address.
+    const qsizetype numVars = vars == nullptr ? 0 : std::max(header->numVars, 0);
     if (m_varNames.isEmpty()) {
         fillVariableTable(vars, numVars);
     }

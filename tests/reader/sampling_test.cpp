@@ -972,6 +972,18 @@ TEST_F(Sampling, TrustsACallerWhoVouchesForTheSnapshot) {
     EXPECT_EQ(otherValue("lap"), QVariant(5));
 }
 
+// The plugin passes the address of what it copied of the table, and nothing has none.
+TEST_F(Sampling, DistributesTheSessionClockOfATableWithoutEntriesWhateverItsAddress) {
+    knowOwnCar();
+    block.header().numVars = 0;
+    reader.getRawData(&block.header(), nullptr, block.snapshot(), block.snapshotLength());
+    for (const char* const key : {"sessiontime", "sessiontimeremain", "sessiontick"}) {
+        EXPECT_TRUE(other().containsValue(key)) << key;
+        EXPECT_FALSE(own().containsValue(key)) << key;
+    }
+    EXPECT_EQ(otherValue("sessiontick"), QVariant(0ULL));
+}
+
 TEST_F(Sampling, TakesNothingOfNullPointers) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_int);
