@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <string_view>
 
 namespace {
 
@@ -314,6 +315,13 @@ bool newDataWithin(int timeOut, char* data, int room) {
     return takesNewData(data, room);
 }
 
+/** The text up to its zero byte or the end of the block. One that lies outside is absent: empty. */
+std::string_view textAt(std::int32_t offset) {
+    return block().holds(offset, 1)
+               ? std::string_view(block().at(offset), block().textLength(offset))
+               : std::string_view();
+}
+
 /**
  * Whether a copied text is what the block still holds. The counter alone does not tell: a simulator
  * that changes it behind the text leaves it alone while it writes. Only one that stops in the
@@ -322,8 +330,9 @@ bool newDataWithin(int timeOut, char* data, int room) {
  */
 bool stoodStill(const std::string& copy, std::int32_t offset, std::int32_t update) {
     std::atomic_thread_fence(std::memory_order_acquire);
-    return std::memcmp(copy.data(), block().at(offset), copy.size()) == 0 &&
-           sessionInfoUpdate() == update;
+    const bool isSame =
+        copy.empty() || std::memcmp(copy.data(), block().at(offset), copy.size()) == 0;
+    return isSame && sessionInfoUpdate() == update;
 }
 
 void broadcast(irsdk_BroadcastMsg msg, int var1, std::int32_t var2) {
@@ -374,7 +383,7 @@ const char* irsdk_errorText(irsdk_Error error) {
         case irsdk_Error::BlockInvalid:
             return "the block points outside itself";
         case irsdk_Error::OutOfMemory:
-            return "there is not enough memory for a copy";
+            return "there is not enough memory for what it publishes";
         case irsdk_Error::BufferTooSmall:
             return "a snapshot is longer than the buffer for it";
     }
@@ -510,12 +519,7 @@ bool irsdk_copySessionInfoStr(std::string& text, int& update) {
     for (int attempt = 0; attempt < kSessionTextAttempts; ++attempt) {
         update = sessionInfoUpdate();
         const std::int32_t offset = sessionInfoOffset();
-        if (!block().holds(offset, 1)) {
-            text.clear();
-            return fail(irsdk_Error::BlockInvalid);
-        }
-        if (!irsdk::hasMemoryTo(
-                [&] { text.assign(block().at(offset), block().textLength(offset)); })) {
+        if (!irsdk::hasMemoryTo([&] { text.assign(textAt(offset)); })) {
             text.clear();
             return fail(irsdk_Error::OutOfMemory);
         }

@@ -271,13 +271,17 @@ TEST_F(Connection, NeedsNoSessionText) {
     EXPECT_EQ(host.samples.size(), 1);
 }
 
-TEST_F(Connection, ReadsASessionThatItCouldNotCopyInItsFirstTickThatCan) {
+TEST_F(Connection, ReadsASessionThatWasOutsideTheBlockOnceItsCounterMoves) {
     simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1);
     connectWhileRunning();
     tick();
     host.forget();
     simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset),
                              simulator.block.header().sessionInfoOffset);
+    tick();
+    EXPECT_EQ(host.heard(), QStringList{u"Samples 64"_s});
+    host.forget();
+    simulator.setSessionUpdate(1000);
     tick();
     EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
     EXPECT_EQ(driverName(fastCar), u"Fast Driver"_s);
@@ -606,6 +610,19 @@ TEST_F(Reconnection, KeepsWhetherTheSessionIsAReplay) {
     connectAndTick();
     tick();
     EXPECT_EQ(value(ownCar, u"lapdistpct"_s).toDouble(), ofTheOwnCar);
+}
+
+TEST_F(Reconnection, SettlesThatItIsNoReplayByATextOutsideTheBlock) {
+    constexpr double ofTheOwnCar = 0.25;
+    constexpr double ofTheCarArray = 0.75;
+    plugin->initialize();
+    simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1);
+    simulator.block.set("LapDistPct", ofTheOwnCar);
+    simulator.block.set("CarIdxLapDistPct", ofTheCarArray, ownCar);
+    connectAndTick();
+    tick();
+    EXPECT_EQ(value(ownCar, u"lapdistpct"_s).toDouble(), ofTheOwnCar)
+        << "the tree still has the weekend of the text before";
 }
 
 TEST_F(Reconnection, KeepsTheNamesOfTheVariables) {

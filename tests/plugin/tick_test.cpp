@@ -148,7 +148,7 @@ TEST_F(Tick, ReadsTheSessionOnlyWhenItsCounterDiffers) {
     EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
 }
 
-TEST_F(Tick, ReadsASessionThatItCouldNotCopyInTheNextTick) {
+TEST_F(Tick, TakesASessionTextOutsideTheBlockForAnEmptyOne) {
     StagedSession renamed;
     renamed.drivers = {{fastCar, "Renamed Driver"}};
     tick();
@@ -156,9 +156,11 @@ TEST_F(Tick, ReadsASessionThatItCouldNotCopyInTheNextTick) {
     simulator.rewriteSession(renamed);
     simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1);
     tick();
-    EXPECT_EQ(host.heard(), QStringList{u"Samples 64"_s});
     simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset),
                              simulator.block.header().sessionInfoOffset);
+    tick();
+    EXPECT_EQ(host.heard(), (QStringList{u"Samples 64"_s, u"Samples 64"_s})) << "it has been read";
+    simulator.setSessionUpdate(-7);
     tick();
     EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
     EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
@@ -395,4 +397,20 @@ TEST_F(Silence, IsNotCausedByATableOutsideTheBlock) {
     tick();
     EXPECT_EQ(host.samples.size(), 1);
     EXPECT_EQ(host.lastSamples().size(), 64);
+}
+
+/** The other cars get the session clock of a block without variables, at any time the same. */
+using BlockWithoutVariables = InitializedPluginTest;
+
+TEST_F(BlockWithoutVariables, GivesTheSameSamplesFromTheFirstTickOnAsLater) {
+    const QString tickKey = u"sessiontick"_s;
+    simulator.publisher.poke(offsetof(irsdk_header, numVars), 0);
+    connectWhileRunning();
+    for (int i = 0; i < 2; ++i) {
+        tick();
+        ASSERT_EQ(host.samples.size(), i + 1);
+        EXPECT_EQ(value(fastCar, tickKey), QVariant(0ULL));
+        EXPECT_EQ(host.lastSamples()[fastCar].data().size(), 3);
+        EXPECT_TRUE(host.lastSamples()[ownCar].data().isEmpty());
+    }
 }
