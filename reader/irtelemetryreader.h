@@ -126,8 +126,9 @@ public:
 
     /**
      * Puts every variable of a snapshot into the cars' samples. `vars` points at `header->numVars`
-     * descriptions; `data` is the snapshot of `dataLength` bytes. A variable that does not lie
-     * within the snapshot is skipped. Nothing is kept but values.
+     * descriptions and may be null when there are none; `data` is the snapshot of `dataLength`
+     * bytes. A variable that does not lie within the snapshot is skipped. Nothing is kept but
+     * values.
      */
     void getRawData(const irsdk_header* header, const irsdk_varHeader* vars, const char* data,
                     qint64 dataLength);
@@ -159,8 +160,12 @@ public:
     /** In a replay, drops the running lap time that the replay does not keep. */
     void cleanupLap(int car);
 
-    /** Lets go of a ready lap, as it is: from then on the car has an empty one. */
-    void leaveReadyLap(int car);
+    /**
+     * Closes the laps in progress of all cars, for a connection that has ended. A ready lap is let
+     * go of as it is: from then on its car has an empty one. Returns what the caller MUST write to
+     * the debug log once the connection is closed.
+     */
+    [[nodiscard]] QStringList closeOpenLaps();
 
     [[nodiscard]] bool isLapReady(int car) const;
     [[nodiscard]] QSharedPointer<TLM::SDK::Lap> lap(int car) const;
@@ -213,7 +218,10 @@ private:
     [[nodiscard]] double trackKilometres() const;
     [[nodiscard]] bool needsCourse(int car) const;
     void deriveChannels(int car);
-    void addTimeAndDistance(RecorderCar& car) const;
+    void addTimeAndDistance(RecorderCar& car);
+
+    void endLap(int index, bool completed);
+    [[nodiscard]] QStringList takeDebugLines();
 
     qint32 m_replay = -1;  // -1 not yet known, 0 live, 1 replay
     QStringList m_varNames;
@@ -233,4 +241,5 @@ private:
     bool m_diskLoading = false;
     quint64 m_sessionNum = 0;
     quint64 m_lastSessionNum = 0;
+    QStringList m_debugLines;  // to be written when nothing is half done any more
 };

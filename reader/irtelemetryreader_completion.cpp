@@ -1,3 +1,4 @@
+#include "reader/debuglines.h"
 #include "reader/farthestdistance.h"
 #include "reader/irtelemetryreader.h"
 #include "reader/zeroreadings.h"
@@ -9,6 +10,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using TLM::SDK::CarStatus;
@@ -120,6 +122,24 @@ void repairBeginning(Channel& channel, const Channel& distance) {
 }  // namespace
 
 void iRTelemetryReader::processLap(int index, bool completed) {
+    endLap(index, completed);
+    reader::writeDebugLines(takeDebugLines());
+}
+
+QStringList iRTelemetryReader::closeOpenLaps() {
+    for (int car = 0; car < carCount(); ++car) {
+        // The last tick's laps are the host's: one of its threads may be writing them to disk.
+        m_cars[car].leaveReadyLap();
+        endLap(car, false);
+    }
+    return takeDebugLines();
+}
+
+QStringList iRTelemetryReader::takeDebugLines() {
+    return std::exchange(m_debugLines, {});
+}
+
+void iRTelemetryReader::endLap(int index, bool completed) {
     RecorderCar& car = m_cars[index];
     Lap& lap = *car.lap;
     // Asked before this function looks at them itself.
@@ -165,10 +185,6 @@ void iRTelemetryReader::cleanupLap(int car) {
 
 bool iRTelemetryReader::isLapReady(int car) const {
     return m_cars[car].lapReady;
-}
-
-void iRTelemetryReader::leaveReadyLap(int car) {
-    m_cars[car].leaveReadyLap();
 }
 
 QSharedPointer<Lap> iRTelemetryReader::lap(int car) const {

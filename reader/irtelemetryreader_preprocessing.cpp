@@ -1,3 +1,4 @@
+#include "reader/debuglines.h"
 #include "reader/irtelemetryreader.h"
 #include "reader/zeroreadings.h"
 
@@ -77,6 +78,7 @@ void iRTelemetryReader::preprocessLap(int car) {
         m_cars[car].course.spoil();
     }
     deriveChannels(car);
+    reader::writeDebugLines(takeDebugLines());
 }
 
 void iRTelemetryReader::deriveChannels(int car) {
@@ -94,7 +96,7 @@ bool iRTelemetryReader::needsCourse(int car) const {
     return car != m_myCarIdx || isReplay();
 }
 
-void iRTelemetryReader::addTimeAndDistance(RecorderCar& car) const {
+void iRTelemetryReader::addTimeAndDistance(RecorderCar& car) {
     Lap& lap = *car.lap;
     const auto fractions = lap.channel(keyOf(KnownValue::LapDistPct));
     const auto sessionTime = lap.channel(keyOf(KnownValue::SessionTime));
@@ -119,7 +121,7 @@ void iRTelemetryReader::addTimeAndDistance(RecorderCar& car) const {
         addChannel(lap, u"lapcurrentlaptime"_s, course.time());
     }
     if (isLive() && trackLength.isValid()) {
-        course.repairSpikes();
+        m_debugLines += course.repairSpikes();
         addChannel(lap, u"speed"_s, course.speed(), "m/"_L1 + sessionTime->unit());
         addChannel(lap, u"lapdist"_s, course.distance(), u"m"_s);
     }

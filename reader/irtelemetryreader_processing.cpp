@@ -1,9 +1,8 @@
+#include "reader/debuglines.h"
 #include "reader/farthestdistance.h"
 #include "reader/irtelemetryreader.h"
 #include "reader/numbers.h"
 #include "sdk/number.h"
-
-#include <QDebug>
 
 #include <cmath>
 #include <cstddef>
@@ -118,15 +117,11 @@ bool isPlayedAtOtherSpeed(const DynamicData& values) {
 }
 
 void abandonReplayLap(RecorderCar& car) {
-    if (car.lap->isEmpty()) {
-        return;
-    }
     car.lap->clear();
     car.nextLap->clear();
     car.course.clear();
     car.nextCourse.clear();
     car.current.status = CarStatus::OutLap;
-    qDebug() << "Replay lap aborted";
 }
 
 }  // namespace
@@ -138,6 +133,7 @@ void iRTelemetryReader::processData() {
     for (int car = 0; car < m_cars.size(); ++car) {
         processCar(car, sessionNumber, sessionChanged);
     }
+    reader::writeDebugLines(takeDebugLines());
 }
 
 int iRTelemetryReader::ownSessionNumber() const {
@@ -173,9 +169,9 @@ void iRTelemetryReader::processCar(int index, int sessionNumber, bool sessionCha
     car.updateCarStatus(place.inPitStall, place.onPitRoad, place.onTrack);
     car.current.lapAborted = car.isLapAborted();
     if (car.current.lapAborted || sessionChanged) {
-        processLap(index, false);
+        endLap(index, false);
     } else if (car.current.lapCompleted) {
-        processLap(index, true);
+        endLap(index, true);
     } else {
         recordSample(index);
     }
@@ -257,7 +253,10 @@ void iRTelemetryReader::recordSample(int index) {
         return;
     }
     if (isReplay() && car.detailedTelemetry && isPlayedAtOtherSpeed(car.sample)) {
-        abandonReplayLap(car);
+        if (!car.lap->isEmpty()) {
+            abandonReplayLap(car);
+            m_debugLines.append(u"Replay lap aborted"_s);
+        }
         return;
     }
     car.lap->addSample(car.sample);

@@ -1,10 +1,10 @@
 #include "reader/lapcourse.h"
 
-#include <QDebug>
-
 #include <algorithm>
 #include <cmath>
 #include <span>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -112,18 +112,21 @@ void LapCourse::complete() {
     }
 }
 
-void LapCourse::repairSpikes() {
+QStringList LapCourse::repairSpikes() {
+    QStringList lines;
     if (!m_hasSteepRise) {
-        return;
+        return lines;
     }
     const std::span<double> speed(m_speed);
     for (std::size_t i = 1; i + 1 < speed.size(); ++i) {
         const double before = speed[i - 1];
         const double after = speed[i + 1];
         if (isSpike(before, speed[i], after)) {
-            qDebug() << "peak detected" << i << before << speed[i] << after;
+            const double peak = speed[i];
             speed[i] = (before + after) * 0.5;
-            qDebug() << "peak fixed" << speed[i];
+            lines.append(u"peak detected %1 %2 %3 %4"_s.arg(i).arg(before).arg(peak).arg(after));
+            lines.append(u"peak fixed %1"_s.arg(speed[i]));
         }
     }
+    return lines;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QStringList>
 #include <QtGlobal>
 
 #include <array>
@@ -48,9 +49,9 @@ public:
 
     /**
      * Replaces every speed that leaves its neighbours and returns at once by their mean. Each
-     * replacement is seen by the next one.
+     * replacement is seen by the next one. Returns what the debug log is to tell of it.
      */
-    void repairSpikes();
+    [[nodiscard]] QStringList repairSpikes();
 
     /** One entry for each sample. The last step and the last speed repeat the ones before. */
     [[nodiscard]] const QList<double>& timeSteps() const { return m_timeSteps; }  // to the next one

@@ -426,12 +426,14 @@ private:
      * ones are closed and kept back.
      */
     void disconnect() {
+        std::array<bool, kSlots> wereHandedOver{};
         for (int car = 0; car < kSlots; ++car) {
-            const bool wasHandedOver = m_reader.isLapReady(car);
-            m_reader.leaveReadyLap(car);
-            m_reader.processLap(car, false);
+            wereHandedOver[static_cast<std::size_t>(car)] = m_reader.isLapReady(car);
+        }
+        static_cast<void>(m_reader.closeOpenLaps());
+        for (int car = 0; car < kSlots; ++car) {
             require(m_reader.isLapReady(car), "a closed lap is ready");
-            if (wasHandedOver) {
+            if (wereHandedOver[static_cast<std::size_t>(car)]) {
                 require(m_reader.lap(car)->isEmpty(), "nothing follows a lap in its own tick");
             } else {
                 m_obvious.processLap(car, false);

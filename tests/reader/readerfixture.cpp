@@ -167,10 +167,7 @@ void Drive::endTick() {
 }
 
 void Drive::closeOpenLaps() {
-    for (int slot = 0; slot < kSlots; ++slot) {
-        reader.leaveReadyLap(slot);
-        reader.processLap(slot, false);
-    }
+    static_cast<void>(reader.closeOpenLaps());
 }
 
 void Drive::putOwnInStall() {
