@@ -53,13 +53,16 @@ void TStringTree::noteChange() {
 void TStringTree::clear() {
     TStringTree* node = this;
     while (node != this || !m_subs.isEmpty()) {
-        if (!node->m_subs.isEmpty()) {
+        if (!node->m_subs.isEmpty() && node->m_subs.last() != nullptr) {
             node = node->m_subs.last().get();
-        } else {
-            node = node->m_parent;
-            node->m_subs.removeLast();
-            node->noteChange();
+            continue;
         }
+        // A child for which there was no memory has a name alone.
+        if (node->m_subs.isEmpty()) {
+            node = node->m_parent;
+        }
+        node->m_subs.removeLast();
+        node->noteChange();
     }
 }
 
@@ -100,9 +103,10 @@ TStringTree* TStringTree::addSub(const QString& key) {
 
 TStringTree* TStringTree::addSub(QStringView key) {
     const TStringTree* const elder = m_subs.isEmpty() ? nullptr : m_subs.last().get();
-    const auto [child, isNew] =
-        m_subs.findOrAdd(key, m_elder == nullptr ? nullptr : &m_elder->m_subs);
-    if (isNew) {
+    std::unique_ptr<TStringTree>& child =
+        m_subs.findOrAdd(key, m_elder == nullptr ? nullptr : &m_elder->m_subs).entry;
+    // Not asked whether it is new: one for which there was no memory has a name alone.
+    if (child == nullptr) {
         child = std::make_unique<TStringTree>(this);
         child->m_elder = elder;
         child->noteChange();
