@@ -1,8 +1,9 @@
 #include "plugin/irpluginlive.h"
 
-#include "plugin/connectionguard.h"
+#include "irsdk/allocation.h"
 
 #include <chrono>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -21,31 +22,53 @@ iRPluginLive::~iRPluginLive() {
     closeSilently();
 }
 
+ConnectionGuard iRPluginLive::guardConnection() const {
+    return {self, connectionNumber};
+}
+
 void iRPluginLive::initialize() {
-    const ConnectionGuard guard(this, connectionNumber);
-    if (connected) {
-        disconnectFromSource();
+    const ConnectionGuard guard = guardConnection();
+    if (!irsdk::hasMemoryTo([&] { setUp(guard); }) && !guard.isDeleted()) {
+        logFailure(irsdk_Error::OutOfMemory);
     }
+}
+
+void iRPluginLive::setUp(const ConnectionGuard& guard) {
+    endAnnouncedConnections(guard);
     if (guard.isDeleted()) {
         return;
-    }
-    // A slot of the host may have connected again at once.
-    if (connected) {
-        closeConnection();
     }
     tickWaitMs = tickWaitMilliseconds;
     connectWaitMs = connectWaitMilliseconds;
     dataBuffer.clear();
-    reader.initialize();
+    if (!reader) {
+        reader.emplace();
+    }
+    reader->initialize();
     lastSessionInfoUpdate = noSessionInfoSeen;
-    createTimer();
     pluginInfo.setPluginName(pluginName());
     pluginInfo.setSourceName(sourceName());
     pluginInfo.cars.resize(iRTelemetryReader::simulatorCars);
     for (int i = 0; i < iRTelemetryReader::simulatorCars; ++i) {
         pluginInfo.cars[i].setCarId(QString::number(i));
     }
+    createTimer();
     announceCarList();
+}
+
+/** So that what sendConnected() began always ends with sendDisconnected(). */
+void iRPluginLive::endAnnouncedConnections(const ConnectionGuard& guard) {
+    if (connected) {
+        disconnectFromSource();
+    }
+    if (guard.isDeleted() || !connected) {
+        return;
+    }
+    refusesConnections = true;
+    disconnectFromSource();
+    if (!guard.isDeleted()) {
+        refusesConnections = false;
+    }
 }
 
 void iRPluginLive::createTimer() {
@@ -53,9 +76,10 @@ void iRPluginLive::createTimer() {
     if (timer != nullptr) {
         return;
     }
-    timer = new QTimer(this);
-    timer->setInterval(tickInterval);
-    connect(timer, &QTimer::timeout, this, &iRPluginLive::tick);
+    auto made = std::make_unique<QTimer>(this);
+    made->setInterval(tickInterval);
+    connect(made.get(), &QTimer::timeout, this, &iRPluginLive::tick);
+    timer = made.release();
 }
 
 void iRPluginLive::closeSilently() {
@@ -92,17 +116,24 @@ QString iRPluginLive::pluginVersion() const {
 }
 
 void iRPluginLive::updateCarList() {
-    if (!reader.updateCarList()) {
+    const ConnectionGuard guard = guardConnection();
+    if (!irsdk::hasMemoryTo([this] { refreshCarList(); }) && guard.isSameConnection()) {
+        endForWantOfMemory();
+    }
+}
+
+void iRPluginLive::refreshCarList() {
+    if (!reader || !reader->updateCarList()) {
         return;
     }
     for (int i = 0; i < pluginInfo.cars.size(); ++i) {
         TLM::SDK::CarInfo& car = pluginInfo.cars[i];
-        car.setDriverName(reader.driverName(i));
-        car.setTeamName(reader.teamName(i));
-        car.setClassName(reader.className(i));
-        car.setCarName(reader.carName(i));
-        car.setStatus(static_cast<TLM::SDK::CarStatus>(reader.status(i)));
-        car.setDetailedTelemetry(reader.detailedTelemetry(i));
+        car.setDriverName(reader->driverName(i));
+        car.setTeamName(reader->teamName(i));
+        car.setClassName(reader->className(i));
+        car.setCarName(reader->carName(i));
+        car.setStatus(static_cast<TLM::SDK::CarStatus>(reader->status(i)));
+        car.setDetailedTelemetry(reader->detailedTelemetry(i));
     }
     announceCarList();
 }

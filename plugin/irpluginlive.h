@@ -1,17 +1,19 @@
 #pragma once
 
 #include "irsdk/irsdk.h"
+#include "plugin/connectionguard.h"
 #include "plugin/samplelists.h"
 #include "reader/irtelemetryreader.h"
 #include "sdk/plugininterfacelive.h"
 
 #include <QObject>
+#include <QPointer>
+#include <QStringList>
 #include <QTimer>
 
+#include <optional>
 #include <string>
 #include <vector>
-
-class ConnectionGuard;
 
 /**
  * The object that a host loads: it connects to the simulator and hands over cars, samples and laps.
@@ -19,9 +21,12 @@ class ConnectionGuard;
  * Failures are told by signals alone. Calls in the wrong state (connecting twice, disconnecting
  * twice, probing while connected, anything before initialize()) do nothing or report that there is
  * no connection. The simulator may end, hang or return at any moment: after 101 ticks without data
- * the plugin says "Sim is down" and disconnects. A slot of the host may call any operation of this
- * object, run an event loop of its own or delete this object: what is left of a tick is dropped
- * once its connection has ended, and a tick never runs within a tick.
+ * the plugin says "Sim is down" and disconnects. A slot or a message handler of the host may call
+ * any operation of this object, run an event loop of its own or delete this object: what is left of
+ * a tick is dropped once its connection has ended, and a tick never runs within a tick. Where there
+ * is not enough memory for what the simulator publishes, the connection ends or is refused in
+ * order, one line of the log says so, and everything that was kept of the simulator is let go of;
+ * no exception leaves this object.
  *
  * The object MUST be used on the thread that owns it, and there MUST be only one in a process,
  * because the link to the simulator is one a process.
@@ -39,7 +44,8 @@ public:
 
     /**
      * Sets everything up and announces 64 cars with the ids "0" to "63". Called again, it
-     * disconnects first and starts afresh.
+     * disconnects first and starts afresh. A connection with which a slot answers that is ended in
+     * words, too; a slot that answers once more is refused.
      */
     void initialize() override;
 
@@ -63,28 +69,42 @@ public slots:
     void updateCarList();
 
 private:
+    [[nodiscard]] ConnectionGuard guardConnection() const;
     [[nodiscard]] bool isInitialized() const;
+    void setUp(const ConnectionGuard& guard);
+    void endAnnouncedConnections(const ConnectionGuard& guard);
     void createTimer();
+    void refreshCarList();
     void announceCarList();
     void closeSilently();
 
-    [[nodiscard]] bool awaitFreshData();
+    // Why something failed; nothing when it did not.
+    using Failure = std::optional<irsdk_Error>;
+
+    [[nodiscard]] Failure openForConnection();
+    [[nodiscard]] Failure awaitFreshData();
     [[nodiscard]] irsdk_Error makeRoomForSnapshots();
     [[nodiscard]] bool resizeDataBuffer(int length);
     [[nodiscard]] int dataBufferLength() const;
+    [[nodiscard]] Failure readSession();
     void startConnection();
+    void announceConnection(const ConnectionGuard& guard);
     void endConnection();
-    void closeConnection();
-    void closeOpenLaps();
+    [[nodiscard]] QStringList closeConnection();
+    [[nodiscard]] QStringList closeOpenLaps();
+    void giveMemoryBack();
+    void endForWantOfMemory();
     void logFailure(irsdk_Error error);
 
+    void takeTick(const ConnectionGuard& guard);
     void reportSimulatorDown(const ConnectionGuard& guard);
     [[nodiscard]] bool processSnapshot(const ConnectionGuard& guard);
     void refreshSessionInfo(const irsdk_header& header);
     [[nodiscard]] bool deliver(const ConnectionGuard& guard);
     void handOverLap(int car);
 
-    iRTelemetryReader reader;
+    // From initialize() on, but for the time from a want of memory to the next connection.
+    std::optional<iRTelemetryReader> reader;
     QTimer* timer = nullptr;  // a child of this object
     int tickWaitMs = 0;
     int connectWaitMs = 0;
@@ -99,5 +119,7 @@ private:
 
     quint64 connectionNumber = 0;  // another one after each connection and each disconnection
     bool isTicking = false;
-    irsdk_Error loggedError = irsdk_Error::None;
+    bool refusesConnections = false;
+    irsdk_Error loggedError = irsdk_Error::None;  // of the log's last line since a connection
+    const QPointer<QObject> self{this};           // what guards are copied from
 };

@@ -1,6 +1,6 @@
 #include "irsdk/allocation.h"
-#include "plugin/connectionguard.h"
 #include "plugin/irpluginlive.h"
+#include "reader/debuglines.h"
 
 #include <QLoggingCategory>
 
@@ -22,27 +22,42 @@ void iRPluginLive::connectToSource() {
     if (connected) {
         return;
     }
-    if (isInitialized() && awaitFreshData()) {
+    const Failure failure = openForConnection();
+    if (!failure) {
         startConnection();
         return;
     }
-    emit emitter.sendNotConnected();
+    const ConnectionGuard guard = guardConnection();
+    logFailure(*failure);
+    if (guard.isSameConnection()) {
+        static_cast<void>(irsdk::hasMemoryTo([this] { emit emitter.sendNotConnected(); }));
+    }
 }
 
-bool iRPluginLive::awaitFreshData() {
+iRPluginLive::Failure iRPluginLive::openForConnection() {
+    if (refusesConnections) {
+        return irsdk_Error::None;
+    }
+    const Failure failure = awaitFreshData();
+    return failure ? failure : readSession();
+}
+
+/** The reason is None when a simulator is there and silent. After a failure the link is closed. */
+iRPluginLive::Failure iRPluginLive::awaitFreshData() {
+    if (!isInitialized()) {
+        return irsdk_Error::NoBlock;
+    }
     irsdk_Error error = makeRoomForSnapshots();
     if (error == irsdk_Error::None) {
         if (irsdk_waitForDataReady(connectWaitMs, dataBuffer.data(), dataBufferLength())) {
-            loggedError = irsdk_Error::None;
-            return true;
+            return std::nullopt;
         }
         error = irsdk_lastError();
     }
-    logFailure(error);
     // Also after half an opening. On Linux what was opened may belong to a simulator that is gone
     // by the next attempt; on Windows it would live on under its name, in the way of the next one.
     irsdk_shutdown();
-    return false;
+    return error;
 }
 
 irsdk_Error iRPluginLive::makeRoomForSnapshots() {
@@ -70,14 +85,36 @@ int iRPluginLive::dataBufferLength() const {
     return static_cast<int>(dataBuffer.size());
 }
 
-void iRPluginLive::startConnection() {
-    int update = 0;
-    if (irsdk_copySessionInfoStr(sessionInfo, update)) {
-        reader.setYaml(sessionInfo.c_str());
+/** After a failure the link is closed. */
+iRPluginLive::Failure iRPluginLive::readSession() {
+    const bool hadMemory = irsdk::hasMemoryTo([this] {
+        if (!reader) {
+            reader.emplace();
+        }
+        int update = 0;
+        if (irsdk_copySessionInfoStr(sessionInfo, update)) {
+            reader->setYaml(sessionInfo.c_str());
+        }
+    });
+    if (hadMemory && irsdk_lastError() != irsdk_Error::OutOfMemory) {
+        return std::nullopt;
     }
+    giveMemoryBack();
+    irsdk_shutdown();
+    return irsdk_Error::OutOfMemory;
+}
+
+void iRPluginLive::startConnection() {
     connected = true;
     ++connectionNumber;
-    const ConnectionGuard guard(this, connectionNumber);
+    loggedError = irsdk_Error::None;
+    const ConnectionGuard guard = guardConnection();
+    if (!irsdk::hasMemoryTo([&] { announceConnection(guard); }) && guard.isSameConnection()) {
+        endForWantOfMemory();
+    }
+}
+
+void iRPluginLive::announceConnection(const ConnectionGuard& guard) {
     emit emitter.sendConnected();
     if (guard.isSameConnection()) {
         updateCarList();
@@ -94,19 +131,27 @@ void iRPluginLive::disconnectFromSource() {
     if (!connected) {
         return;
     }
-    closeConnection();
-    const ConnectionGuard guard(this, connectionNumber);
-    emit emitter.sendDisconnected();
-    if (!guard.isDeleted()) {
-        message(u"Disconnected"_s, 0);
-    }
+    const QStringList debugLines = closeConnection();
+    const ConnectionGuard guard = guardConnection();
+    static_cast<void>(irsdk::hasMemoryTo([&] {
+        emit emitter.sendDisconnected();
+        if (!guard.isDeleted()) {
+            message(u"Disconnected"_s, 0);
+        }
+        // A handler that connects must not be heard before the end of this connection.
+        reader::writeDebugLines(debugLines);
+    }));
 }
 
-/** Done before the host hears of it, because a slot of the host may begin the next connection. */
-void iRPluginLive::closeConnection() {
+/**
+ * Done before the host hears of it, because a slot of the host may begin the next connection.
+ * Returns what the debug log is to tell of the laps that were closed.
+ */
+QStringList iRPluginLive::closeConnection() {
     endConnection();
-    closeOpenLaps();
+    const QStringList debugLines = closeOpenLaps();
     irsdk_shutdown();
+    return debugLines;
 }
 
 void iRPluginLive::endConnection() {
@@ -115,28 +160,58 @@ void iRPluginLive::endConnection() {
     ++connectionNumber;
 }
 
-void iRPluginLive::closeOpenLaps() {
-    for (int car = 0; car < iRTelemetryReader::simulatorCars; ++car) {
-        // The last tick's laps are the host's: one of its threads may be writing them to disk.
-        reader.leaveReadyLap(car);
-        reader.processLap(car, false);
+QStringList iRPluginLive::closeOpenLaps() {
+    QStringList debugLines;
+    if (reader && !irsdk::hasMemoryTo([&] { debugLines = reader->closeOpenLaps(); })) {
+        giveMemoryBack();
     }
+    return debugLines;
 }
 
 void iRPluginLive::checkConnectionAvailability() {
     if (connected) {
         return;
     }
-    const bool available = isInitialized() && awaitFreshData();
-    if (available) {
+    const Failure failure = awaitFreshData();
+    if (!failure) {
         irsdk_shutdown();
     }
-    emit emitter.sendConnectivityAvailable(available);
+    const ConnectionGuard guard = guardConnection();
+    logFailure(failure.value_or(irsdk_Error::None));
+    if (guard.isSameConnection()) {
+        static_cast<void>(irsdk::hasMemoryTo(
+            [&] { emit emitter.sendConnectivityAvailable(!failure.has_value()); }));
+    }
 }
 
-void iRPluginLive::logFailure(irsdk_Error error) {
-    if (isWorthALine(error) && error != loggedError) {
-        qCWarning(linkLog) << "No data from the simulator:" << irsdk_errorText(error);
-        loggedError = error;
+/**
+ * Lets go of whatever the simulator's data take up. The reader goes as a whole: a part that was
+ * interrupted for want of memory may be half changed.
+ */
+void iRPluginLive::giveMemoryBack() {
+    reader.reset();
+    sampleLists.forgetRecords();
+    sessionInfo = std::string();
+    varHeaders = std::vector<irsdk_varHeader>();
+}
+
+void iRPluginLive::endForWantOfMemory() {
+    giveMemoryBack();
+    const ConnectionGuard guard = guardConnection();
+    logFailure(irsdk_Error::OutOfMemory);
+    if (guard.isSameConnection()) {
+        disconnectFromSource();
     }
+}
+
+/** The last thing that a caller does before it looks at its guard: the log's handler is a host's.
+ */
+void iRPluginLive::logFailure(irsdk_Error error) {
+    if (!isWorthALine(error) || error == loggedError) {
+        return;
+    }
+    loggedError = error;
+    // Not by a stream: that writes in its destructor, out of which no exception can come.
+    static_cast<void>(irsdk::hasMemoryTo(
+        [error] { qCWarning(linkLog, "No data from the simulator: %s", irsdk_errorText(error)); }));
 }

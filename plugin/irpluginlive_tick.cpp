@@ -1,4 +1,4 @@
-#include "plugin/connectionguard.h"
+#include "irsdk/allocation.h"
 #include "plugin/irpluginlive.h"
 #include "sdk/lap.h"
 #include "sdk/sample.h"
@@ -17,21 +17,28 @@ constexpr qint32 toleratedMisses = 100;
 }  // namespace
 
 void iRPluginLive::tick() {
-    // Outlives a connection on purpose: after "Sim is down" the next connection ends with its first
-    // tick if that finds nothing new either.
-    static qint32 bytesNotReady = 0;
-
     // A slot of the host may run an event loop, and with it the timer, in the middle of a tick.
     if (!connected || isTicking) {
         return;
     }
-    const ConnectionGuard guard(this, connectionNumber);
+    const ConnectionGuard guard = guardConnection();
     isTicking = true;
     const auto endTick = qScopeGuard([this, &guard] {
         if (!guard.isDeleted()) {
             isTicking = false;
         }
     });
+
+    const bool hadMemory = irsdk::hasMemoryTo([&] { takeTick(guard); });
+    if (guard.isSameConnection() && (!hadMemory || irsdk_lastError() == irsdk_Error::OutOfMemory)) {
+        endForWantOfMemory();
+    }
+}
+
+void iRPluginLive::takeTick(const ConnectionGuard& guard) {
+    // Outlives a connection on purpose: after "Sim is down" the next connection ends with its first
+    // tick if that finds nothing new either.
+    static qint32 bytesNotReady = 0;
 
     if (!irsdk_waitForDataReady(tickWaitMs, dataBuffer.data(), dataBufferLength())) {
         if (++bytesNotReady > toleratedMisses) {
@@ -44,7 +51,9 @@ void iRPluginLive::tick() {
 
 void iRPluginLive::reportSimulatorDown(const ConnectionGuard& guard) {
     logFailure(irsdk_lastError());
-    message(u"Sim is down"_s, 0);
+    if (guard.isSameConnection()) {
+        message(u"Sim is down"_s, 0);
+    }
     if (guard.isSameConnection()) {
         disconnectFromSource();
     }
@@ -67,11 +76,11 @@ bool iRPluginLive::processSnapshot(const ConnectionGuard& guard) {
         return false;
     }
     header.numVars = static_cast<qint32>(varHeaders.size());
-    reader.prepareTick();
-    reader.getRawData(&header, varHeaders.data(), snapshot.data(),
-                      static_cast<qint64>(snapshot.size()));
-    reader.processData();
-    return deliver(guard);
+    reader->prepareTick();
+    reader->getRawData(&header, varHeaders.data(), snapshot.data(),
+                       static_cast<qint64>(snapshot.size()));
+    reader->processData();
+    return guard.isSameConnection() && deliver(guard);
 }
 
 void iRPluginLive::refreshSessionInfo(const irsdk_header& header) {
@@ -80,14 +89,14 @@ void iRPluginLive::refreshSessionInfo(const irsdk_header& header) {
     if (header.sessionInfoUpdate != lastSessionInfoUpdate &&
         irsdk_copySessionInfoStr(sessionInfo, update)) {
         lastSessionInfoUpdate = update;
-        reader.setYaml(sessionInfo.c_str());
+        reader->setYaml(sessionInfo.c_str());
     }
 }
 
 bool iRPluginLive::deliver(const ConnectionGuard& guard) {
-    const QList<Sample>& samples = sampleLists.fill(reader);
+    const QList<Sample>& samples = sampleLists.fill(*reader);
     for (int car = 0; car < iRTelemetryReader::simulatorCars; ++car) {
-        if (reader.isLapReady(car)) {
+        if (reader->isLapReady(car)) {
             handOverLap(car);
             if (!guard.isSameConnection()) {
                 return false;
@@ -102,7 +111,7 @@ bool iRPluginLive::deliver(const ConnectionGuard& guard) {
 }
 
 void iRPluginLive::handOverLap(int car) {
-    const QSharedPointer<Lap> lap = reader.lap(car);
+    const QSharedPointer<Lap> lap = reader->lap(car);
     lap->setPlugin(pluginName());
     lap->setSource(sourceName());
     emit emitter.sendTelemetryLap(lap);

@@ -36,6 +36,9 @@ public:
 
     [[nodiscard]] int count(const QString& entry) const;
 
+    /** Adds to the list what was heard in another way than by a signal. */
+    void note(const QString& entry);
+
     /** Acts once, inside the slot, when this entry is heard for the next time. */
     void reactTo(const QString& entry, std::function<void()> reaction);
 
@@ -61,7 +64,6 @@ public:
 
 private:
     void listenTo(TLM::SDK::DataEmitter* emitter);
-    void note(const QString& entry);
 
     QObject m_context;
     QStringList m_heard;

@@ -1,6 +1,5 @@
+#include "tests/plugin/hostlog.h"
 #include "tests/plugin/plugintest.h"
-
-#include <QtGlobal>
 
 #include <cstddef>
 #include <string>
@@ -12,33 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr unsigned int somebodyElse = 4242;
-
-/** The lines that the plugin logs of its link, while this one exists. */
-class LinkLog {
-public:
-    LinkLog() { previous = qInstallMessageHandler(&LinkLog::note); }
-    ~LinkLog() {
-        qInstallMessageHandler(previous);
-        lines.clear();
-    }
-    LinkLog(const LinkLog&) = delete;
-    LinkLog& operator=(const LinkLog&) = delete;
-
-    [[nodiscard]] static QStringList take() { return std::exchange(lines, {}); }
-
-private:
-    // A message handler is a plain function.
-    static void note(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-        if (qstrcmp(context.category, "rataip.link") != 0) {
-            previous(type, context, text);
-        } else if (type == QtWarningMsg) {
-            lines.append(text);
-        }
-    }
-
-    static inline QtMessageHandler previous = nullptr;
-    static inline QStringList lines;
-};
 
 class Log : public InitializedPluginTest {
 protected:
@@ -61,8 +33,11 @@ protected:
         }
     }
 
+    [[nodiscard]] QStringList takeLines() { return std::exchange(lines, {}); }
+
     static constexpr std::size_t bufferLengthField = offsetof(irsdk_header, bufferLength);
-    LinkLog log;
+    QStringList lines;
+    HostLog log{[this](const QString& text) { lines.append(text); }};
     const unsigned int ourselves = geteuid();
     const QStringList foreignBlock{
         u"No data from the simulator: the block belongs to another user"_s};
@@ -73,9 +48,9 @@ protected:
 TEST_F(Log, NamesAReasonOnceHoweverOftenItIsMet) {
     giveBlockTo(somebodyElse);
     attempt();
-    EXPECT_EQ(LinkLog::take(), foreignBlock);
+    EXPECT_EQ(takeLines(), foreignBlock);
     attempt();
-    EXPECT_EQ(LinkLog::take(), QStringList());
+    EXPECT_EQ(takeLines(), QStringList());
 }
 
 TEST_F(Log, NamesTheReasonOnceMoreAfterASuccess) {
@@ -84,10 +59,10 @@ TEST_F(Log, NamesTheReasonOnceMoreAfterASuccess) {
     giveBlockTo(ourselves);
     connectAndTick();
     plugin->disconnectFromSource();
-    EXPECT_EQ(LinkLog::take(), foreignBlock);
+    EXPECT_EQ(takeLines(), foreignBlock);
     giveBlockTo(somebodyElse);
     attempt();
-    EXPECT_EQ(LinkLog::take(), foreignBlock);
+    EXPECT_EQ(takeLines(), foreignBlock);
 }
 
 TEST_F(Log, NamesEachOfTwoReasons) {
@@ -96,7 +71,7 @@ TEST_F(Log, NamesEachOfTwoReasons) {
     giveBlockTo(ourselves);
     simulator.publisher.command("chown " + std::to_string(somebodyElse) + " event");
     attempt();
-    EXPECT_EQ(LinkLog::take(),
+    EXPECT_EQ(takeLines(),
               foreignBlock + QStringList{u"No data from the simulator: the data-valid event "
                                          u"belongs to another user"_s});
 }
@@ -106,19 +81,19 @@ TEST_F(Log, SaysNothingOfASimulatorThatIsNotThere) {
     attempt();
     simulator.publisher.command("unlink");
     attempt();
-    EXPECT_EQ(LinkLog::take(), QStringList());
+    EXPECT_EQ(takeLines(), QStringList());
 }
 
 TEST_F(Log, SaysNothingOfASimulatorThatDeliversNothing) {
     attempt();
-    EXPECT_EQ(LinkLog::take(), QStringList());
+    EXPECT_EQ(takeLines(), QStringList());
 }
 
 TEST_F(Log, NamesTheReasonOfASilence) {
     connectAndTick();
     simulator.publisher.poke(bufferLengthField, 0);
     missUntilTheEnd();
-    EXPECT_EQ(LinkLog::take(),
+    EXPECT_EQ(takeLines(),
               QStringList{u"No data from the simulator: the block points outside itself"_s});
 }
 
@@ -132,5 +107,5 @@ TEST_F(Log, DoesNotBlameAnOrderlyEndOnAFailureLongBefore) {
     ASSERT_EQ(host.samples.size(), 1);
     simulator.publisher.setStatus(0);
     missUntilTheEnd();
-    EXPECT_EQ(LinkLog::take(), QStringList());
+    EXPECT_EQ(takeLines(), QStringList());
 }

@@ -1,16 +1,19 @@
+#include "tests/plugin/hostlog.h"
 #include "tests/plugin/plugintest.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <QTest>
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
 
-// A host calls the plugin out of the slots that hear it: each signal is crossed with each thing
-// that a slot may do.
+// A host calls the plugin out of the slots that hear it, and out of the handler of its log: each
+// signal and each line of the log is crossed with each thing that a slot may do.
 
 namespace {
 
@@ -29,10 +32,10 @@ enum class Setting {
     Tick          // so it does, and the signal comes out of a tick
 };
 
-/** The signal whose slot does it. */
+/** The signal whose slot does it, or the line whose handler does. */
 struct Moment {
     const char* name;
-    QString entry;  // as the recorder writes it
+    QString entry;  // as the recorder writes it; "Log" and the first two words of a line
     void (Reentrancy::*provoke)();
     Setting setting;
     QStringList rest;  // what is heard afterwards when the slot disturbs nothing; without car lists
@@ -128,6 +131,47 @@ public:
         plugin->tick();
     }
 
+    void provokeTickThatRepairsPeaks() {
+        stageLapWithAPeak();
+        simulator.crossLine(ownCar);
+        simulator.crossLine(fastCar);
+        simulator.nextTick();
+        awaitMoment();
+        plugin->tick();
+    }
+
+    void provokeDisconnectionThatRepairsPeaks() {
+        stageLapWithAPeak();
+        awaitMoment();
+        plugin->disconnectFromSource();
+    }
+
+    void provokeTickThatAbandonsAReplayLap() {
+        StagedSession replay;
+        replay.simMode = "replay";
+        simulator.rewriteSession(replay);
+        simulator.block.set("ReplayPlaySpeed", 1);
+        connectAndTick();
+        tick();
+        tick();
+        simulator.block.set("ReplayPlaySpeed", 2);
+        simulator.nextTick();
+        awaitMoment();
+        plugin->tick();
+    }
+
+    void provokeConnectionToABlockThatIsInvalid() {
+        makeBlockInvalid();
+        awaitMoment();
+        plugin->connectToSource();
+    }
+
+    void provokeProbeOfABlockThatIsInvalid() {
+        makeBlockInvalid();
+        awaitMoment();
+        plugin->checkConnectionAvailability();
+    }
+
     void provokeTickByTimer() {
         stageTickWithEverything();
         awaitMoment();
@@ -154,6 +198,13 @@ public:
     }
 
 protected:
+    static bool isOfTheLog(const QString& entry) { return entry.startsWith("Log "_L1); }
+
+    static QStringList withoutLog(QStringList entries) {
+        entries.removeIf(&Reentrancy::isOfTheLog);
+        return entries;
+    }
+
     static bool isOfATick(const QString& entry) {
         return entry.startsWith("TelemetryLap"_L1) || entry.startsWith("Samples"_L1);
     }
@@ -218,11 +269,16 @@ protected:
         }
     }
 
-    /** The work that emitted the signal goes on unless its connection has ended. */
+    /**
+     * The work that emitted the signal goes on unless its connection has ended, or, where there was
+     * none, one has begun. What was done by then is logged all the same.
+     */
     void expectRestOfTheWork() const {
-        const bool ended = m_wasDeleted || heardDuring().contains(u"Disconnected"_s);
+        const bool begun =
+            moment().setting == Setting::Unconnected && heardDuring().contains(u"Connected"_s);
+        const bool ended = m_wasDeleted || begun || heardDuring().contains(u"Disconnected"_s);
         if (ended) {
-            EXPECT_EQ(heardAfter(), QStringList()) << transcript();
+            EXPECT_EQ(withoutLog(heardAfter()), QStringList()) << transcript();
         } else {
             EXPECT_EQ(withoutCarLists(heardAfter()), moment().rest) << transcript();
         }
@@ -235,6 +291,10 @@ protected:
             return;
         }
         EXPECT_EQ(timer()->isActive(), plugin->isConnected());
+        if (plugin->isConnected()) {
+            tick();
+            EXPECT_EQ(host.samples.size(), 1) << "over an open link";
+        }
         plugin->disconnectFromSource();
         connectAndTick();
         tick();
@@ -273,8 +333,27 @@ private:
         simulator.nextTick();
     }
 
+    /** The fast car's lap has one reading of its distance that is too far ahead. */
+    void stageLapWithAPeak() {
+        constexpr double step = 0.00025;  // 60 m/s on this track
+        StagedSession session;
+        session.trackLength = "4.00 km";
+        simulator.rewriteSession(session);
+        connectAndTick();
+        double distance = 0.5;
+        for (const double steps : {1.0, 1.0, 1.0, 1.5, 1.0, 1.0, 1.0}) {
+            distance += steps * step;
+            simulator.block.set("CarIdxLapDistPct", distance, fastCar);
+            tick();
+        }
+    }
+
+    /** So that the reason is worth a line; it is whole again as soon as the simulator runs. */
+    void makeBlockInvalid() { simulator.publisher.poke(offsetof(irsdk_header, bufferLength), 0); }
+
     qsizetype m_heardBefore = 0;
     qsizetype m_heardAfter = 0;
+    HostLog m_log{[this](const QString& text) { host.note(u"Log "_s + text.section(u' ', 0, 1)); }};
 };
 
 class ReentrancyByTimer : public Reentrancy {};
@@ -350,6 +429,41 @@ const Moment moments[] = {
      &Reentrancy::provokeDisconnection,
      Setting::Connected,
      {}},
+    {"PeakDetected",
+     u"Log peak detected"_s,
+     &Reentrancy::provokeTickThatRepairsPeaks,
+     Setting::Tick,
+     {u"Log peak fixed"_s, u"TelemetryLap 2"_s, u"TelemetryLap 5"_s, u"Samples 64"_s}},
+    {"PeakFixed",
+     u"Log peak fixed"_s,
+     &Reentrancy::provokeTickThatRepairsPeaks,
+     Setting::Tick,
+     {u"TelemetryLap 2"_s, u"TelemetryLap 5"_s, u"Samples 64"_s}},
+    {"PeakDetectedByDisconnection",
+     u"Log peak detected"_s,
+     &Reentrancy::provokeDisconnectionThatRepairsPeaks,
+     Setting::Connected,
+     {u"Log peak fixed"_s}},
+    {"ReplayLapAborted",
+     u"Log Replay lap"_s,
+     &Reentrancy::provokeTickThatAbandonsAReplayLap,
+     Setting::Tick,
+     {u"Samples 64"_s}},
+    {"FailureOfConnection",
+     u"Log No data"_s,
+     &Reentrancy::provokeConnectionToABlockThatIsInvalid,
+     Setting::Unconnected,
+     {u"NotConnected"_s}},
+    {"FailureOfProbe",
+     u"Log No data"_s,
+     &Reentrancy::provokeProbeOfABlockThatIsInvalid,
+     Setting::Unconnected,
+     {u"ConnectivityAvailable false"_s}},
+    {"FailureThatWasSilence",
+     u"Log No data"_s,
+     &Reentrancy::provokeSilence,
+     Setting::Tick,
+     {u"Message [iRacing plugin] Sim is down (0)"_s, u"Disconnected"_s, disconnectedMessage}},
 };
 
 const Moment momentsOfTheTimer[] = {
@@ -383,20 +497,38 @@ std::string rowName(const ::testing::TestParamInfo<std::tuple<Moment, Action>>& 
 
 }  // namespace
 
-// initialize() leaves an unconnected plugin behind, whatever its own signals have led to.
+// initialize() leaves an unconnected plugin behind, whatever its own signals have led to, and no
+// connection ends without a word.
 TEST_F(ConnectedPluginTest, IsUnconnectedAfterAnInitializationThatItsHostAnsweredByConnecting) {
     simulator.run();
     host.reactTo(u"Disconnected"_s, [this] { plugin->connectToSource(); });
     plugin->initialize();
     simulator.stand();
-    EXPECT_EQ(host.count(u"Connected"_s), 1);
+    const QStringList connections =
+        host.heard().filter(QRegularExpression(u"^(Disc|C)onnected$"_s));
+    EXPECT_EQ(connections, (QStringList{u"Disconnected"_s, u"Connected"_s, u"Disconnected"_s}));
     EXPECT_FALSE(plugin->isConnected());
     EXPECT_FALSE(timer()->isActive());
     EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
 }
 
+// A host that answers every end of a connection by the next one gets an answer, and no hang.
+TEST_F(ConnectedPluginTest, RefusesAHostThatConnectsAgainAndAgainDuringAnInitialization) {
+    simulator.run();
+    QObject::connect(plugin->dataEmitter(), &TLM::SDK::DataEmitter::sendDisconnected,
+                     [this] { plugin->connectToSource(); });
+    plugin->initialize();
+    EXPECT_EQ(host.disconnected.size(), 2);
+    EXPECT_EQ(host.connected.size(), 1);
+    EXPECT_EQ(host.notConnected.size(), 1);
+    EXPECT_FALSE(plugin->isConnected());
+    plugin->connectToSource();
+    EXPECT_TRUE(plugin->isConnected()) << "afterwards it may";
+    simulator.stand();
+}
+
 // The laps of such a connection are over with it: none goes on in the next connection.
-TEST_F(ConnectedPluginTest, ClosesTheLapsOfAConnectionThatAnInitializationEndsInSilence) {
+TEST_F(ConnectedPluginTest, ClosesTheLapsOfAConnectionThatAnInitializationEnds) {
     constexpr int ticksAfterwards = 3;
     host.reactTo(u"Disconnected"_s, [this] {
         connectWhileRunning();

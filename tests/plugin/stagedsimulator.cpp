@@ -32,7 +32,8 @@ std::string StagedSession::text() const {
     std::string text =
         "---\nWeekendInfo:\n TrackDisplayName: Hill Ring\n SessionID: 12\n"
         " SubSessionID: 34\n SimMode: " +
-        simMode + "\nSessionInfo:\n Sessions:\n - SessionNum: 0\n   SessionType: " + type +
+        simMode + (trackLength.empty() ? "" : "\n TrackLength: " + trackLength) +
+        "\nSessionInfo:\n Sessions:\n - SessionNum: 0\n   SessionType: " + type +
         "\nDriverInfo:\n DriverCarIdx: " + std::to_string(ownCar) + "\n Drivers:\n";
     for (const Driver& driver : drivers) {
         text += " - CarIdx: " + std::to_string(driver.car) + "\n   UserName: " + driver.name +
@@ -75,6 +76,8 @@ void StagedSimulator::addVariables(TestBlock& target) const {
     target.addVariable("LapCurrentLapTime", irsdk_float, 1, "s");
     target.addVariable("IsOnTrack", irsdk_bool);
     target.addVariable("OnPitRoad", irsdk_bool);
+    target.addVariable("PlayerCarInPitStall", irsdk_bool);
+    target.addVariable("ReplayPlaySpeed", irsdk_int);
     target.addVariable("CarIdxLapCompleted", irsdk_int, carCount);
     target.addVariable("CarIdxLapDistPct", irsdk_float, carCount, "%");
     target.addVariable("CarIdxLastLapTime", irsdk_float, carCount, "s");
