@@ -1,6 +1,7 @@
 #include "reader/debuglines.h"
 #include "reader/irtelemetryreader.h"
 #include "reader/zeroreadings.h"
+#include "sdk/shared.h"
 
 #include <algorithm>
 #include <utility>
@@ -34,7 +35,7 @@ void correctYaw(Lap& lap) {
 
 void addChannel(Lap& lap, const QString& name, const QList<double>& samples,
                 const QString& unit = {}) {
-    const auto channel = QSharedPointer<Channel>::create();
+    const auto channel = TLM::SDK::makeShared<Channel>();
     channel->samples = samples;
     channel->setUnit(unit);
     lap.addChannel(channel, name);

@@ -1,6 +1,7 @@
 #include "reader/recordercar.h"
 
 #include "reader/zeroreadings.h"
+#include "sdk/shared.h"
 #include "sdk/utilities.h"
 
 #include <algorithm>
@@ -35,7 +36,7 @@ bool startsOutLap(CarStatus previous) {
 }  // namespace
 
 RecorderCar::RecorderCar()
-    : lap(QSharedPointer<Lap>::create()), nextLap(QSharedPointer<Lap>::create()) {}
+    : lap(TLM::SDK::makeShared<Lap>()), nextLap(TLM::SDK::makeShared<Lap>()) {}
 
 void RecorderCar::expectSamples(qsizetype count) {
     m_expectedSamples = count;
@@ -67,7 +68,7 @@ void RecorderCar::startLap() {
     ++sampleRevision;
     lap = nextLap;
     course = nextCourse;
-    nextLap = QSharedPointer<Lap>::create();
+    nextLap = TLM::SDK::makeShared<Lap>();
     nextLap->reserve(m_expectedSamples);
     nextCourse = {};
     nextCourse.expect(m_expectedSamples);
@@ -86,7 +87,7 @@ void RecorderCar::closeLap() {
 
 void RecorderCar::leaveReadyLap() {
     if (lapReady) {
-        lap = QSharedPointer<Lap>::create();
+        lap = TLM::SDK::makeShared<Lap>();
         course = {};
     }
 }

@@ -1,6 +1,7 @@
 #include "sdk/channelcolumns.h"
 
 #include "sdk/number.h"
+#include "sdk/shared.h"
 
 #include <algorithm>
 #include <iterator>
@@ -215,7 +216,7 @@ void ChannelColumns::startOver(ChannelMap const& channels) {
 void ChannelColumns::insert(ChannelMap& channels, std::size_t column, QString const& name,
                             Value const& value) {
     const qsizetype missed = m_columns.empty() ? 0 : m_columns.front().channel->samples.size() - 1;
-    auto created = QSharedPointer<Channel>::create();
+    auto created = makeShared<Channel>();
     created->setUnit(value.unit());
     created->samples.reserve(std::max(m_room, missed + 1));
     created->samples.resize(std::max<qsizetype>(missed, 0), kMissingReading);
