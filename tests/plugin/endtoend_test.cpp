@@ -94,12 +94,12 @@ Laps withSamples(const Laps& laps) {
     return some;
 }
 
-/** Loads the plugin as a host does and lets it take every tick of the run. */
+/** Loads the plugin as a host does, lets it take every tick of the run, and unloads it for good. */
 Recording record(const SimulatorRun& run) {
     Recording recording;
     LockstepSimulator simulator(run.arguments);
     QPluginLoader loader(QStringLiteral(PLUGIN_MODULE));
-    const std::unique_ptr<QObject> object(loader.instance());
+    std::unique_ptr<QObject> object(loader.instance());
     auto* plugin = qobject_cast<PluginInterfaceLive*>(object.get());
     EXPECT_NE(plugin, nullptr) << loader.errorString().toStdString();
     if (plugin == nullptr) {
@@ -120,6 +120,9 @@ Recording record(const SimulatorRun& run) {
     EXPECT_TRUE(driven.has_value()) << simulator.logFile();
     recording.driven = driven.value_or(std::vector<DrivenLap>());
     recording.events = host.events();
+    // What a host was given outlives the plugin and its library.
+    object.reset();
+    EXPECT_TRUE(loader.unload());
     return recording;
 }
 

@@ -10,9 +10,11 @@
 #include <QJsonObject>
 #include <QLibrary>
 #include <QMetaMethod>
+#include <QMetaType>
 #include <QPluginLoader>
 #include <QPointer>
 #include <QTemporaryDir>
+#include <QVariant>
 
 #include <gtest/gtest.h>
 
@@ -199,4 +201,27 @@ TEST_F(PluginModule, HasNoSettingsToSaveOrToLoad) {
     EXPECT_EQ(host.heard(), QStringList());
     EXPECT_TRUE(QDir(folder.path()).isEmpty());
     EXPECT_EQ(plugin()->pluginName(), u"iR Plugin"_s);
+}
+
+// A host may unload the library for good and load it again. The types that it registered with Qt
+// stay registered, and a host's queued connections use them.
+TEST(UnloadedPluginModule, LeavesItsTypesUsableAndCanBeLoadedAgain) {
+    for (int round = 0; round < 3; ++round) {
+        QPluginLoader loader(QStringLiteral(PLUGIN_MODULE));
+        auto* const plugin = qobject_cast<PluginInterfaceLive*>(loader.instance());
+        ASSERT_NE(plugin, nullptr) << loader.errorString().toStdString();
+        {
+            const HostRecorder host(plugin->dataEmitter());
+            plugin->initialize();
+            EXPECT_EQ(host.heard(), QStringList{u"CarListChanged 64"_s});
+        }
+        ASSERT_TRUE(loader.unload()) << loader.errorString().toStdString();
+        for (const char* const name : {"TLM::SDK::Sample", "QList<TLM::SDK::Sample>",
+                                       "TLM::SDK::LapHeader", "TLM::SDK::LivePluginInfo",
+                                       "TLM::SDK::SessionInfo", "QSharedPointer<TLM::SDK::Lap>"}) {
+            const QMetaType type = QMetaType::fromName(name);
+            ASSERT_TRUE(type.isValid()) << name;
+            EXPECT_TRUE(QVariant(type).isValid()) << name;
+        }
+    }
 }

@@ -1,0 +1,258 @@
+#include "tests/plugin/hostlog.h"
+#include "tests/plugin/plugintest.h"
+#include "tests/support/memoryshortage.h"
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// Where memory is short the plugin ends its connection in order, and no exception leaves it.
+
+using namespace Qt::StringLiterals;
+
+/** A failed piece of memory is an answer here, not a finding of the sanitizer. */
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
+    return "allocator_may_return_null=1";
+}
+
+namespace {
+
+using testsupport::MemoryShortage;
+using TLM::SDK::DataEmitter;
+
+/** A host that takes no memory: what it hears it counts. */
+class FrugalHost {
+public:
+    explicit FrugalHost(DataEmitter* emitter) {
+        const auto listen = [this, emitter](auto signal, auto slot) {
+            QObject::connect(emitter, signal, &m_context, slot);
+        };
+        listen(&DataEmitter::sendConnected, [this] { begin(); });
+        listen(&DataEmitter::sendDisconnected, [this] { end(); });
+        listen(&DataEmitter::sendSamples, [this] { ++samples; });
+        listen(&DataEmitter::sendTelemetryLap, [this] { ++laps; });
+    }
+
+    bool isOpen = false;
+    bool isInOrder = true;
+    int samples = 0;
+    int laps = 0;
+
+private:
+    void begin() {
+        isInOrder = isInOrder && !isOpen;
+        isOpen = true;
+    }
+    void end() {
+        isInOrder = isInOrder && isOpen;
+        isOpen = false;
+    }
+
+    QObject m_context;
+};
+
+/** Each operation of a drive meets the want of memory, at each of its pieces or nearly so. */
+class ShortOfMemory : public ::testing::TestWithParam<MemoryShortage::Kind> {
+protected:
+    /** A connection with a session that changes, laps that end, and its own end. */
+    void drive(MemoryShortage& shortage) {
+        const auto tick = [&] {
+            simulator.nextTick();
+            shortage.during([this] { plugin->tick(); });
+        };
+        shortage.during([this] { plugin->initialize(); });
+        simulator.run();
+        shortage.during([this] { plugin->checkConnectionAvailability(); });
+        shortage.during([this] { plugin->connectToSource(); });
+        simulator.stand();
+        tick();
+        tick();
+        joined.trackLength = joined.trackLength.empty() ? "4.00 km" : "";
+        simulator.rewriteSession(joined);
+        tick();
+        simulator.crossLine(StagedSimulator::ownCar);
+        simulator.crossLine(StagedSimulator::fastCar);
+        tick();
+        tick();
+        shortage.during([this] { plugin->disconnectFromSource(); });
+    }
+
+    /** Once there is memory again, everything works. */
+    void expectUsable() {
+        EXPECT_TRUE(host->isInOrder);
+        EXPECT_EQ(host->isOpen, plugin->isConnected());
+        plugin->initialize();
+        simulator.run();
+        plugin->connectToSource();
+        simulator.stand();
+        ASSERT_TRUE(plugin->isConnected());
+        const int before = host->samples;
+        simulator.nextTick();
+        plugin->tick();
+        EXPECT_EQ(host->samples, before + 1);
+        plugin->disconnectFromSource();
+        EXPECT_TRUE(host->isInOrder);
+        EXPECT_FALSE(host->isOpen);
+    }
+
+    StagedSimulator simulator;
+    StagedSession joined;
+    std::unique_ptr<iRPluginLive> plugin;
+    std::unique_ptr<FrugalHost> host;
+    HostLog log{[](const QString&) {}};
+};
+
+}  // namespace
+
+TEST_P(ShortOfMemory, EndsInOrderWhereverItComes) {
+    simulator.publish();
+    bool hasCome = true;
+    // All of the first pieces, then fewer and fewer: a tick takes the same kinds over and over.
+    for (std::size_t piece = 1; hasCome; piece += 1 + piece / 400) {
+        SCOPED_TRACE(piece);
+        plugin = std::make_unique<iRPluginLive>();
+        host = std::make_unique<FrugalHost>(plugin->dataEmitter());
+        // Makes the timer, whose connection Qt does not look after when it gets no memory for it.
+        plugin->initialize();
+        {
+            MemoryShortage shortage(GetParam(), piece);
+            drive(shortage);
+            hasCome = shortage.hasCome();
+        }
+        ASSERT_NO_FATAL_FAILURE(expectUsable());
+        plugin.reset();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Drive, ShortOfMemory,
+                         ::testing::Values(MemoryShortage::Kind::OnePiece,
+                                           MemoryShortage::Kind::Everything),
+                         [](const ::testing::TestParamInfo<MemoryShortage::Kind>& row) {
+                             return row.param == MemoryShortage::Kind::OnePiece
+                                        ? std::string("OfOnePiece")
+                                        : std::string("OfEverything");
+                         });
+
+namespace {
+
+/** A session text that takes more memory than this process may have, in a second process of ours.
+ */
+class SmallAddressSpace : public ::testing::Test {
+protected:
+    /** Where the text lies outside the block it is absent. */
+    void hideText() { simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1); }
+    void showText() {
+        simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset),
+                                 simulator.block.header().sessionInfoOffset);
+    }
+
+    /** Millions of short lines that all name something else. */
+    void publishEndlessText() {
+        constexpr std::size_t size = 12 << 20;
+        std::string text = "---\n";
+        for (std::size_t i = 0; text.size() < size; ++i) {
+            text += std::to_string(i) + ":\n";
+        }
+        simulator.block.setSessionText(text);
+        simulator.publish();
+    }
+
+    void connectWhileRunning() {
+        simulator.run();
+        plugin->connectToSource();
+        simulator.stand();
+    }
+
+    void tick() {
+        simulator.nextTick();
+        plugin->tick();
+    }
+
+    /** Runs it in a child process that may take little more memory than it has; expects success. */
+    template <typename Part>
+    void runConfined(Part part) {
+        const pid_t child = fork();
+        if (child == 0) {
+            confine();
+            plugin = std::make_unique<iRPluginLive>();
+            host = std::make_unique<HostRecorder>(plugin->dataEmitter());
+            plugin->initialize();
+            host->forget();
+            part();
+            _exit(HasFailure() ? 1 : 0);
+        }
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+
+    const QStringList connecting{u"Connected"_s, u"Message [iRacing plugin] Connected (0)"_s};
+    const QStringList tooLittle{
+        u"No data from the simulator: there is not enough memory for what it publishes"_s};
+    StagedSimulator simulator;
+    QStringList lines;
+    HostLog log{[this](const QString& text) { lines.append(text); }};
+    std::unique_ptr<iRPluginLive> plugin;
+    std::unique_ptr<HostRecorder> host;
+
+private:
+    static void confine() {
+        constexpr rlim_t room = rlim_t{96} << 20;
+        std::ifstream file("/proc/self/statm");
+        rlim_t pages = 0;
+        file >> pages;
+        rlimit limit{};
+        getrlimit(RLIMIT_AS, &limit);
+        limit.rlim_cur = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + room;
+        ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
+    }
+};
+
+}  // namespace
+
+TEST_F(SmallAddressSpace, RefusesASimulatorWhoseSessionDoesNotFitUntilItDoes) {
+    publishEndlessText();
+    runConfined([this] {
+        connectWhileRunning();
+        connectWhileRunning();
+        EXPECT_EQ(host->heard(), (QStringList{u"NotConnected"_s, u"NotConnected"_s}));
+        EXPECT_EQ(lines, tooLittle) << "once";
+        EXPECT_EQ(testsupport::OpenObjects::now().simulatorMaps, 0);
+
+        host->forget();
+        hideText();
+        connectWhileRunning();
+        EXPECT_EQ(host->heard(), connecting);
+        tick();
+        EXPECT_EQ(host->lastSamples().size(), 64);
+    });
+}
+
+TEST_F(SmallAddressSpace, EndsAConnectionWhoseSessionNoLongerFitsInOrder) {
+    publishEndlessText();
+    hideText();
+    runConfined([this] {
+        connectWhileRunning();
+        tick();
+        ASSERT_EQ(host->samples.size(), 1);
+        host->forget();
+
+        showText();
+        simulator.setSessionUpdate(1000);
+        tick();
+        EXPECT_EQ(host->heard(),
+                  (QStringList{u"Disconnected"_s, u"Message [iRacing plugin] Disconnected (0)"_s}));
+        EXPECT_EQ(lines, tooLittle);
+        EXPECT_EQ(testsupport::OpenObjects::now().simulatorMaps, 0);
+
+        host->forget();
+        hideText();
+        connectWhileRunning();
+        EXPECT_EQ(host->heard(), connecting);
+        tick();
+        EXPECT_EQ(host->lastSamples().size(), 64);
+    });
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+
+namespace testsupport {
+
+/**
+ * A want of memory that comes at a chosen moment: while one exists, pieces of memory that the
+ * program asks for within during() are counted, and from the chosen one on it gets none, of
+ * operator new as of malloc. One at a time, on one thread, on Linux. The program MUST be linked
+ * with scarcememory.cpp, whose operators take their memory from malloc.
+ */
+class MemoryShortage {
+public:
+    enum class Kind {
+        OnePiece,   // memory is there again for the next piece
+        Everything  // there is none any more
+    };
+
+    MemoryShortage(Kind kind, std::size_t firstPiece);
+    ~MemoryShortage();
+    MemoryShortage(const MemoryShortage&) = delete;
+    MemoryShortage& operator=(const MemoryShortage&) = delete;
+
+    template <typename Call>
+    void during(Call call) {
+        count(true);
+        call();
+        count(false);
+    }
+
+    /** Whether so many pieces were asked for. */
+    [[nodiscard]] bool hasCome() const;
+
+private:
+    static void count(bool on);
+};
+
+}  // namespace testsupport

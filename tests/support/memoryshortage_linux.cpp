@@ -1,0 +1,59 @@
+#include "tests/support/memoryshortage.h"
+
+#include <dlfcn.h>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+
+std::size_t firstRefused = kNever;
+std::size_t lastRefused = kNever;
+std::size_t asked = 0;
+bool counting = false;
+
+bool isRefused() {
+    return counting && ++asked >= firstRefused && asked <= lastRefused;
+}
+
+template <typename Function>
+Function next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// In front of those of the C library, or of the sanitizer.
+
+extern "C" void* malloc(std::size_t size) {
+    static const auto original = next<void* (*)(std::size_t)>("malloc");
+    return isRefused() ? nullptr : original(size);
+}
+
+extern "C" void* realloc(void* memory, std::size_t size) {
+    static const auto original = next<void* (*)(void*, std::size_t)>("realloc");
+    return isRefused() ? nullptr : original(memory, size);
+}
+
+namespace testsupport {
+
+MemoryShortage::MemoryShortage(Kind kind, std::size_t firstPiece) {
+    asked = 0;
+    firstRefused = firstPiece;
+    lastRefused = kind == Kind::OnePiece ? firstPiece : kNever;
+}
+
+MemoryShortage::~MemoryShortage() {
+    counting = false;
+    firstRefused = kNever;
+}
+
+bool MemoryShortage::hasCome() const {
+    return asked >= firstRefused;
+}
+
+void MemoryShortage::count(bool on) {
+    counting = on;
+}
+
+}  // namespace testsupport
