@@ -149,7 +149,7 @@ void iRPluginLive::disconnectFromSource() {
  */
 QStringList iRPluginLive::closeConnection() {
     endConnection();
-    const QStringList debugLines = closeOpenLaps();
+    QStringList debugLines = closeOpenLaps();
     irsdk_shutdown();
     return debugLines;
 }

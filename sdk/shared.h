@@ -13,7 +13,7 @@ namespace TLM::SDK {
 template <typename Object>
 [[nodiscard]] QSharedPointer<Object> makeShared() {
     auto object = std::make_unique<Object>();
-    const QSharedPointer<Object> shared(object.get());
+    QSharedPointer<Object> shared(object.get());
     static_cast<void>(object.release());
     return shared;
 }
