@@ -99,6 +99,7 @@ Recording record(const SimulatorRun& run) {
     Recording recording;
     LockstepSimulator simulator(run.arguments);
     QPluginLoader loader(QStringLiteral(PLUGIN_MODULE));
+    loader.setLoadHints({});  // of themselves they keep the library in the process
     std::unique_ptr<QObject> object(loader.instance());
     auto* plugin = qobject_cast<PluginInterfaceLive*>(object.get());
     EXPECT_NE(plugin, nullptr) << loader.errorString().toStdString();
