@@ -7,8 +7,13 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+if(PROJECT_IS_TOP_LEVEL)
+    set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+endif()
+# Whoever has chosen a folder for everything, as a bigger build may have, gets these things there.
+if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+endif()
 
 find_package(Qt6 6.4 QUIET COMPONENTS Core Gui)
 set(RATAIP_HAVE_QT ${Qt6_FOUND})
@@ -16,12 +21,17 @@ if(NOT RATAIP_HAVE_QT)
     message(STATUS "No Qt 6.4 or later for this platform: only what is free of Qt is built")
 endif()
 
-# Carries the warnings that are errors and the root of the include paths ("folder/header.h").
+# Carries the root of the include paths ("folder/header.h") and, where this project is built by
+# itself, the warnings that are errors. A bigger build has its own idea of warnings, and perhaps a
+# compiler that knows more of them.
 add_library(rataip_common INTERFACE)
-target_include_directories(rataip_common INTERFACE "$<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>")
+target_include_directories(rataip_common INTERFACE "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
 if(MSVC)
-    target_compile_options(rataip_common INTERFACE /W4 /WX /permissive- /utf-8)
-else()
+    target_compile_options(rataip_common INTERFACE /permissive- /utf-8)
+endif()
+if(PROJECT_IS_TOP_LEVEL AND MSVC)
+    target_compile_options(rataip_common INTERFACE /W4 /WX)
+elseif(PROJECT_IS_TOP_LEVEL)
     target_compile_options(rataip_common INTERFACE
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 endif()

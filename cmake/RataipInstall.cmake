@@ -20,8 +20,8 @@ if(RATAIP_HAVE_QT)
     install(TARGETS rataip LIBRARY DESTINATION "${plugin_folder}")
 
     # Everything in sdk/ is the interface or what it hands out.
-    file(GLOB headers CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/sdk/*.h")
-    install(FILES ${headers} "${CMAKE_BINARY_DIR}/sdk/generated/sdk/interfaceid.h"
+    file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/sdk/*.h")
+    install(FILES ${headers} "${PROJECT_BINARY_DIR}/sdk/generated/sdk/interfaceid.h"
         DESTINATION "${header_folder}/sdk")
 
     set_target_properties(tlm_sdk PROPERTIES EXPORT_NAME SDK)
@@ -31,14 +31,14 @@ if(RATAIP_HAVE_QT)
     install(EXPORT rataip-targets NAMESPACE TLM:: DESTINATION "${package_folder}")
 
     configure_package_config_file(cmake/rataip-config.cmake.in
-        "${CMAKE_BINARY_DIR}/package/rataip-config.cmake"
+        "${PROJECT_BINARY_DIR}/package/rataip-config.cmake"
         INSTALL_DESTINATION "${package_folder}"
         NO_SET_AND_CHECK_MACRO)
-    write_basic_package_version_file("${CMAKE_BINARY_DIR}/package/rataip-config-version.cmake"
+    write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/rataip-config-version.cmake"
         COMPATIBILITY SameMinorVersion)
     install(FILES
-        "${CMAKE_BINARY_DIR}/package/rataip-config.cmake"
-        "${CMAKE_BINARY_DIR}/package/rataip-config-version.cmake"
+        "${PROJECT_BINARY_DIR}/package/rataip-config.cmake"
+        "${PROJECT_BINARY_DIR}/package/rataip-config-version.cmake"
         DESTINATION "${package_folder}")
     set(package_qt "Qt ${Qt6_VERSION}")
     set(package_interface "${RATAIP_INTERFACE_PREFIX}.PluginInterfaceLive/0.2")
@@ -47,8 +47,8 @@ else()
     set(package_interface "none")
 endif()
 
-configure_file(INSTALL.txt.in "${CMAKE_BINARY_DIR}/package/INSTALL.txt" @ONLY)
-install(FILES "${CMAKE_BINARY_DIR}/package/INSTALL.txt" README.md CHANGELOG.md THIRD_PARTY.md
+configure_file(INSTALL.txt.in "${PROJECT_BINARY_DIR}/package/INSTALL.txt" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/package/INSTALL.txt" README.md CHANGELOG.md THIRD_PARTY.md
     DESTINATION .)
 install(DIRECTORY docs DESTINATION .)
 

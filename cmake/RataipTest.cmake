@@ -14,7 +14,7 @@ function(rataip_add_test)
     target_link_libraries(${ARG_NAME} PRIVATE rataip_common ${ARG_LIBS} GTest::gtest_main)
     set(properties TIMEOUT ${RATAIP_TEST_TIMEOUT})
     if(ARG_SIMULATOR)
-        target_sources(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests/support/nosimulator.cpp")
+        target_sources(${ARG_NAME} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/nosimulator.cpp")
         target_link_libraries(${ARG_NAME} PRIVATE rataip_test_support)
         list(APPEND properties RESOURCE_LOCK simulator-objects)
     endif()
@@ -32,7 +32,7 @@ set(RATAIP_WINE OFF)
 if(WIN32 AND CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
     set(RATAIP_WINE ON)
     set(CMAKE_CROSSCOMPILING_EMULATOR
-        "${CMAKE_SOURCE_DIR}/scripts/wine.sh" "${CMAKE_BINARY_DIR}/wine")
+        "${PROJECT_SOURCE_DIR}/scripts/wine.sh" "${PROJECT_BINARY_DIR}/wine")
     set(RATAIP_WINE_SKIPPED 77)  # exit status of wine.sh where there is no Wine
 endif()
 
@@ -86,7 +86,7 @@ function(rataip_add_wine_cases target)
     add_test(NAME "${target}/lists-its-cases"
         COMMAND "${CMAKE_COMMAND}" "-DEMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR}"
             "-DPROGRAM=$<TARGET_FILE:${target}>" "-DCASES=${names}"
-            -P "${CMAKE_SOURCE_DIR}/cmake/CheckListedCases.cmake")
+            -P "${PROJECT_SOURCE_DIR}/cmake/CheckListedCases.cmake")
     set_tests_properties("${target}/lists-its-cases" PROPERTIES
         SKIP_REGULAR_EXPRESSION "no Wine on this machine" FIXTURES_REQUIRED wine
         TIMEOUT ${RATAIP_DISCOVERY_TIMEOUT})

@@ -19,7 +19,7 @@ rataip_query_host_qt(qt_headers QT_INSTALL_HEADERS)
 rataip_query_host_qt(qt_libexec QT_HOST_LIBEXECS)
 string(REGEX MATCH "^[0-9]+" QT_VERSION_MAJOR "${qt_version}")
 
-set(check_folder "${CMAKE_BINARY_DIR}/windows-compile-check")
+set(check_folder "${PROJECT_BINARY_DIR}/windows-compile-check")
 configure_file(sdk/interfaceid.h.in "${check_folder}/sdk/interfaceid.h" @ONLY)
 
 # rataip_add_compile_check(<name> MODULES <Qt module>... FOLDERS <folder>...)
@@ -27,7 +27,7 @@ function(rataip_add_compile_check name)
     cmake_parse_arguments(ARG "" "" "MODULES;FOLDERS" ${ARGN})
     set(sources)
     foreach(folder IN LISTS ARG_FOLDERS)
-        file(GLOB found CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/${folder}/*.cpp")
+        file(GLOB found CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
         list(APPEND sources ${found})
     endforeach()
     list(FILTER sources EXCLUDE REGEX "_linux\\.cpp$")
@@ -69,7 +69,7 @@ add_custom_command(OUTPUT "${RATAIP_TABLES_ONLY_PLUGIN}"
         "-DOBJECTS=$<TARGET_OBJECTS:rataip_windows_plugin_check>"
         "-DLIBRARIES=$<TARGET_FILE:rataip_irsdk>"
         "-DOUTPUT=${RATAIP_TABLES_ONLY_PLUGIN}"
-        -P "${CMAKE_SOURCE_DIR}/cmake/LinkToNames.cmake"
+        -P "${PROJECT_SOURCE_DIR}/cmake/LinkToNames.cmake"
     DEPENDS $<TARGET_OBJECTS:rataip_windows_plugin_check> rataip_windows_plugin_check rataip_irsdk
         cmake/LinkToNames.cmake
     COMMENT "Linking rataip.dll to the names of Qt"
