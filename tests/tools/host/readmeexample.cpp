@@ -19,7 +19,13 @@ int main(int argc, char* argv[]) {
                      [](const QString& text) { qInfo().noquote() << text; });
     QObject::connect(emitter, &DataEmitter::sendTelemetryLap, &application,
                      [](const QSharedPointer<TLM::SDK::Lap>& lap) {
-                         qInfo() << lap->driverName() << lap->lapTime() << lap->size();
+                         // A lap without a time has 59:59.000, one without samples none at all.
+                         const QTime time = lap->lapTime();
+                         QString text = QStringLiteral("no time");
+                         if (time.isValid() && time != QTime(0, 59, 59)) {
+                             text = time.toString(Qt::ISODateWithMs);
+                         }
+                         qInfo().noquote() << lap->driverName() << text << lap->size();
                      });
     QObject::connect(emitter, &DataEmitter::sendNotConnected, &application,
                      [] { QCoreApplication::exit(1); });

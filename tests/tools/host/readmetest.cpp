@@ -27,6 +27,14 @@ TEST(ReadmeExample, EndsWhenTheSourceIsNotThere) {
     EXPECT_EQ(run.err, "");
 }
 
+TEST(ReadmeExample, SaysOfALapWithoutATimeThatItHasNone) {
+    const ProgramRun run = runProgram(QStringLiteral(EXAMPLE_PROGRAM), {fixture("threelaps")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.err.find("Ann Timed 00:01:37.743 3"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("Bob Untimed no time 2"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find(" no time 0"), std::string::npos) << run.err;
+}
+
 TEST(ReadmeExample, SaysSoWhenThereIsNoPlugin) {
     const ProgramRun run = runProgram(QStringLiteral(EXAMPLE_PROGRAM), {fixture("missing")});
     EXPECT_EQ(run.status, 1);
