@@ -40,17 +40,73 @@ if(RATAIP_HAVE_QT)
         "${PROJECT_BINARY_DIR}/package/rataip-config.cmake"
         "${PROJECT_BINARY_DIR}/package/rataip-config-version.cmake"
         DESTINATION "${package_folder}")
+
     set(package_qt "Qt ${Qt6_VERSION}")
     set(package_interface "${RATAIP_INTERFACE_PREFIX}.PluginInterfaceLive/0.2")
-else()
-    set(package_qt "no Qt: the package holds the simulator alone")
-    set(package_interface "none")
+    configure_file(INSTALL.txt.in "${PROJECT_BINARY_DIR}/package/INSTALL.txt" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/package/INSTALL.txt" DESTINATION .)
+    install(FILES docs/viewer.md docs/viewer-20-cars.png docs/viewer-64-cars.png
+        docs/viewer-lap.png docs/lap.png DESTINATION docs)
 endif()
+install(FILES docs/simulator.md DESTINATION docs)
+install(FILES CHANGELOG.md THIRD_PARTY.md DESTINATION .)
 
-configure_file(INSTALL.txt.in "${PROJECT_BINARY_DIR}/package/INSTALL.txt" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/package/INSTALL.txt" README.md CHANGELOG.md THIRD_PARTY.md
-    DESTINATION .)
-install(DIRECTORY docs DESTINATION .)
+# rataip_readme_section(<variable> <heading>): a section of README.md, with its heading.
+function(rataip_readme_section variable heading)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/README.md")
+    file(READ "${PROJECT_SOURCE_DIR}/README.md" text)
+    string(FIND "${text}" "\n## ${heading}\n" start)
+    if(start EQUAL -1)
+        message(FATAL_ERROR "README.md has no section \"${heading}\"")
+    endif()
+    math(EXPR start "${start} + 1")
+    string(SUBSTRING "${text}" ${start} -1 text)
+    string(FIND "${text}" "\n## " end)
+    math(EXPR end "${end} + 1")
+    string(SUBSTRING "${text}" 0 ${end} text)
+    set(${variable} "${text}" PARENT_SCOPE)
+endfunction()
+
+# The page of the package is one of its own: it is about what was unpacked, not about what is built.
+# What it says of hosts and programs stands in README.md.
+if(RATAIP_HAVE_QT)
+    rataip_readme_section(host_section "Load it from a host")
+    rataip_readme_section(programs_section "The programs")
+    set(viewer_row "")
+    if(TARGET rataip-viewer)
+        set(viewer_row ", `rataip-viewer` (a window)")
+    endif()
+    set(package_rows "\
+| `plugins/` | the plugin |
+| `bin/` | `rataip-monitor` (a host for the console)${viewer_row}, `rataip-simulator` (a stand-in for the simulator) |
+| `include/`, `lib/` | for the author of a host: headers, library, CMake package |
+| [INSTALL.txt](INSTALL.txt) | where things go, which host the plugin fits, what must lie beside it |
+")
+    set(package_steps "\
+## See it run
+
+Without a simulator, in two consoles:
+
+    bin/rataip-simulator --session practice --cars 12
+    bin/rataip-monitor --laps 5
+
+The monitor finds the plugin of this package, names the cars, and ends after the first five laps of any
+car. With the real simulator, leave the first line out.
+
+${host_section}${programs_section}")
+else()
+    set(package_rows "\
+| `bin/` | `rataip-simulator` (a stand-in for the simulator); what needs Qt was not built |
+")
+    set(package_steps "\
+## See it run
+
+    bin/rataip-simulator --session practice --cars 12
+
+")
+endif()
+configure_file(PACKAGE.md.in "${PROJECT_BINARY_DIR}/package/README.md" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/package/README.md" DESTINATION .)
 
 set(CPACK_PACKAGE_NAME "rataip")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")

@@ -57,3 +57,9 @@ list(GET headings 0 newest)
 if(NOT newest STREQUAL "## ${VERSION}")
     message(FATAL_ERROR "The change log begins with \"${newest}\", the version is ${VERSION}")
 endif()
+
+# Nobody has to guess who may do what with it.
+file(READ "${UNPACKED}/README.md" page)
+if(NOT page MATCHES "\n## Licence\n\n[^\n]+licence")
+    message(FATAL_ERROR "The package's page says nothing of a licence")
+endif()
