@@ -47,7 +47,10 @@ public:
     CarStatus status() const { return m_status; }
     void setStatus(CarStatus status) { m_status = status; }
 
-    /** Whether full telemetry is available for this car. */
+    /**
+     * Whether full telemetry is available for this car; true in a new record. rataip: for the
+     * user's own car alone, which is how to find it, see LivePluginInfo::cars.
+     */
     bool detailedTelemetry() const { return m_detailedTelemetry; }
     void setDetailedTelemetry(bool detailedTelemetry) { m_detailedTelemetry = detailedTelemetry; }
 

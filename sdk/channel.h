@@ -22,6 +22,11 @@ public:
     /** Overwrites entry `i`; the list never grows. */
     void setSample(long long i, double v) { samples[i] = v; }
 
+    /**
+     * The unit's text as the producer names it; empty for none. rataip keeps the units of the
+     * samples ("m/s", "rad", "s", "kg") with one exception: a share from 0 to 1 is "%" in a sample
+     * and "pu", per unit, in a lap.
+     */
     QString unit() const { return m_unit; }
     void setUnit(QString const& unit) { m_unit = unit; }
 

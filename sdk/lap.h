@@ -24,6 +24,17 @@ namespace TLM::SDK {
  * A lap that samples are still added to belongs to one thread, its const operations too. Taking
  * channels out of it makes each sample added from then on cost more.
  *
+ * A lap of rataip has a recorded channel for each value of its samples. It adds "fuelweight" (kg)
+ * for the own car, and for other cars, which the simulator tells less of, "speed" (m/s), "lapdist"
+ * (m), "dt" (the time to the next sample, s) and, when the lap was recorded from the line on,
+ * "lapcurrentlaptime" (s); the last two name no unit. Speed and distance are missing in a replay.
+ * There are no calculated channels.
+ *
+ * A lap of another car ends when the simulator counts it, and a race's formation lap may not be
+ * counted. Then the first lap of the race holds the formation lap too, with the lap time of the
+ * race lap alone, and the first half of either may stand at the beginning of the lap after it:
+ * where "lapdistpct" falls within a lap, two of them meet.
+ *
  * Laps travel as QSharedPointer<Lap>. A copy of a lap shares its Channel objects: what is added to
  * a channel that both have is seen through the other. Who wants an independent copy MUST copy the
  * channels.

@@ -34,20 +34,32 @@ enum class LapType : std::int32_t {
  * A lap without its channels: which car drove it, when, how long it took, where it sits in session
  * and stint, and the lap's named values.
  *
+ * Of the car record, rataip fills carId() (the slot), driverName(), carName(), trackName(),
+ * trackConfig(), source() and detailedTelemetry(). Team and class are the lap values "Team" and
+ * "Class".
+ *
  * A stream carries the car record alone (see CarInfo's operators). A header read back keeps its own
  * fields and its values as they were before.
  */
 class LapHeader : public CarInfo, public DynamicData {
 public:
-    /** When the lap was driven; null when not known. */
+    /** When the lap was driven; null when not known. rataip: the local time at its end. */
     QDateTime dateTime() const { return m_dateTime; }
     void setDateTime(QDateTime const& dateTime) { m_dateTime = dateTime; }
 
-    /** The file that the lap belongs to, if any. */
+    /** The file that the lap belongs to, if any. rataip: none. */
     QString fileName() const { return m_fileName; }
     void setFileName(QString const& fileName) { m_fileName = fileName; }
 
-    /** The lap time; null (and so not valid) when there is none. */
+    /**
+     * The lap time; null (and so not valid) when nobody has set it.
+     *
+     * rataip gives 59:59.000, QTime(0, 59, 59), to every lap without a time: one that was not
+     * driven to its end, an out lap outside a race, and one for which the simulator has no time.
+     * Only a lap without samples has a null one. The time is the simulator's for the whole lap,
+     * also when the host connected in the middle of it and the channels hold the rest of it alone;
+     * "lapdistpct" then does not begin near 0.
+     */
     QTime lapTime() const { return m_lapTime; }
     void setLapTime(QTime const& lapTime) { m_lapTime = lapTime; }
 
@@ -55,6 +67,10 @@ public:
     QString pluginName() const { return m_pluginName; }
     void setPlugin(QString const& pluginName) { m_pluginName = pluginName; }
 
+    /**
+     * The lap's identity. rataip: a random one for each lap; a lap that ends in its first tick
+     * bears that of the lap before.
+     */
     QUuid lapId() const { return m_lapId; }
     void setLapId(QUuid const& lapId) { m_lapId = lapId; }
 
@@ -64,15 +80,22 @@ public:
     QUuid sessionId() const { return m_sessionId; }
     void setSessionId(QUuid const& sessionId) { m_sessionId = sessionId; }
 
-    /** Number of the lap within the session. */
+    /**
+     * Number of the lap within the session. It identifies no lap, lapId() does.
+     *
+     * rataip gives a lap of the own car the simulator's number, as a rule. A completed lap of
+     * another car has the number of laps that the simulator had counted before, and one that was
+     * cut short has one more. So two laps in a row may bear the same number, such as an out lap and
+     * the flying lap after it, both 0, and a number may be left out.
+     */
     int lapInSession() const { return m_lapInSession; }
     void setLapInSession(int lapInSession) { m_lapInSession = lapInSession; }
 
-    /** Number of the lap within its stint. */
+    /** Number of the lap within its stint. rataip: the out lap is 0. */
     int lapInStint() const { return m_lapInStint; }
     void setLapInStint(int lapInStint) { m_lapInStint = lapInStint; }
 
-    /** Number of the stint within the session. */
+    /** Number of the stint within the session. rataip: from 1. */
     int stintInSession() const { return m_stintInSession; }
     void setStintInSession(int stintInSession) { m_stintInSession = stintInSession; }
 

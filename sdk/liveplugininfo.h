@@ -21,7 +21,16 @@ public:
     QString sourceName() const { return m_sourceName; }
     void setSourceName(QString const& sourceName) { m_sourceName = sourceName; }
 
-    /** The cars in the order in which the plugin lists them. */
+    /**
+     * The cars in the order in which the plugin lists them.
+     *
+     * rataip lists 64, one for each car slot of the simulator: the index is the slot, and the
+     * sample of that car has the same index in every DataEmitter::sendSamples(). A record holds the
+     * slot as the carId(), the names of driver, team, car and class, the status, and
+     * detailedTelemetry(), which is true for the user's own car alone. A slot without a driver has
+     * no driver name. Until the first session has named its drivers, the names are empty and
+     * detailedTelemetry() is true for all, which says nothing.
+     */
     QList<CarInfo> cars;
 
 private:

@@ -15,8 +15,12 @@ namespace TLM::SDK {
  * Nothing here reports an error by its return: what happens is told by the signals of the emitter.
  * A host MUST connect to the signals it wants before it calls initialize(), and MUST call every
  * operation on the thread that owns the plugin object. The emitter lives exactly as long as the
- * plugin object; a host MUST NOT delete it. A host MUST NOT unload the plugin's library while it
- * holds laps or samples, whose code lies there.
+ * plugin object; a host MUST NOT delete it.
+ *
+ * The code of laps and samples lies in the plugin's library. A host MUST NOT unload a library that
+ * leaves the process then while it holds any of them. A plugin SHOULD keep its library in the
+ * process, as rataip does: it may be unloaded at any time, what the host holds stays valid, and it
+ * may be loaded again. QPluginLoader::unload() deletes the plugin object.
  *
  * A plugin derives from QObject first and from this class second:
  *
@@ -41,9 +45,9 @@ public:
 
     /** One-time set-up after the host has loaded the plugin. */
     virtual void initialize() = 0;
-    /** Stores the plugin's settings under a settings path or group. */
+    /** Stores the plugin's settings under a settings path or group. rataip stores nothing. */
     virtual void saveSettings(QString const& path) = 0;
-    /** Reads them back. */
+    /** Reads them back. rataip has no settings: it reads nothing. */
     virtual void loadSettings(QString const& path) = 0;
 
     /** Name of the data source, the simulator's name. */
@@ -51,9 +55,12 @@ public:
     virtual QString pluginName() const = 0;
     virtual QString pluginVersion() const = 0;
 
-    /** Looks whether the source can be reached now. */
+    /** Looks whether the source can be reached now. rataip waits 200 ms at most. */
     virtual void checkConnectionAvailability() = 0;
-    /** Starts delivering data. */
+    /**
+     * Starts delivering data. rataip waits 200 ms at most, and has sent sendConnected() or
+     * sendNotConnected() when it returns; while connected it does nothing.
+     */
     virtual void connectToSource() = 0;
     /** Stops delivering data. */
     virtual void disconnectFromSource() = 0;
