@@ -1,4 +1,5 @@
-// The user's own code, which is none of the project's business: it converts and shadows as it likes.
+// The user's own code, which is none of the project's business: it converts and shadows as it
+// likes.
 #include "sdk/lap.h"
 
 int carefree(const TLM::SDK::Lap& lap) {
