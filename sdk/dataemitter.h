@@ -39,7 +39,8 @@ signals:
     void sendConnected();
     /**
      * The source delivers no longer. rataip: when the host disconnects, and by itself after 101
-     * ticks without data, some two seconds; never when the plugin object is deleted.
+     * ticks without data, some two seconds, or when there is not enough memory for the data; never
+     * when the plugin object is deleted.
      */
     void sendDisconnected();
     /** An attempt to connect failed. rataip makes none of itself: the host tries again. */
