@@ -9,8 +9,8 @@ namespace rataip::laps {
 
 using TLM::SDK::Lap;
 
-LapExporter::LapExporter(const QDir& folder, const QList<LapFormat>& formats, Tells failures)
-    : m_folder(folder), m_formats(formats), m_failures(failures) {
+LapExporter::LapExporter(const QDir& folder, const QList<LapFormat>& formats)
+    : m_folder(folder), m_formats(formats) {
     m_writer.moveToThread(&m_thread);
     m_thread.start();
 }
@@ -56,13 +56,11 @@ NewFiles LapExporter::write(const Lap& lap, const QDir& folder, const QList<LapF
 }
 
 void LapExporter::tell(const NewFiles& outcome) {
-    const bool hasFailed = !outcome.error.isEmpty();
-    if (!hasFailed) {
+    if (outcome.error.isEmpty()) {
         emit written(outcome.paths);
-    } else if (!m_isFailing || m_failures == Tells::Each) {
+    } else {
         emit failed(outcome.error);
     }
-    m_isFailing = hasFailed;
 }
 
 }  // namespace rataip::laps

@@ -27,13 +27,7 @@ class LapExporter : public QObject {
     Q_OBJECT
 
 public:
-    /** How often a failure that lasts (a full disk) is told. */
-    enum class Tells {
-        Once,  // and again only after a lap could be written in between: laps come by themselves
-        Each,  // somebody asks for each lap and waits for the answer
-    };
-
-    LapExporter(const QDir& folder, const QList<LapFormat>& formats, Tells failures = Tells::Once);
+    LapExporter(const QDir& folder, const QList<LapFormat>& formats);
     ~LapExporter() override;
 
     /**
@@ -49,7 +43,7 @@ signals:
     /** A lap is written: the paths of its files in the order of the formats. */
     void written(const QStringList& paths);
 
-    /** A lap is not, or not completely, written: one sentence why, without a full stop. */
+    /** A lap is not written, not in part either: one sentence why, without a full stop. */
     void failed(const QString& sentence);
 
 private:
@@ -59,10 +53,8 @@ private:
 
     QDir m_folder;
     QList<LapFormat> m_formats;
-    Tells m_failures;
     QThread m_thread;
     QObject m_writer;  // lives on m_thread, so that calls queued to it run there
-    bool m_isFailing = false;
 };
 
 }  // namespace rataip::laps

@@ -1,6 +1,7 @@
 #include "tools/laps/newfile.h"
 
 #include "sdk/utilities.h"
+#include "tools/laps/writeall.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -51,7 +52,10 @@ QString openAll(OpenedFiles& files, const QDir& folder, const QString& name,
     for (const FileContent& content : contents) {
         const QString path = folder.absoluteFilePath(name + QLatin1Char('.') + content.suffix);
         files.push_back(std::make_unique<QFile>(path));
-        if (!files.back()->open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        // What a buffer holds back cannot be written to a full disk in the end, and a file with
+        // such a rest is not removed.
+        if (!files.back()->open(QIODevice::WriteOnly | QIODevice::NewOnly |
+                                QIODevice::Unbuffered)) {
             return complaint(*files.back());
         }
     }
@@ -63,11 +67,11 @@ bool isTaken(const QFile& file) {
     return !file.isOpen() && file.exists();
 }
 
-/** What was made of the files from `first` on; a file that is not ours is not open. */
-void removeFrom(const OpenedFiles& files, std::size_t first) {
-    for (std::size_t i = first; i < files.size(); ++i) {
-        if (files[i]->isOpen()) {
-            files[i]->remove();
+/** What was made of the files; a file that is not ours is not open. */
+void removeAll(const OpenedFiles& files) {
+    for (const std::unique_ptr<QFile>& file : files) {
+        if (file->isOpen()) {
+            file->remove();
         }
     }
 }
@@ -91,6 +95,21 @@ QString makeFolder(const QString& path) {
                    : QString();
 }
 
+QString tryFolder(const QString& path) {
+    const QString error = makeFolder(path);
+    if (!error.isEmpty()) {
+        return error;
+    }
+    // A disk that is full still takes a name.
+    const NewFiles trial = writeNewFiles(
+        QDir(path), QStringLiteral("trial"),
+        {{QStringLiteral("tmp"), [](QIODevice& device) { return writeAll(device, "trial"); }}});
+    for (const QString& made : trial.paths) {
+        QFile::remove(made);
+    }
+    return trial.error;
+}
+
 NewFiles writeNewFiles(const QDir& folder, const QString& name,
                        const QList<FileContent>& contents) {
     OpenedFiles files;
@@ -103,19 +122,19 @@ NewFiles writeNewFiles(const QDir& folder, const QString& name,
         if (error.isEmpty() || !isTaken(*files.back())) {
             break;
         }
-        removeFrom(files, 0);
+        removeAll(files);
     }
     if (!error.isEmpty()) {
-        removeFrom(files, 0);
+        removeAll(files);
         return {{}, error};
     }
 
     NewFiles written;
     for (std::size_t i = 0; i < files.size(); ++i) {
         if (!writeWhole(*files[i], contents.at(static_cast<qsizetype>(i)).write)) {
-            written.error = complaint(*files[i]);
-            removeFrom(files, i);
-            break;
+            const QString failure = complaint(*files[i]);
+            removeAll(files);
+            return {{}, failure};
         }
         written.paths.append(files[i]->fileName());
     }

@@ -19,8 +19,11 @@ namespace {
 using rataip::laps::csvFormat;
 using rataip::laps::jsonFormat;
 using rataip::laps::LapExporter;
+using rataip::laps::LapFormat;
 using rataip::laps::makeFolder;
+using rataip::laps::tryFolder;
 using rataip::laps::writeCsv;
+using TLM::SDK::Lap;
 
 /**
  * Lets no file of this process grow beyond some bytes while it lives. Unlike missing rights it
@@ -67,7 +70,30 @@ TEST(FailingFiles, AFolderThatTheSystemForbidsIsToldInOneSentence) {
     EXPECT_FALSE(sentence.contains(QLatin1Char('\n')));
 }
 
-TEST(FailingFiles, ADiskThatFillsUpIsToldOnceAndLeavesNoHalfFile) {
+TEST(FailingFiles, AFolderIsTriedByWritingIntoIt) {
+    EXPECT_TRUE(
+        tryFolder(QStringLiteral("/proc")).startsWith(QStringLiteral("cannot write /proc")));
+    const QTemporaryDir folder;
+    const FileSizeLimit limit(1);
+    const QString sentence = tryFolder(folder.path());
+    EXPECT_TRUE(sentence.endsWith(QStringLiteral("File too large"))) << sentence.toStdString();
+    EXPECT_TRUE(QDir(folder.path()).isEmpty());
+}
+
+TEST(FailingFiles, NothingIsLeftOfALapWhoseLastFileTheDiskDoesNotTake) {
+    const QTemporaryDir folder;
+    const LapFormat small{QStringLiteral("txt"),
+                          [](const Lap&, QIODevice& device) { return device.write("1") == 1; }};
+    LapExporter exporter(QDir(folder.path()), {small, jsonFormat()});
+    QSignalSpy failed(&exporter, &LapExporter::failed);
+    const FileSizeLimit limit(1);
+    exporter.add(ownLap());
+    exporter.finish();
+    EXPECT_EQ(failed.size(), 1);
+    EXPECT_TRUE(QDir(folder.path()).isEmpty());
+}
+
+TEST(FailingFiles, ADiskThatFillsUpIsToldForEachLapAndLeavesNoHalfFile) {
     const QTemporaryDir folder;
     LapExporter exporter(QDir(folder.path()), {csvFormat(), jsonFormat()});
     QSignalSpy failed(&exporter, &LapExporter::failed);
@@ -78,7 +104,7 @@ TEST(FailingFiles, ADiskThatFillsUpIsToldOnceAndLeavesNoHalfFile) {
             exporter.add(ownLap(lap));
         }
         exporter.finish();
-        ASSERT_EQ(failed.size(), 1) << "for all three";
+        ASSERT_EQ(failed.size(), 3);
         const QString sentence = failed.constFirst().constFirst().toString();
         EXPECT_TRUE(sentence.endsWith(QStringLiteral("File too large"))) << sentence.toStdString();
         EXPECT_EQ(written.size(), 0);
@@ -92,7 +118,7 @@ TEST(FailingFiles, ADiskThatFillsUpIsToldOnceAndLeavesNoHalfFile) {
         exporter.add(ownLap(5));
         exporter.finish();
     }
-    EXPECT_EQ(failed.size(), 2) << "it is full anew";
+    EXPECT_EQ(failed.size(), 4) << "it is full anew";
 }
 
 }  // namespace
