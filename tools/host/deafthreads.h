@@ -2,7 +2,7 @@
 
 #include <memory>
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 /**
  * Threads that begin while such an object lives are left alone by requests to end, so that
@@ -23,4 +23,4 @@ private:
     std::unique_ptr<State> m_before;
 };
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

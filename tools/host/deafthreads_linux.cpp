@@ -1,9 +1,9 @@
-#include "tools/monitor/deafthreads.h"
-#include "tools/monitor/endrequests_linux.h"
+#include "tools/host/deafthreads.h"
+#include "tools/host/endrequests_linux.h"
 
 #include <csignal>
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 /** What the thread held back before; threads inherit it from the one that starts them. */
 class DeafThreads::State {
@@ -24,4 +24,4 @@ DeafThreads::DeafThreads() : m_before(std::make_unique<State>()) {}
 
 DeafThreads::~DeafThreads() = default;
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

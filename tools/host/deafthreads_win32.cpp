@@ -1,6 +1,6 @@
-#include "tools/monitor/deafthreads.h"
+#include "tools/host/deafthreads.h"
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 // Here the system starts a thread of its own for each request.
 class DeafThreads::State {};
@@ -9,4 +9,4 @@ DeafThreads::DeafThreads() = default;
 
 DeafThreads::~DeafThreads() = default;
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

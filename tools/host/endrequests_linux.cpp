@@ -1,6 +1,6 @@
-#include "tools/monitor/endrequests_linux.h"
+#include "tools/host/endrequests_linux.h"
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 namespace {
 
@@ -23,4 +23,4 @@ sigset_t endRequests() {
     return requests;
 }
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 /**
  * The signals that ask the program to end: Ctrl-C, a request of the system, and the end of the
@@ -10,4 +10,4 @@ namespace rataip::monitor {
  */
 [[nodiscard]] sigset_t endRequests();
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

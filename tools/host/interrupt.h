@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 /**
  * Turns the user's Ctrl-C (and a request to end that the system sends, or the end of the terminal)
@@ -29,4 +29,4 @@ private:
     std::unique_ptr<Listener> m_listener;
 };
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

@@ -1,5 +1,5 @@
-#include "tools/monitor/endrequests_linux.h"
-#include "tools/monitor/interrupt.h"
+#include "tools/host/endrequests_linux.h"
+#include "tools/host/interrupt.h"
 
 #include <QSocketNotifier>
 
@@ -7,7 +7,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 /** Holds the signals back from their ordinary delivery and reads them from a descriptor instead. */
 class Interrupt::Listener {
@@ -70,4 +70,4 @@ Interrupt::Interrupt() : m_listener(std::make_unique<Listener>(*this)) {}
 
 Interrupt::~Interrupt() = default;
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

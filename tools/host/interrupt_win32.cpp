@@ -1,4 +1,4 @@
-#include "tools/monitor/interrupt.h"
+#include "tools/host/interrupt.h"
 
 #include <QMetaObject>
 
@@ -6,7 +6,7 @@
 #include <mutex>
 #include <windows.h>
 
-namespace rataip::monitor {
+namespace rataip::host {
 
 namespace {
 
@@ -78,4 +78,4 @@ Interrupt::Interrupt() : m_listener(std::make_unique<Listener>(*this)) {}
 
 Interrupt::~Interrupt() = default;
 
-}  // namespace rataip::monitor
+}  // namespace rataip::host

@@ -94,6 +94,11 @@ void Account::showWaiting() {
     m_console.print(QStringLiteral("Waiting for the simulator ..."));
 }
 
+void Account::showNoSimulator() {
+    m_console.print(
+        QStringLiteral("No simulator delivers data; start one, or wait longer with --wait"));
+}
+
 void Account::showSummary() {
     m_statusTimer.stop();
     m_console.setStatus({});

@@ -27,6 +27,9 @@ public:
     /** Says that the simulator is being waited for. */
     void showWaiting();
 
+    /** Says that there is no simulator and that nobody waits for it any longer. */
+    void showNoSimulator();
+
     /** Sums up what has arrived, below everything else. */
     void showSummary();
 

@@ -10,8 +10,8 @@ namespace rataip::monitor {
  *
  * On a terminal the status line is rewritten in place and stays the last; elsewhere every status
  * is a line of its own. Everything written is flushed at once, so that a pipe's reader sees it
- * when it happens. A stream that no longer takes text is written to in vain
- * (for a pipe that takes prepareStandardOutput()).
+ * when it happens. A stream that no longer takes text is written to in vain, which isComplete()
+ * tells (for a pipe that takes prepareStandardOutput()).
  */
 class Console {
 public:
@@ -19,6 +19,9 @@ public:
     Console(QTextStream& out, bool isTerminal) : m_out(out), m_isTerminal(isTerminal) {}
 
     [[nodiscard]] bool isTerminal() const { return m_isTerminal; }
+
+    /** Whether the stream has taken everything so far. */
+    [[nodiscard]] bool isComplete() const { return m_out.status() == QTextStream::Ok; }
 
     /**
      * Writes `text` as lines of their own, above the status line. An empty text is an empty line.

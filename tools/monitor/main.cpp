@@ -1,12 +1,14 @@
+#include "tools/host/deafthreads.h"
+#include "tools/host/displayguard.h"
+#include "tools/host/interrupt.h"
 #include "tools/host/liveplugin.h"
 #include "tools/host/pluginfile.h"
 #include "tools/host/sourceconnector.h"
+#include "tools/laps/newfile.h"
 #include "tools/monitor/account.h"
 #include "tools/monitor/console.h"
-#include "tools/monitor/deafthreads.h"
 #include "tools/monitor/exitstatus.h"
 #include "tools/monitor/goal.h"
-#include "tools/monitor/interrupt.h"
 #include "tools/monitor/lapsaver.h"
 #include "tools/monitor/options.h"
 #include "tools/monitor/screen.h"
@@ -23,14 +25,15 @@
 
 namespace {
 
+using rataip::host::DeafThreads;
+using rataip::host::DisplayGuard;
+using rataip::host::Interrupt;
 using rataip::host::LivePlugin;
 using rataip::host::SourceConnector;
 using rataip::monitor::Account;
 using rataip::monitor::Console;
-using rataip::monitor::DeafThreads;
 using rataip::monitor::ExitStatus;
 using rataip::monitor::Goal;
-using rataip::monitor::Interrupt;
 using rataip::monitor::LapSaver;
 using rataip::monitor::Options;
 using rataip::monitor::ParsedArguments;
@@ -45,6 +48,19 @@ int fail(ExitStatus status, const QString& sentence) {
     return exitCode(status);
 }
 
+int failToPrint() {
+    return fail(ExitStatus::NotWritten,
+                QStringLiteral("the standard output does not take all that is written to it; send "
+                               "it to a place with room"));
+}
+
+/** Prints a text that is all there is to do. */
+int print(const QString& text) {
+    QTextStream out(stdout);
+    out << text << Qt::flush;
+    return out.status() == QTextStream::Ok ? exitCode(ExitStatus::Ok) : failToPrint();
+}
+
 LivePlugin::LoadResult loadPlugin(const QString& requestedPath) {
     const rataip::host::PluginFile file =
         rataip::host::findPlugin(requestedPath, QCoreApplication::applicationDirPath());
@@ -52,6 +68,19 @@ LivePlugin::LoadResult loadPlugin(const QString& requestedPath) {
         return {nullptr, file.error + QStringLiteral("; name its file as argument")};
     }
     return LivePlugin::load(file.path);
+}
+
+/** Ends the account. The exit status: what is missing of it comes before all else. */
+int sumUp(ExitStatus status, Account& account, const Console& console, LapSaver* saver) {
+    if (saver != nullptr) {
+        saver->finish();
+    }
+    account.showSummary();
+    if (!console.isComplete()) {
+        return failToPrint();
+    }
+    const bool isSaved = saver == nullptr || saver->hasSavedAll();
+    return exitCode(isSaved ? status : ExitStatus::NotWritten);
 }
 
 /** Lets the plugin run until the goal says that it is over. */
@@ -80,19 +109,19 @@ int watch(LivePlugin& plugin, const Options& options) {
                              goal.onLap();
                          }
                      });
-    QObject::connect(&connector, &SourceConnector::waiting, &account, &Account::showWaiting);
+    // Queued, so that what the plugin says of its end stands before it.
+    QObject::connect(&connector, &SourceConnector::waiting, &account, &Account::showWaiting,
+                     Qt::QueuedConnection);
+    QObject::connect(&connector, &SourceConnector::gaveUp, &account, &Account::showNoSimulator,
+                     Qt::QueuedConnection);
     QObject::connect(&connector, &SourceConnector::gaveUp, &goal, &Goal::onSourceGone);
     QObject::connect(&interrupt, &Interrupt::requested, &goal, &Goal::onInterrupted);
     // Queued, so that the plugin's tick is over and the event loop runs.
     QObject::connect(
         &goal, &Goal::ended, &connector,
-        [&connector, &account, &saver](ExitStatus status) {
+        [&](ExitStatus status) {
             connector.stop();
-            if (saver) {
-                saver->finish();
-            }
-            account.showSummary();
-            QCoreApplication::exit(exitCode(status));
+            QCoreApplication::exit(sumUp(status, account, console, saver ? &*saver : nullptr));
         },
         Qt::QueuedConnection);
 
@@ -107,6 +136,8 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
     const DeafThreads deafThreads;
     if (rataip::monitor::asksForExport(argc, argv)) {
         rataip::monitor::doWithoutScreen();
+        const DisplayGuard guard("rataip-monitor: laps cannot be drawn here, unset QT_QPA_PLATFORM",
+                                 exitCode(ExitStatus::NotWritten));
         return std::make_unique<QGuiApplication>(argc, argv);
     }
     return std::make_unique<QCoreApplication>(argc, argv);
@@ -126,17 +157,22 @@ int main(int argc, char* argv[]) {
         return fail(ExitStatus::BadArguments, parsed.error + QStringLiteral(" (see --help)"));
     }
     if (parsed.request == ParsedArguments::Request::ShowHelp) {
-        QTextStream(stdout) << rataip::monitor::helpText();
-        return exitCode(ExitStatus::Ok);
+        return print(rataip::monitor::helpText());
     }
     if (parsed.request == ParsedArguments::Request::ShowVersion) {
-        QTextStream(stdout) << rataip::monitor::versionText();
-        return exitCode(ExitStatus::Ok);
+        return print(rataip::monitor::versionText());
     }
 
     LivePlugin::LoadResult loaded = loadPlugin(parsed.options.pluginPath);
     if (!loaded.plugin) {
         return fail(ExitStatus::PluginUnusable, loaded.error);
+    }
+    const QString& exportFolder = parsed.options.exportFolder;
+    const QString error =
+        exportFolder.isEmpty() ? QString() : rataip::laps::tryFolder(exportFolder);
+    if (!error.isEmpty()) {
+        return fail(ExitStatus::NotWritten,
+                    error + QStringLiteral("; name another folder with --export"));
     }
     return watch(*loaded.plugin, parsed.options);
 }

@@ -76,6 +76,7 @@ QString helpText() {
                "  2  the plugin was not found or cannot be used\n"
                "  3  no data of a simulator arrived\n"
                "  4  it ended before the laps or the time asked for\n"
+               "  5  laps to save, or lines of the output, could not be written\n"
                "\n"
                "The plugin's own diagnostics are shown with "
                "QT_LOGGING_RULES=default.debug=true.\n");

@@ -1,4 +1,4 @@
-#include "tools/monitor/deafthreads.h"
+#include "tools/host/deafthreads.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-using rataip::monitor::DeafThreads;
+using rataip::host::DeafThreads;
 
 bool isHeldBackHere(int number) {
     sigset_t mask;

@@ -1,4 +1,4 @@
-#include "tools/monitor/interrupt.h"
+#include "tools/host/interrupt.h"
 
 #include <QSignalSpy>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-using rataip::monitor::Interrupt;
+using rataip::host::Interrupt;
 
 // For what is awaited; generous, since it is waited out only when a test fails.
 constexpr int generousMs = 20'000;

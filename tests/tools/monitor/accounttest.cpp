@@ -157,6 +157,9 @@ TEST_F(AccountOnAPipe, SaysNothingAboutAnAttemptThatFailed) {
     EXPECT_EQ(takeText(), QString());
     m_account.showWaiting();
     EXPECT_EQ(takeText(), QStringLiteral("Waiting for the simulator ...\n"));
+    m_account.showNoSimulator();
+    EXPECT_EQ(takeText(), QStringLiteral("No simulator delivers data; start one, or wait longer "
+                                         "with --wait\n"));
 }
 
 TEST_F(AccountOnAPipe, SumsUpWhatHasArrived) {

@@ -1,5 +1,7 @@
 #include "tools/monitor/console.h"
 
+#include <QBuffer>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -51,6 +53,18 @@ TEST_F(ConsoleOutput, TakesTheStatusAwayOnATerminal) {
     console.setStatus(QString());
     console.print(QStringLiteral("end"));
     EXPECT_EQ(m_text, QStringLiteral("abc\r   \rend\n"));
+}
+
+TEST_F(ConsoleOutput, IsCompleteWhileTheStreamTakesEverything) {
+    QBuffer device;
+    ASSERT_TRUE(device.open(QIODevice::WriteOnly));
+    QTextStream stream(&device);
+    Console console(stream, false);
+    console.print(QStringLiteral("one"));
+    EXPECT_TRUE(console.isComplete());
+    device.close();
+    console.print(QStringLiteral("two"));
+    EXPECT_FALSE(console.isComplete());
 }
 
 }  // namespace

@@ -110,7 +110,7 @@ TEST(MonitorHelp, ExplainsEveryOptionAndStatus) {
     const QString help = rataip::monitor::helpText();
     for (const char* text :
          {"--help", "--version", "--wait <S>", "--laps <N>", "--duration <S>", "--export <DIR>",
-          "plugin", "  0  ", "  1  ", "  2  ", "  3  ", "  4  "}) {
+          "plugin", "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
         EXPECT_TRUE(help.contains(QLatin1String(text))) << text;
     }
 }

@@ -16,6 +16,7 @@ enum ExitStatus {
     BadArguments = 1,
     PluginUnusable = 2,
     NoData = 3,
+    NotWritten = 5,
 };
 
 QString fixture(const char* name) {
@@ -80,7 +81,23 @@ TEST(MonitorProgram, EndsWithoutDataWhenNoSourceComes) {
         runMonitor({fixture("quiet"), QStringLiteral("--wait"), QStringLiteral("0")});
     EXPECT_EQ(run.status, NoData) << run.err;
     EXPECT_NE(run.out.find("Quiet Plugin 1.5 for Nothing"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\nNo simulator delivers data; "), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("0 laps, 0 ticks received"), std::string::npos) << run.out;
+}
+
+TEST(MonitorProgram, TriesTheFolderForLapsBeforeItWaits) {
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("taken")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    // It waits for ever where it does not end here.
+    const ProgramRun run =
+        runMonitor({fixture("quiet"), QStringLiteral("--export"), file.fileName()});
+    EXPECT_EQ(run.status, NotWritten);
+    EXPECT_EQ(run.out, "");
+    EXPECT_NE(run.err.find("rataip-monitor: cannot write into "), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("it is not a folder; name another folder with --export\n"),
+              std::string::npos)
+        << run.err;
 }
 
 TEST(MonitorProgram, EndsAfterItsTimeWhileItWaits) {

@@ -91,6 +91,9 @@ TEST(MonitorAndSimulator, WaitsForASimulatorThatIsNotThereYet) {
 TEST(MonitorAndSimulator, GivesUpWhenNoSimulatorComesInTime) {
     RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("0.5")});
     EXPECT_EQ(monitor.waitForEnd(), NoData) << monitor.output();
+    EXPECT_LT(monitor.output().find("Waiting for the simulator"),
+              monitor.output().find("No simulator delivers data"))
+        << monitor.output();
 }
 
 TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorWasRestarted) {
@@ -104,6 +107,10 @@ TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorWasRestarted) {
     ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Sim is down")) << monitor.output();
     const RunningSimulator simulator;
     EXPECT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected", 2)) << monitor.output();
+    const std::string output = monitor.output();
+    EXPECT_LT(output.find("[iRacing plugin] Disconnected"),
+              output.rfind("Waiting for the simulator"))
+        << output;
 }
 
 TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorHasCrashed) {

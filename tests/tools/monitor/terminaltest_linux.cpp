@@ -26,6 +26,7 @@ TEST(StandardOutput, IsWrittenToInVainWhenItsReaderIsGone) {
     console.print(QStringLiteral("a lap"));
     console.setStatus(QStringLiteral("60 ticks/s"));
     EXPECT_EQ(file.error(), QFileDevice::WriteError);
+    EXPECT_FALSE(console.isComplete());
 }
 
 }  // namespace
