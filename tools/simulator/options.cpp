@@ -281,8 +281,8 @@ std::string helpText() {
         "\"unknown command: ...\". In lock step the end of the input ends the run too.\n"
         "\n"
         "Ctrl-C ends the run in order: the status bit is cleared and the objects are\n"
-        "removed. Exit status: 0 ended in order, 1 could not start (another simulator\n"
-        "is publishing, or the log cannot be written), 2 a bad option.\n";
+        "removed. Exit status: 0 ended in order, 1 a bad option, 2 could not start (another\n"
+        "simulator is publishing, or the log cannot be written).\n";
     return text;
 }
 

@@ -13,7 +13,7 @@
 namespace simulator {
 
 /** Exit statuses of the program. */
-enum ExitStatus { kEndedInOrder = 0, kCouldNotStart = 1, kBadOptions = 2 };
+enum ExitStatus { kEndedInOrder = 0, kBadOptions = 1, kCouldNotStart = 2 };
 
 /**
  * One run of the simulator as a program: publishes in real time or step by step, obeys commands,

@@ -163,9 +163,9 @@ TEST(SimulatorProgram, PrintsItsVersionAndItsHelp) {
     EXPECT_FALSE(objectsAreThere());
 }
 
-TEST(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
+TEST(SimulatorProgram, EndsWithOneSentenceAndTheStatusOfAllProgramsAfterABadOption) {
     SimulatorProcess process({"--cars", "900"});
-    EXPECT_EQ(process.wait(), 2);
+    EXPECT_EQ(process.wait(), 1);
     EXPECT_EQ(process.errors(),
               "rataip-simulator: --cars needs a whole number from 1 to 64, not \"900\".\n");
     EXPECT_EQ(process.output(), "");
@@ -174,7 +174,7 @@ TEST(SimulatorProgram, EndsWithOneSentenceAndStatus2AfterABadOption) {
 
 TEST(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
     SimulatorProcess process({"--log", "/nowhere/at/all.tsv"});
-    EXPECT_EQ(process.wait(), 1);
+    EXPECT_EQ(process.wait(), 2);
     EXPECT_EQ(process.errors(),
               "rataip-simulator: The log \"/nowhere/at/all.tsv\" cannot be written.\n");
     EXPECT_FALSE(objectsAreThere());
@@ -292,7 +292,7 @@ TEST(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
     SimulatorProcess first(kLockstep);
     begin(first);
     SimulatorProcess second(kLockstep);
-    EXPECT_EQ(second.wait(), 1);
+    EXPECT_EQ(second.wait(), 2);
     EXPECT_EQ(second.errors(),
               "rataip-simulator: Another simulator is publishing on this machine.\n");
     EXPECT_TRUE(std::filesystem::exists(kBlockFile)) << "the first one's";
