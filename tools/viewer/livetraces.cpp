@@ -3,6 +3,8 @@
 #include "tools/laps/curve.h"
 
 #include <QEvent>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -52,6 +54,10 @@ LiveTraces::LiveTraces(QWidget* parent) : QWidget(parent), m_legend(new QLabel) 
                                  fontMetrics().height() / 3);
     layout->addWidget(m_legend);
     describeLines();
+    auto* const panels = new QWidget;
+    auto* const panelLayout = new QVBoxLayout(panels);
+    panelLayout->setContentsMargins(0, 0, 0, 0);
+    panelLayout->setSpacing(0);
     for (const Lane& lane : lanes()) {
         QList<PlotPanel::Line> lines;
         // The previous lap first: what is drawn later lies above it.
@@ -74,9 +80,18 @@ LiveTraces::LiveTraces(QWidget* parent) : QWidget(parent), m_legend(new QLabel) 
             }
         }
         m_panels.append(panel);
-        layout->addWidget(panel, lane.stretch);
+        panelLayout->addWidget(panel, lane.stretch);
     }
     m_panels.constLast()->setAxis(QStringLiteral("Lap distance"), QStringLiteral("%"));
+    auto* const scroll = new QScrollArea;
+    scroll->setWidget(panels);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setAccessibleName(QStringLiteral("Live traces"));
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setMinimumWidth(m_panels.constLast()->minimumWidth() +
+                            scroll->verticalScrollBar()->sizeHint().width());
+    layout->addWidget(scroll, 1);
 }
 
 void LiveTraces::describeLines() {

@@ -22,10 +22,11 @@ constexpr int mostMarksUp = 6;
 constexpr int fewestMarks = 2;
 constexpr int mostMarks = 11;
 constexpr double gap = 6.0;
-// Of text, high enough for two marks.
-constexpr double plotLines = 2.5;
+// The chart keeps so much free on either side of a mark's number and cuts a number that is larger
+// than what is left of the way to the next mark.
+constexpr double labelPadding = 4.0;
 
-// The widest number that a mark may have before it is cut.
+// The widest number that stands beside a plot; wider ones are written with an exponent.
 QString widestNumber() {
     return QStringLiteral("-000000.0");
 }
@@ -35,16 +36,44 @@ QString usualNumber() {
     return QStringLiteral("00000");
 }
 
-QString numberFormat(int decimals) {
-    return QStringLiteral("%.%1f").arg(decimals);
+double heightOfAMark(const QFontMetricsF& metrics) {
+    return metrics.height() + 2.0 * labelPadding;
+}
+
+bool fit(const QList<double>& marks, char format, int digits, const QFontMetricsF& metrics,
+         double room) {
+    return std::all_of(marks.cbegin(), marks.cend(), [&](double mark) {
+        return metrics.horizontalAdvance(QString::number(mark, format, digits)) <= room;
+    });
+}
+
+/** How many digits behind the first tell two marks apart. */
+int digitsThatTell(const QList<double>& marks) {
+    const double largest = std::max(
+        {std::abs(marks.constFirst()), std::abs(marks.constLast()), marks.at(1) - marks.at(0)});
+    return static_cast<int>(std::floor(std::log10(largest)) -
+                            std::floor(std::log10(marks.at(1) - marks.at(0)) + 1e-9));
+}
+
+/** In full where the marks have the room, else with an exponent and the digits that fit. */
+QString numberFormat(const QList<double>& marks, int decimals, const QFontMetricsF& metrics,
+                     double room) {
+    if (fit(marks, 'f', decimals, metrics, room)) {
+        return QStringLiteral("%.%1f").arg(decimals);
+    }
+    int digits = digitsThatTell(marks);
+    while (digits > 0 && !fit(marks, 'e', digits, metrics, room)) {
+        --digits;
+    }
+    return QStringLiteral("%.%1e").arg(digits);
 }
 
 /** Marks from `first` on; the axis draws those that lie in its range. */
-void setMarks(QValueAxis& axis, double first, double step, int decimals) {
+void setMarks(QValueAxis& axis, double first, double step, const QString& format) {
     axis.setTickType(QValueAxis::TicksDynamic);
     axis.setTickAnchor(first);
     axis.setTickInterval(step);
-    axis.setLabelFormat(numberFormat(decimals));
+    axis.setLabelFormat(format);
 }
 
 }  // namespace
@@ -91,7 +120,7 @@ void PlotPanel::setQuantity(const QString& name, const QString& unit) {
 void PlotPanel::setAxis(const QString& name, const QString& unit) {
     m_x->setLabelsVisible(!name.isEmpty());
     m_axis->setText(name.isEmpty() ? QString() : laps::labelWithUnit(name, unit));
-    updateGeometry();
+    setLeastSize();
     placePlot();
 }
 
@@ -102,11 +131,13 @@ void PlotPanel::setAxisRange(double low, double high) {
 
 /** As many marks as there is room for their numbers. */
 void PlotPanel::markAxis() {
-    const double room = 2.0 * QFontMetricsF(font()).horizontalAdvance(usualNumber());
-    const int marks =
-        std::clamp(static_cast<int>(chart()->plotArea().width() / room), fewestMarks, mostMarks);
+    const QFontMetricsF metrics(font());
+    const double number = metrics.horizontalAdvance(usualNumber());
+    const int marks = std::clamp(static_cast<int>(chart()->plotArea().width() / (2.0 * number)),
+                                 fewestMarks, mostMarks);
     const lapimage::Ticks ticks = lapimage::ticksFor(m_across.low, m_across.high, marks);
-    setMarks(*m_x, ticks.lowest(), ticks.values.at(1) - ticks.values.at(0), ticks.decimals);
+    setMarks(*m_x, ticks.lowest(), ticks.values.at(1) - ticks.values.at(0),
+             numberFormat(ticks.values, ticks.decimals, metrics, number));
     m_x->setRange(m_across.low, m_across.high > m_across.low ? m_across.high : ticks.highest());
 }
 
@@ -156,28 +187,39 @@ void PlotPanel::growHeight() {
 
 void PlotPanel::setHeight(const Range& range) {
     m_shown = range;
-    const double room = 1.5 * QFontMetricsF(font()).height();
+    const QFontMetricsF metrics(font());
     const int marks =
-        std::clamp(static_cast<int>(chart()->plotArea().height() / room), fewestMarks, mostMarksUp);
+        std::clamp(static_cast<int>(chart()->plotArea().height() / heightOfAMark(metrics)),
+                   fewestMarks, mostMarksUp);
     const lapimage::Scale scale =
         lapimage::scaleFor(range.low, range.isEmpty ? 1.0 : range.high, marks,
                            range.isWhole ? lapimage::Numbers::Whole : lapimage::Numbers::Any);
-    setMarks(*m_y, scale.marks.constFirst(), scale.step, scale.decimals);
+    setMarks(*m_y, scale.marks.constFirst(), scale.step,
+             numberFormat(scale.marks, scale.decimals, metrics,
+                          metrics.horizontalAdvance(widestNumber())));
     m_y->setRange(scale.low, scale.high);
 }
 
-QSize PlotPanel::minimumSizeHint() const {
-    const double line = fontMetrics().height();
-    const double below = m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * gap;
-    return {30 * fontMetrics().averageCharWidth(),
-            static_cast<int>(line + plotLines * line + below + gap)};
+/** The view knows how small its chart can be, but not how small its numbers can still be read. */
+void PlotPanel::setLeastSize() {
+    const QFontMetricsF metrics(font());
+    const double above = metrics.height() + gap;
+    setMinimumSize(30 * fontMetrics().averageCharWidth(),
+                   static_cast<int>(std::ceil(above + fewestMarks * heightOfAMark(metrics) +
+                                              roomBelow(metrics))));
+}
+
+/** For the line of numbers and the axis' name, or for half a number of the lowest mark. */
+double PlotPanel::roomBelow(const QFontMetricsF& metrics) const {
+    const double line = metrics.height();
+    return m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * gap;
 }
 
 void PlotPanel::placePlot() {
     const QFontMetricsF metrics(font());
     const double line = metrics.height();
     const double left = metrics.horizontalAdvance(widestNumber()) + 2.0 * gap;
-    const double below = m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * gap;
+    const double below = roomBelow(metrics);
     const double above = line + gap;
     const QRectF area(left, above, std::max(1.0, width() - left - 2.0 * line),
                       std::max(1.0, height() - above - below));
@@ -217,6 +259,7 @@ void PlotPanel::changeEvent(QEvent* event) {
     QChartView::changeEvent(event);
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
         applyPalette();
+        setLeastSize();
         placePlot();
     }
 }

@@ -3,6 +3,7 @@
 #include "tools/lapimage/colours.h"
 
 #include <QChartView>
+#include <QFontMetricsF>
 #include <QGraphicsSimpleTextItem>
 #include <QLineSeries>
 #include <QList>
@@ -56,8 +57,6 @@ public:
     [[nodiscard]] const QValueAxis& xAxis() const { return *m_x; }
     [[nodiscard]] const QValueAxis& yAxis() const { return *m_y; }
 
-    [[nodiscard]] QSize minimumSizeHint() const override;
-
 protected:
     void changeEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -71,6 +70,8 @@ private:
     };
 
     void applyPalette();
+    void setLeastSize();
+    [[nodiscard]] double roomBelow(const QFontMetricsF& metrics) const;
     void placePlot();
     void markAxis();
     void setHeight(const Range& range);

@@ -1,6 +1,8 @@
+#include "tests/tools/viewer/texts.h"
 #include "tools/viewer/plotpanel.h"
 
 #include <QChart>
+#include <QCoreApplication>
 #include <QImage>
 #include <QPalette>
 
@@ -133,6 +135,36 @@ TEST_F(Panel, FollowsADarkPalette) {
     EXPECT_EQ(QColor(image.pixel(1, 1)), QColor(30, 30, 30));
     EXPECT_EQ(panel.yAxis().labelsColor(), QColor(230, 230, 230));
     EXPECT_NE(panel.lines().at(1)->pen().color(), lightLine);
+}
+
+TEST_F(Panel, CutsNoMarksNumberWhereverItHasTheRoomItAsksFor) {
+    const QList<QPair<double, double>> ranges = {
+        {0.0, 100.0},          {-45.0, 65.0}, {0.6, 1.4},   {1.0, 5.0},
+        {-123456.0, 654321.0}, {1e-7, 2e-7},  {-1e-7, 0.0}, {-2147483648.0, 2147483647.0},
+        {1.6e9, 1.6e9},        {1e15, 2e15},  {0.0, 1e300}, {-1e300, 1e300}};
+    const QSize least = panel.minimumSize();
+    for (const auto& [low, high] : ranges) {
+        panel.setPoints(1, {{0.0, low}, {1.0, high}});
+        for (const double across : {0.5, 99.0, 4612.5, 25'000.0, 3e9}) {
+            panel.setAxisRange(0.0, across);
+            for (int more = 0; more < 200; more += 7) {
+                panel.resize(least + QSize(more, more));
+                panel.fitHeight();
+                QCoreApplication::processEvents();  // lays the numbers out
+                const QStringList cut = textsCutOff(panel).filter(QStringLiteral("..."));
+                ASSERT_TRUE(cut.isEmpty()) << low << " to " << high << ", " << more;
+            }
+        }
+    }
+}
+
+TEST_F(Panel, TellsMarksApartThatAreTooWideToBeWrittenInFull) {
+    panel.setPoints(1, {{0.0, -2147483648.0}, {1.0, 2147483647.0}});
+    panel.fitHeight();
+    EXPECT_EQ(panel.yAxis().labelFormat(), QStringLiteral("%.0e"));
+    panel.setPoints(1, {{0.0, 1.5e9}, {1.0, 1.6e9}});
+    panel.fitHeight();
+    EXPECT_EQ(panel.yAxis().labelFormat(), QStringLiteral("%.2e"));
 }
 
 }  // namespace

@@ -44,6 +44,7 @@ TEST_P(TextFit, InTheWindowWithAFullField) {
     }
     window.refresh();
     EXPECT_EQ(cutOff(window), "");
+    EXPECT_EQ(window.size(), GetParam());
 }
 
 TEST_P(TextFit, InTheWindowWithoutAPlugin) {
@@ -55,6 +56,7 @@ TEST_P(TextFit, InTheWindowWithoutAPlugin) {
     window.resize(GetParam());
     window.show();
     EXPECT_EQ(cutOff(window), "");
+    EXPECT_EQ(window.size(), GetParam());
 }
 
 TEST_P(TextFit, InTheWindowThatWaits) {
@@ -65,6 +67,7 @@ TEST_P(TextFit, InTheWindowThatWaits) {
     window.resize(GetParam());
     window.show();
     EXPECT_EQ(cutOff(window), "");
+    EXPECT_EQ(window.size(), GetParam());
 }
 
 TEST_P(TextFit, InALapWithAnother) {
@@ -78,9 +81,29 @@ TEST_P(TextFit, InALapWithAnother) {
     EXPECT_EQ(cutOff(window), "");
     window.findChild<QTabWidget*>()->setCurrentIndex(1);
     EXPECT_EQ(cutOff(window), "");
+    EXPECT_EQ(window.size(), GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, TextFit, ::testing::Values(QSize(1500, 920), QSize(1024, 740)),
+TEST_P(TextFit, InTheWindowThatTellsAFailedSave) {
+    session.setSource(source);
+    session.connectToSource();
+    MainWindow window(session, settings);
+    window.resize(GetParam());
+    window.show();
+    source.sendCars(20, 3);
+    source.sendTick(20, 3, 1, 0.5);
+    emit window.saveEnded(QStringLiteral(
+        "The lap was not saved: cannot write "
+        "/a/rather/long/path/to/a/folder/of/laps/"
+        "car03_Ada-Berg_practice_lap4_flying_1m34s512.csv: No space left on device."));
+    window.refresh();
+    EXPECT_EQ(cutOff(window), "");
+    EXPECT_EQ(window.size(), GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, TextFit,
+                         ::testing::Values(QSize(1500, 920), QSize(1200, 800), QSize(1024, 740),
+                                           QSize(800, 600)),
                          [](const auto& sized) { return std::to_string(sized.param.width()); });
 
 }  // namespace

@@ -95,7 +95,8 @@ void checkChart(const QChartView& chart, QStringList& cutOff) {
     const QRectF seen = chart.mapToScene(chart.viewport()->rect()).boundingRect();
     const QList<ChartText> texts = textsIn(chart);
     for (const ChartText& text : texts) {
-        const bool isShortened = text.text.contains(QStringLiteral("..."));
+        const bool isShortened =
+            text.text.contains(QStringLiteral("...")) || text.text.contains(QChar(0x2026));
         if (isShortened || !seen.adjusted(-1, -1, 1, 1).contains(text.ink)) {
             cutOff.append(QStringLiteral("chart: ") + text.text);
         }
@@ -144,6 +145,7 @@ void check(const QWidget& widget, QStringList& cutOff) {
 
 QStringList textsCutOff(const QWidget& root) {
     QStringList cutOff;
+    check(root, cutOff);
     const QList<QWidget*> widgets = root.findChildren<QWidget*>();
     for (const QWidget* widget : widgets) {
         if (widget->isVisible() && widget->window() == &root) {

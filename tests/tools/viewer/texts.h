@@ -5,7 +5,7 @@
 #include <QWidget>
 
 /**
- * The texts below a shown widget that do not fit where they stand: labels, buttons, headings,
+ * The texts of a shown widget and those below it that do not fit where they stand: labels, buttons, headings,
  * cells, titles of panes, and what stands in charts. Empty when all can be read.
  */
 [[nodiscard]] QStringList textsCutOff(const QWidget& root);
