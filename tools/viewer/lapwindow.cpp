@@ -106,11 +106,7 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     m_splitter->setStretchFactor(1, 1);
     const int channelWidth = channelPane->sizeHint().width();
     m_splitter->setSizes({channelWidth, usualSize.width() - channelWidth});
-    m_outcome = new QLabel;
-    m_outcome->setWordWrap(true);
-    m_outcome->setMargin(fontMetrics().height() / 3);
-    m_outcome->setAccessibleName(QStringLiteral("What became of saving"));
-    m_outcome->hide();
+    m_outcome = new OutcomeLine;
     auto* const centre = new QWidget;
     auto* const layout = new QVBoxLayout(centre);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -320,8 +316,7 @@ void LapWindow::changeEvent(QEvent* event) {
 }
 
 void LapWindow::showOutcome(const QString& sentence) {
-    m_outcome->setText(sentence);
-    m_outcome->show();
+    m_outcome->say(sentence);
 }
 
 bool LapWindow::isOfSameCar(const LapPointer& other) const {
@@ -405,7 +400,7 @@ void LapWindow::rebuildPanels() {
         auto* const panel =
             new PlotPanel(name.name, {{QStringLiteral("other lap"), Role::OtherLap, true},
                                       {lapTitle(*m_lap), Role::ThisLap, false}});
-        m_panelLayout->addWidget(panel);
+        m_panelLayout->addWidget(panel, 1);
         m_panels.append(panel);
     }
     drawPanels();

@@ -3,6 +3,7 @@
 #include "tools/laps/curve.h"
 #include "tools/viewer/channellist.h"
 #include "tools/viewer/laplistmodel.h"
+#include "tools/viewer/outcomeline.h"
 #include "tools/viewer/plotpanel.h"
 
 #include <QComboBox>
@@ -101,7 +102,7 @@ private:
     QLineEdit* m_search = nullptr;
     QComboBox* m_others = nullptr;
     QLabel* m_legend = nullptr;
-    QLabel* m_outcome = nullptr;
+    OutcomeLine* m_outcome = nullptr;
     QTabWidget* m_tabs = nullptr;
     QSplitter* m_splitter = nullptr;
     QVBoxLayout* m_panelLayout = nullptr;

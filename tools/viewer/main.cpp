@@ -1,3 +1,6 @@
+#include "tools/host/deafthreads.h"
+#include "tools/host/displayguard.h"
+#include "tools/host/interrupt.h"
 #include "tools/host/pluginfile.h"
 #include "tools/viewer/mainwindow.h"
 #include "tools/viewer/options.h"
@@ -10,10 +13,17 @@
 #include <QTextStream>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <optional>
+#include <string_view>
 
 namespace {
 
+using rataip::host::DeafThreads;
+using rataip::host::DisplayGuard;
+using rataip::host::Interrupt;
 using rataip::viewer::LapStore;
 using rataip::viewer::LapWindow;
 using rataip::viewer::MainWindow;
@@ -25,6 +35,7 @@ enum ExitStatus {
     Ok = 0,
     BadArguments = 1,
     NoPicture = 2,
+    NoDisplay = 3,
 };
 
 int fail(ExitStatus status, const QString& sentence) {
@@ -87,7 +98,16 @@ int savePictures(MainWindow& window, const Options& options) {
     return status;
 }
 
+/** What is asked for from outside is done at once, so the pictures of the end are not made. */
+int endOnRequest(const Options& options) {
+    const bool wantsPicture = !options.picturePath.isEmpty() || !options.lapPicturePath.isEmpty();
+    return wantsPicture ? fail(NoPicture, QStringLiteral("asked to end before the time for the "
+                                                         "picture, so there is none"))
+                        : fail(Ok, QStringLiteral("closed, as it was asked to"));
+}
+
 int show(const Options& options) {
+    Interrupt interrupt;
     Session session;
     QSettings settings;
     MainWindow window(session, settings);
@@ -99,27 +119,23 @@ int show(const Options& options) {
     QTimer timeOver;
     timeOver.setSingleShot(true);
     QObject::connect(&timeOver, &QTimer::timeout, &window, [&window, &options] {
-        const int status = savePictures(window, options);
-        window.close();
-        QCoreApplication::exit(status);
+        QCoreApplication::exit(savePictures(window, options));
     });
     if (options.duration) {
         timeOver.start(*options.duration);
     }
-    return QApplication::exec();
+    QObject::connect(&interrupt, &Interrupt::requested, &window,
+                     [&options] { QCoreApplication::exit(endOnRequest(options)); });
+    const int status = QApplication::exec();
+    // Not before: a dialog that was open needs the window that it belongs to until then.
+    if (window.isVisible()) {
+        window.close();
+    }
+    return status;
 }
 
-}  // namespace
-
-int main(int argc, char* argv[]) {
-    rataip::viewer::useParentConsole();
-    QApplication application(argc, argv);
-    QCoreApplication::setOrganizationName(QStringLiteral("rataip"));
-    QCoreApplication::setApplicationName(QStringLiteral("rataip-viewer"));
-    // The plugin's diagnostics are for its developers; the environment can bring them back.
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-
-    const ParsedArguments parsed = rataip::viewer::parseArguments(QCoreApplication::arguments());
+/** The exit status where the arguments ask for no window. */
+std::optional<int> answerWithoutWindow(const ParsedArguments& parsed) {
     if (!parsed.error.isEmpty()) {
         return fail(BadArguments, parsed.error + QStringLiteral(" (see --help)"));
     }
@@ -130,6 +146,46 @@ int main(int argc, char* argv[]) {
     if (parsed.request == ParsedArguments::Request::ShowVersion) {
         QTextStream(stdout) << rataip::viewer::versionText();
         return Ok;
+    }
+    return std::nullopt;
+}
+
+/** Whether there may be options of Qt's own ("-platform"), which only its windows take out. */
+bool mayHoldOptionsOfQt(int count, const char* const* arguments) {
+    return std::any_of(arguments, arguments + count, [](const std::string_view& argument) {
+        return argument.size() > 2 && argument[0] == '-' && argument[1] != '-';
+    });
+}
+
+std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
+    const DeafThreads deafThreads;
+    const DisplayGuard guard(
+        "rataip-viewer: no window can be opened, start it where there is a display", NoDisplay);
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    rataip::viewer::useParentConsole();
+    // First without a window: help and complaints need no display.
+    if (!mayHoldOptionsOfQt(argc, argv)) {
+        const QCoreApplication application(argc, argv);
+        const std::optional<int> status =
+            answerWithoutWindow(rataip::viewer::parseArguments(QCoreApplication::arguments()));
+        if (status) {
+            return *status;
+        }
+    }
+    const std::unique_ptr<QApplication> application = makeApplication(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("rataip"));
+    QCoreApplication::setApplicationName(QStringLiteral("rataip-viewer"));
+    // The plugin's diagnostics are for its developers; the environment can bring them back.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+
+    const ParsedArguments parsed = rataip::viewer::parseArguments(QCoreApplication::arguments());
+    if (const std::optional<int> status = answerWithoutWindow(parsed)) {
+        return *status;
     }
     return show(parsed.options);
 }

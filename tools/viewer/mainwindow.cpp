@@ -105,7 +105,7 @@ MainWindow::MainWindow(Session& session, QSettings& settings)
 
     connect(&m_session, &Session::stateChanged, this, &MainWindow::showState);
     connect(&m_session, &Session::message, this, &MainWindow::showMessage);
-    connect(this, &MainWindow::saveEnded, this, &MainWindow::showMessage);
+    connect(this, &MainWindow::saveEnded, this, &MainWindow::showOutcome);
     connect(&m_session, &Session::lapArrived, this, &MainWindow::addLap);
     connect(&m_session, &Session::probed, this, [this](bool isThere) {
         showMessage(isThere ? QStringLiteral("A simulator is there and delivers data.")
@@ -157,7 +157,8 @@ void MainWindow::makeCommands() {
     connect(m_disconnect, &QAction::triggered, &m_session, &Session::disconnectFromSource);
     connect(m_openPlugin, &QAction::triggered, this, &MainWindow::askForPlugin);
     connect(openLap, &QAction::triggered, this, &MainWindow::openCurrentLap);
-    connect(saveLapFiles, &QAction::triggered, this, [this] { askAndSaveLap(currentLap()); });
+    connect(saveLapFiles, &QAction::triggered, this,
+            [this] { askAndSaveLap(currentLap(), *this); });
     connect(quit, &QAction::triggered, this, &QWidget::close);
     connect(keys, &QAction::triggered, this, &MainWindow::showKeys);
 
@@ -238,6 +239,8 @@ void MainWindow::makePanes() {
     layout->setSpacing(0);
     layout->addWidget(m_notice);
     layout->addWidget(m_traces, 1);
+    m_outcome = new OutcomeLine;
+    layout->addWidget(m_outcome);
     setCentralWidget(centre);
 
     m_strip = new TrackStrip;
@@ -401,14 +404,19 @@ void MainWindow::showState() {
     m_openPlugin->setEnabled(state == Session::State::NoPlugin);
     m_probe->setEnabled(state == Session::State::Disconnected || state == Session::State::Waiting);
     m_connect->setEnabled(state == Session::State::Disconnected);
-    m_disconnect->setEnabled(state == Session::State::Waiting ||
-                             state == Session::State::Connected);
+    m_disconnect->setEnabled(state == Session::State::Connected);
     m_notice->setText(notice());
     m_tickDrawn = 0;
 }
 
 void MainWindow::showMessage(const QString& text) {
     m_messages->appendPlainText(QTime::currentTime().toString(QStringLiteral("hh:mm:ss  ")) + text);
+}
+
+/** Where it is seen also while the messages are hidden. */
+void MainWindow::showOutcome(const QString& sentence) {
+    showMessage(sentence);
+    m_outcome->say(sentence);
 }
 
 void MainWindow::addLap(const LapPointer& lap) {
@@ -444,7 +452,8 @@ LapWindow* MainWindow::openLap(const LapPointer& lap) {
     auto* const window = new LapWindow(lap, m_laps, this);
     window->setWindowFlag(Qt::Window);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    connect(window, &LapWindow::saveRequested, this, &MainWindow::askAndSaveLap);
+    connect(window, &LapWindow::saveRequested, this,
+            [this, window](const LapPointer& asked) { askAndSaveLap(asked, *window); });
     connect(this, &MainWindow::saveEnded, window, &LapWindow::showOutcome);
     window->rememberLayoutIn(m_settings);
     window->show();
@@ -455,7 +464,7 @@ void MainWindow::openCurrentLap() {
     if (const LapPointer lap = currentLap()) {
         openLap(lap);
     } else {
-        showMessage(QStringLiteral("Select a lap in the list first."));
+        showOutcome(QStringLiteral("Select a lap in the list first."));
     }
 }
 
@@ -463,8 +472,7 @@ laps::LapExporter& MainWindow::exporterFor(const QString& folder) {
     std::unique_ptr<laps::LapExporter>& exporter = m_exporters[folder];
     if (!exporter) {
         exporter = std::make_unique<laps::LapExporter>(
-            QDir(folder), QList{laps::csvFormat(), laps::jsonFormat(), lapimage::pngFormat()},
-            laps::LapExporter::Tells::Each);
+            QDir(folder), QList{laps::csvFormat(), laps::jsonFormat(), lapimage::pngFormat()});
         connect(exporter.get(), &laps::LapExporter::written, this,
                 [this](const QStringList& paths) {
                     emit saveEnded(QStringLiteral("Saved ") + paths.join(QStringLiteral(", ")));
@@ -480,13 +488,13 @@ void MainWindow::saveLap(const LapPointer& lap, const QString& folder) {
     exporterFor(folder).add(lap);
 }
 
-void MainWindow::askAndSaveLap(const LapPointer& lap) {
+void MainWindow::askAndSaveLap(const LapPointer& lap, QWidget& asking) {
     if (!lap) {
-        showMessage(QStringLiteral("Select a lap in the list first."));
+        showOutcome(QStringLiteral("Select a lap in the list first."));
         return;
     }
     const QString folder =
-        QFileDialog::getExistingDirectory(this, QStringLiteral("Folder for the lap's files"),
+        QFileDialog::getExistingDirectory(&asking, QStringLiteral("Folder for the lap's files"),
                                           m_settings.value(folderKey()).toString());
     if (!folder.isEmpty()) {
         m_settings.setValue(folderKey(), folder);

@@ -6,6 +6,7 @@
 #include "tools/viewer/laplistmodel.h"
 #include "tools/viewer/lapwindow.h"
 #include "tools/viewer/livetraces.h"
+#include "tools/viewer/outcomeline.h"
 #include "tools/viewer/session.h"
 #include "tools/viewer/trackstrip.h"
 
@@ -76,13 +77,15 @@ private:
     void showTicks();
     void showState();
     void showMessage(const QString& text);
+    void showOutcome(const QString& sentence);
     void addLap(const LapStore::LapPointer& lap);
     void fitLapColumns();
     [[nodiscard]] QString notice() const;
     [[nodiscard]] LapStore::LapPointer currentLap() const;
     [[nodiscard]] laps::LapExporter& exporterFor(const QString& folder);
     void openCurrentLap();
-    void askAndSaveLap(const LapStore::LapPointer& lap);
+    /** The dialog belongs to the window that asks: one of another would lift that over it. */
+    void askAndSaveLap(const LapStore::LapPointer& lap, QWidget& asking);
     void askForPlugin();
     void showKeys();
 
@@ -99,6 +102,7 @@ private:
     QAction* m_disconnect = nullptr;
     QAction* m_openPlugin = nullptr;
     QLabel* m_notice = nullptr;
+    OutcomeLine* m_outcome = nullptr;
     Lamp* m_lamp = nullptr;
     QLabel* m_ticks = nullptr;
     TrackStrip* m_strip = nullptr;

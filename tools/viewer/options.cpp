@@ -87,7 +87,8 @@ QString helpText() {
                "Exit status:\n"
                "  0  closed, or the time asked for is over\n"
                "  1  the arguments make no sense\n"
-               "  2  a picture could not be made\n");
+               "  2  a picture could not be made\n"
+               "  3  no window could be opened: there is no display\n");
 }
 
 QString versionText() {

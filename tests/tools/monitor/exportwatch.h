@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/tools/monitor/backgroundprogram.h"
+#include "tests/tools/backgroundprogram.h"
 
 #include <QString>
 #include <QStringList>

@@ -6,6 +6,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
@@ -24,6 +25,7 @@ namespace {
 
 using rataip::viewer::LapWindow;
 using rataip::viewer::MainWindow;
+using rataip::viewer::OutcomeLine;
 using rataip::viewer::Session;
 using rataip::viewer::TrackStrip;
 
@@ -89,7 +91,18 @@ TEST_F(Window, SaysWhatToDoWhenNoSimulatorIsFound) {
     EXPECT_TRUE(window->noticeText().contains(QStringLiteral("No simulator was found. Start")));
     EXPECT_TRUE(actionOf("F5")->isEnabled());
     EXPECT_FALSE(actionOf("F6")->isEnabled());
+    EXPECT_FALSE(actionOf("F7")->isEnabled()) << "nothing is connected";
+}
+
+TEST_F(Window, DisconnectsOnlyWhileItIsConnected) {
+    session.setSource(source);
+    showWindow();
+    EXPECT_FALSE(actionOf("F7")->isEnabled());
+    session.connectToSource();
     EXPECT_TRUE(actionOf("F7")->isEnabled());
+    source.isThere = false;
+    source.disconnectFromSource();
+    EXPECT_FALSE(actionOf("F7")->isEnabled()) << "the simulator is gone";
 }
 
 TEST_F(Window, SaysHowToConnect) {
@@ -267,6 +280,54 @@ TEST_F(Window, SaysInASentenceWhyALapCannotBeSavedAndGoesOn) {
     EXPECT_EQ(session.state(), Session::State::Connected);
     window->saveLap(ownLap(), target);
     ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved"), 2));
+}
+
+TEST_F(Window, ShowsAFailedSaveAlsoWhileTheMessagesAreHidden) {
+    showWindow();
+    actionOf("Ctrl+4")->trigger();
+    ASSERT_FALSE(window->findChild<QPlainTextEdit*>()->isVisible());
+    auto* const line = window->findChild<OutcomeLine*>();
+    EXPECT_FALSE(line->isVisible());
+    actionOf("Ctrl+E")->trigger();
+    EXPECT_TRUE(line->isVisible()) << "no lap is selected";
+    const QString target = folder.filePath(QStringLiteral("taken"));
+    QFile file(target);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    window->saveLap(ownLap(), target);
+    ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved")));
+    EXPECT_TRUE(line->text().startsWith(QStringLiteral("The lap was not saved: cannot write")));
+    EXPECT_TRUE(line->isVisible());
+    EXPECT_FALSE(line->visibleRegion().isEmpty());
+}
+
+/** The window that the dialog of an action belongs to; the dialog is cancelled. */
+QWidget* ownerOfDialog(QAction& action) {
+    QWidget* owner = nullptr;
+    QTimer closing;
+    QObject::connect(&closing, &QTimer::timeout, [&owner] {
+        if (auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+            owner = dialog->parentWidget();
+            dialog->reject();
+        }
+    });
+    closing.start(10);
+    action.trigger();
+    return owner;
+}
+
+TEST_F(Window, AsksForAFolderInTheWindowWhoseLapIsSaved) {
+    showWindow();
+    connectSource();
+    emit source.dataEmitter()->sendTelemetryLap(ownLap());
+    auto* const table = window->findChild<QTableView*>(QStringLiteral("Laps"));
+    table->setCurrentIndex(table->model()->index(0, 0));
+    EXPECT_EQ(ownerOfDialog(*actionOf("Ctrl+E")), window.get());
+    LapWindow* const view = window->openLap(ownLap());
+    for (QAction* action : view->actions()) {
+        if (action->shortcut() == QKeySequence(QStringLiteral("Ctrl+E"))) {
+            EXPECT_EQ(ownerOfDialog(*action), view);
+        }
+    }
 }
 
 TEST_F(Window, TellsTheWindowOfALapWhatBecameOfSavingIt) {

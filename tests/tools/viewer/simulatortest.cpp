@@ -1,4 +1,4 @@
-#include "tests/tools/monitor/backgroundprogram.h"
+#include "tests/tools/backgroundprogram.h"
 #include "tools/viewer/mainwindow.h"
 
 #include <QTemporaryDir>

@@ -1,0 +1,92 @@
+#include "tests/tools/backgroundprogram.h"
+#include "tests/tools/programrun.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+enum ExitStatus {
+    Ok = 0,
+    BadArguments = 1,
+    NoPicture = 2,
+    NoDisplay = 3,
+};
+
+ProgramRun runWithoutDisplay(const QStringList& arguments) {
+    return runProgram(
+        QStringLiteral("env"),
+        QStringList{QStringLiteral("--unset=DISPLAY"), QStringLiteral("--unset=WAYLAND_DISPLAY"),
+                    QStringLiteral("--unset=QT_QPA_PLATFORM"), QStringLiteral(VIEWER_PROGRAM)} +
+            arguments);
+}
+
+TEST(ViewerProgramWithoutDisplay, SaysSoInOneSentence) {
+    const ProgramRun run = runWithoutDisplay({});
+    EXPECT_EQ(run.status, NoDisplay);
+    EXPECT_EQ(run.err.rfind("rataip-viewer: no window can be opened, ", 0), 0U) << run.err;
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+}
+
+TEST(ViewerProgramWithoutDisplay, HelpsAndComplainsAsWithOne) {
+    EXPECT_EQ(runWithoutDisplay({QStringLiteral("--help")}).status, Ok);
+    EXPECT_EQ(runWithoutDisplay({QStringLiteral("--colour")}).status, BadArguments);
+}
+
+class ViewerProgramToEnd : public ::testing::Test {
+protected:
+    /** Starts the program and waits until it listens to requests to end. */
+    void start(const QStringList& arguments) {
+        viewer = std::make_unique<BackgroundProgram>(
+            QStringLiteral("env"),
+            QStringList{QStringLiteral("QT_QPA_PLATFORM=offscreen"),
+                        QStringLiteral("XDG_CONFIG_HOME=") + settings.path(),
+                        QStringLiteral(VIEWER_PROGRAM), QStringLiteral("/no/such/plugin.so")} +
+                arguments);
+        constexpr int mostTries = 6000;
+        for (int tries = 0; tries < mostTries && !isListening(); ++tries) {
+            QThread::msleep(10);
+        }
+        ASSERT_TRUE(isListening());
+    }
+
+    [[nodiscard]] bool isListening() const {
+        const QDir files(QStringLiteral("/proc/%1/fd").arg(viewer->id()));
+        const QFileInfoList all = files.entryInfoList(QDir::Files | QDir::System);
+        return std::any_of(all.cbegin(), all.cend(), [](const QFileInfo& file) {
+            return file.symLinkTarget().contains(QStringLiteral("signalfd"));
+        });
+    }
+
+    QTemporaryDir settings;
+    std::unique_ptr<BackgroundProgram> viewer;
+};
+
+TEST_F(ViewerProgramToEnd, StoresItsLayoutAndSaysThatItWasAskedTo) {
+    start({});
+    viewer->terminate();
+    EXPECT_EQ(viewer->waitForEnd(), Ok) << viewer->output();
+    EXPECT_NE(viewer->output().find("rataip-viewer: closed, as it was asked to\n"),
+              std::string::npos)
+        << viewer->output();
+    const QSettings stored(settings.filePath(QStringLiteral("rataip/rataip-viewer.conf")),
+                           QSettings::IniFormat);
+    EXPECT_TRUE(stored.contains(QStringLiteral("window/layout")));
+}
+
+TEST_F(ViewerProgramToEnd, MissesThePicturesOfTheEnd) {
+    start({QStringLiteral("--duration"), QStringLiteral("3600"), QStringLiteral("--picture"),
+           settings.filePath(QStringLiteral("window.png"))});
+    viewer->terminate();
+    EXPECT_EQ(viewer->waitForEnd(), NoPicture) << viewer->output();
+}
+
+}  // namespace
