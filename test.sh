@@ -6,7 +6,8 @@
 #   ./test.sh --stage NAME     one stage (may be given several times)
 #   ./test.sh --list           print the stages
 #
-# With CI=true in the environment, tests that were skipped for want of Wine are a failure.
+# With CI=true in the environment, tests that were skipped for want of Wine are a failure. Interrupted
+# (Ctrl-C, SIGTERM), it ends all that the stage has started; the exit status is then 130 or 143.
 set -euo pipefail
 export CDPATH=
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -194,29 +195,63 @@ install_packages() {
 
 summary=()
 current_stage=""
-print_summary() {
+interrupted=""
+result_file=""
+end() {
     local status=$?
+    rm -f "$result_file"
     [[ ${#summary[@]} -gt 0 || -n "$current_stage" ]] || return 0
     printf '\n== Summary\n'
     [[ ${#summary[@]} -eq 0 ]] || printf '%s\n' "${summary[@]}"
     if [[ $status -ne 0 ]]; then
-        printf '%-10s FAILED: %s\n' "$current_stage" "${stage_titles[$current_stage]}"
+        printf '%-10s %s: %s\n' "$current_stage" "${interrupted:-FAILED}" \
+            "${stage_titles[$current_stage]}"
     fi
 }
 
+# Ends the group of the stage that was started last.
+stop_stage() {
+    local tenth patience=100
+    kill -TERM -- "-$!" 2>/dev/null || return 0
+    for ((tenth = 0; tenth < patience; ++tenth)); do
+        kill -0 -- "-$!" 2>/dev/null || return 0
+        sleep 0.1
+    done
+    kill -KILL -- "-$!" 2>/dev/null || true
+}
+
+interrupt() {
+    trap '' HUP INT TERM
+    interrupted="interrupted"
+    stop_stage
+    exit "$1"
+}
+
+# A stage is waited for, so that a request to end reaches this script at once, and has a process
+# group, so that its builds and tests can be ended with it.
 run_stage() {
     local started=$SECONDS
     current_stage="$1"
-    result="ok"
     printf '\n== %s: %s\n' "$1" "${stage_titles[$1]}"
-    "stage_$1"
-    summary+=("$(printf '%-10s %5d s  %s' "$1" $((SECONDS - started)) "$result")")
+    set -m
+    (
+        result="ok"
+        "stage_$1"
+        printf '%s' "$result" >"$result_file"
+    ) </dev/null &
+    set +m
+    wait "$!"
+    summary+=("$(printf '%-10s %5d s  %s' "$1" $((SECONDS - started)) "$(<"$result_file")")")
     current_stage=""
 }
 
 parse_arguments "$@"
 install_packages
-trap print_summary EXIT
+result_file="$(mktemp)"
+trap end EXIT
+trap 'interrupt 129' HUP
+trap 'interrupt 130' INT
+trap 'interrupt 143' TERM
 for stage in "${stages[@]}"; do
     run_stage "$stage"
 done
