@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Shows the plugin at work: builds everything, lets the stand-in simulator drive a practice at a raised
 # speed and watches it through the plugin. Needs no simulator and ends by itself within a minute
-# after the build; Ctrl-C ends it earlier. Three of the laps are left in demo-out/ as picture, table
-# and header.
+# after the build; Ctrl-C ends it earlier. The laps are left in demo-out/ as picture, table and
+# header.
 #
 #   ./demo.sh            on the console
 #   ./demo.sh --window   in a window, until it is closed; on the console where there is no display
@@ -12,7 +12,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 
 build_folder="build/demo"
 laps_folder="demo-out"
-laps_to_keep=3
+laps_to_name=3
 laps_to_watch=30
 most_seconds_to_watch=55
 seconds_for_an_orderly_end=5
@@ -98,23 +98,18 @@ demonstrate() {
     fi
 }
 
-# The flying laps with the largest tables: the own car's, which has the most channels, come first.
-laps_worth_keeping() {
-    find "$work_folder/laps" -name '*_flying_*m*s*.csv' -printf '%s %f\n' |
-        sort --numeric-sort --reverse | head -n "$laps_to_keep" | cut -d ' ' -f 2-
-}
-
 # The folder is the demonstration's own: what an earlier one left there is replaced.
-keep_laps() {
-    local table base
+clear_laps() {
     mkdir -p "$laps_folder"
     rm -f "$laps_folder"/car*.{csv,json,png}
-    printf '\nKept of them as picture (.png), table (.csv) and header (.json):\n'
-    while IFS= read -r table; do
-        base="${table%.csv}"
-        mv "$work_folder/laps/$base".{csv,json,png} "$laps_folder/"
-        printf '    %s/%s.png\n' "$laps_folder" "$base"
-    done < <(laps_worth_keeping)
+}
+
+# The flying laps with the largest tables: the own car's, which has the most channels, come first.
+name_laps() {
+    printf '\nEach as picture (.png), table (.csv) and header (.json); the fullest are\n'
+    find "$laps_folder" -name '*_flying_*m*s*.csv' -printf '%s %p\n' |
+        sort --numeric-sort --reverse | head -n "$laps_to_name" |
+        sed 's/^[0-9]* \(.*\)csv$/    \1png/'
 }
 
 show_window() {
@@ -124,11 +119,13 @@ show_window() {
 }
 
 show_console() {
-    printf '\nA practice of 12 cars at twelve times the clock, seen through the plugin:\n\n'
+    printf '\nA practice of 12 cars at twelve times the clock, seen through the plugin. It takes a hundred\n'
+    printf 'ticks a second at most, so that most of these 720 are "lost":\n\n'
+    clear_laps
     start_simulator --speed 12
     demonstrate rataip-monitor --wait 10 --laps "$laps_to_watch" \
-        --duration "$most_seconds_to_watch" --export "$work_folder/laps"
-    keep_laps
+        --duration "$most_seconds_to_watch" --export "$laps_folder"
+    name_laps
 }
 
 if [[ -n "$with_window" ]] && ! has_display; then
