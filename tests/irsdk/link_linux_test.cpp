@@ -3,10 +3,12 @@
 #include "tests/support/checkedsnapshot.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <iterator>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -22,6 +24,57 @@ constexpr unsigned int kSomebodyElse = 4242;
 constexpr std::size_t kPage = 4096;
 
 class LinuxLink : public LinkTest {};
+
+/** Whether a thread, or a process of one thread, is neither asleep nor at its end. */
+bool isAtWork(pid_t thread) {
+    std::ifstream file("/proc/" + std::to_string(thread) + "/stat");
+    const std::string facts((std::istreambuf_iterator<char>(file)), {});
+    const std::size_t afterName = facts.rfind(')');
+    return afterName != std::string::npos &&
+           (facts.compare(afterName, 3, ") R") == 0 || facts.compare(afterName, 3, ") D") == 0);
+}
+
+/** One wait of the link, and another thread that does something at certain moments of it. */
+class WatchedWait {
+public:
+    template <typename Script>
+    explicit WatchedWait(Script script)
+        : m_reader(gettid()), m_thread([this, script] { script(*this); }) {}
+    ~WatchedWait() {
+        m_state = State::Over;
+        m_thread.join();
+    }
+    WatchedWait(const WatchedWait&) = delete;
+    WatchedWait& operator=(const WatchedWait&) = delete;
+
+    [[nodiscard]] bool waitForData(char* data, int length) {
+        constexpr int kTimeOut = 60'000;  // milliseconds
+        m_state = State::Begun;
+        const bool taken = irsdk_waitForDataReady(kTimeOut, data, length);
+        m_state = State::Over;
+        return taken;
+    }
+
+    void untilItBegins() const {
+        while (m_state == State::ToCome) {
+            std::this_thread::yield();
+        }
+    }
+
+    void untilItSleeps() const {
+        untilItBegins();
+        while (m_state == State::Begun && isAtWork(m_reader)) {
+            std::this_thread::yield();
+        }
+    }
+
+private:
+    enum class State { ToCome, Begun, Over };
+
+    std::atomic<State> m_state{State::ToCome};
+    pid_t m_reader;
+    std::thread m_thread;
+};
 
 TEST_P(LinuxLink, ABlockThatCannotHoldItsHeaderIsRefused) {
     for (const int size : {0, 1, 63}) {
@@ -200,6 +253,18 @@ TEST_P(LinuxLink, ABlockThatWasLostStaysLostUntilShutdown) {
     EXPECT_TRUE(takes());
 }
 
+TEST_P(LinuxLink, ATickThatNeededNoWaitDoesNotEndTheNextOne) {
+    openAtTick10();
+    constexpr int kTimeOut = 20;  // milliseconds
+    static_cast<void>(irsdk_waitForDataReady(1, nullptr));
+    publisher.completeChecked(1, 11);
+    ASSERT_TRUE(irsdk_waitForDataReady(kTimeOut, nullptr));
+    const auto start = std::chrono::steady_clock::now();
+
+    EXPECT_FALSE(irsdk_waitForDataReady(kTimeOut, nullptr));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kTimeOut));
+}
+
 TEST_P(LinuxLink, AnEventThatWasCutOffEndsWaitsByTimeAlone) {
     openAtTick10();
     publisher.command("truncate-event");
@@ -211,31 +276,170 @@ TEST_P(LinuxLink, AnEventThatWasCutOffEndsWaitsByTimeAlone) {
 
 RATAIP_IN_BOTH_PLACES(LinuxLink);
 
-TEST_F(LinkToOtherProcessTest, ABlockThatShrinksDuringReadsIsSurvived) {
-    block.setBufferLength(64 * static_cast<int>(kPage));
-    snapshot.resize(static_cast<std::size_t>(block.snapshotLength()));
-    publisher.publish(block);
-    publisher.command("shrink 0");
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    irsdk_header header{};
+/** A block of a second process that is cut off while the link reads all of it without pause. */
+class ShrinkingBlock : public LinkToOtherProcessTest {
+protected:
+    static constexpr int kFirstTick = 11;
+    static constexpr int kLastTick = 30;
+
+    ShrinkingBlock() {
+        block.setBufferLength(16 * static_cast<int>(kPage));
+        block.setSessionText(sessionText);
+        snapshot.resize(static_cast<std::size_t>(block.snapshotLength()));
+    }
+
+    void openAnew() {
+        irsdk_shutdown();
+        publisher.command("unlink");
+        openAtTick10();
+        tick = kFirstTick - 1;
+        refused = false;
+    }
+
+    /** Reads over and over while another thread has ticks completed and then the block cut off. */
+    void readUntilCutOff(std::size_t size) {
+        cut = Cut::ToCome;
+        std::thread cutter([this, size] {
+            for (int count = kFirstTick; count <= kLastTick; ++count) {
+                publisher.completeChecked(count % 3, count);
+            }
+            cut = Cut::OnItsWay;
+            publisher.command("truncate " + std::to_string(size));
+            cut = Cut::Done;
+        });
+        while (!refused && !HasFailure()) {
+            const int answeredBefore = answered;
+            readAll();
+            cutsWithinAReading += refused && answered > answeredBefore ? 1 : 0;
+        }
+        cutter.join();
+    }
+
+    void readAll() {
+        readHeader();
+        readTable();
+        readText();
+        readSnapshot();
+        followPointers();
+    }
+
+    /** Whatever was asked of it, the link has nothing of a block that was cut off. */
+    void expectNothing() {
+        readAll();
+        EXPECT_TRUE(table.empty());
+        EXPECT_EQ(text, "");
+        EXPECT_EQ(update, -1);
+        for (char* data : {snapshot.data(), static_cast<char*>(nullptr)}) {
+            EXPECT_FALSE(irsdk_waitForDataReady(1, data, length()));
+            EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockShrunk);
+        }
+        EXPECT_FALSE(irsdk_isConnected());
+    }
+
+    int answered = 0;
+    int taken = 0;
+    int cutsWithinAReading = 0;
+
+private:
+    enum class Cut { ToCome, OnItsWay, Done };
+
+    /** Before the cut the link answers; it refuses by telling of the cut, and from then on. */
+    void note(bool answers, Cut before) {
+        if (answers) {
+            EXPECT_FALSE(refused);
+            EXPECT_NE(before, Cut::Done);
+            ++answered;
+            return;
+        }
+        EXPECT_NE(cut, Cut::ToCome);
+        EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockShrunk);
+        refused = true;
+    }
+
+    void readHeader() {
+        const Cut before = cut;
+        irsdk_header header{};
+        const bool answers = irsdk_copyHeader(header);
+        note(answers, before);
+        const bool isRight = header.numVars == block.header().numVars &&
+                             header.bufferLength == block.header().bufferLength;
+        // One that was cut off while it was copied must be known to be by now.
+        if (answers && !isRight) {
+            note(irsdk_copyVarHeaders(table), Cut::Done);
+        }
+    }
+
+    void readTable() {
+        const Cut before = cut;
+        note(irsdk_copyVarHeaders(table), before);
+        const auto count = static_cast<std::size_t>(block.header().numVars);
+        EXPECT_EQ(table.size(), refused ? 0U : count);
+        EXPECT_EQ(std::memcmp(table.data(), block.varHeaders(), table.size() * sizeof table[0]), 0);
+    }
+
+    void readText() {
+        const Cut before = cut;
+        note(irsdk_copySessionInfoStr(text, update), before);
+        EXPECT_TRUE(text == (refused ? std::string() : sessionText));
+        EXPECT_EQ(update, refused ? -1 : block.header().sessionInfoUpdate);
+    }
+
+    void readSnapshot() {
+        const Cut before = cut;
+        const bool isNew = takes();
+        if (isNew || irsdk_lastError() != irsdk_Error::None) {
+            note(isNew, before);
+        }
+        if (isNew) {
+            EXPECT_TRUE(testsupport::isUntorn(snapshot.data(), snapshot.size()));
+            EXPECT_GT(testsupport::checkedTick(snapshot.data()), tick);
+            tick = testsupport::checkedTick(snapshot.data());
+            EXPECT_LE(tick, kLastTick);
+            ++taken;
+        }
+        EXPECT_FALSE(refused && irsdk_isConnected());
+    }
+
+    /** What pointers lead to is as it was, or zero. */
+    void followPointers() {
+        const irsdk_varHeader* entry = irsdk_getVarHeaderEntry(0);
+        EXPECT_TRUE(entry == nullptr || entry->name[0] == 'S' || entry->name[0] == 0);
+        const char* published = irsdk_getSessionInfoStr();
+        const char last = published == nullptr ? '\0' : published[sessionText.size() - 1];
+        EXPECT_TRUE(last == sessionText.back() || last == 0);
+    }
+
+    const std::string sessionText = std::string(16 * kPage, 'a');
+    std::atomic<Cut> cut{Cut::ToCome};
+    bool refused = false;
+    std::int32_t tick = 0;
     std::vector<irsdk_varHeader> table;
     std::string text;
     int update = 0;
-    int rounds = 0;
-    while (std::chrono::steady_clock::now() < end) {
-        if (irsdk_startup()) {
-            static_cast<void>(takes());
-            irsdk_copyHeader(header);
-            irsdk_copyVarHeaders(table);
-            irsdk_copySessionInfoStr(text, update);
-            irsdk_getVarHeaderEntry(0);
-        }
-        irsdk_shutdown();
-        ++rounds;
-    }
-    EXPECT_GT(std::stoi(publisher.command("stop")), 0);
+};
 
-    EXPECT_GT(rounds, 0);
+TEST_F(ShrinkingBlock, IsSurvivedDuringReads) {
+    constexpr int kCutsASize = 5;
+    constexpr int kAttemptsASize = 500;
+    const auto endOfFirstBuffer =
+        static_cast<std::size_t>(block.descriptor(0).bufferOffset + block.snapshotLength());
+    ASSERT_LT(endOfFirstBuffer, block.bytes().size());
+    for (const std::size_t size :
+         {std::size_t{0}, sizeof(irsdk_header) - 1, kPage, endOfFirstBuffer}) {
+        cutsWithinAReading = 0;
+        for (int i = 0; i < kAttemptsASize && cutsWithinAReading < kCutsASize; ++i) {
+            openAnew();
+            readUntilCutOff(size);
+            expectNothing();
+            if (size == endOfFirstBuffer) {
+                publisher.completeChecked(0, kLastTick + 1);
+                expectNothing();
+            }
+            ASSERT_FALSE(HasFailure()) << size;
+        }
+        EXPECT_EQ(cutsWithinAReading, kCutsASize) << size;
+    }
+    EXPECT_GT(taken, 0);
 }
 
 /**
@@ -362,7 +566,11 @@ TEST_F(LinkToOtherProcessTest, OneSignalWakesEveryReader) {
         ASSERT_EQ(read(pipe[0], &ready, 1), 1);
     }
     close(pipe[0]);
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));  // and most have reached it now
+    for (const pid_t reader : readers) {
+        while (isAtWork(reader)) {
+            std::this_thread::yield();
+        }
+    }
     publisher.completeChecked(1, 11);
 
     for (const pid_t reader : readers) {
@@ -376,33 +584,39 @@ TEST_F(LinkToOtherProcessTest, ALateSignalOfTheStartingPointDoesNotEndTheWait) {
     openAtTick10();
     irsdk_shutdown();
     publisher.setTick(1, 11);  // complete, and its signal is still to come
-    std::thread writer([this] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    WatchedWait wait([this](const WatchedWait& moment) {
+        moment.untilItSleeps();
         publisher.command("signal");
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        moment.untilItSleeps();
         publisher.completeChecked(2, 12);
     });
 
-    const bool taken = irsdk_waitForDataReady(20'000, snapshot.data(), length());
-    writer.join();
-
-    ASSERT_TRUE(taken);
+    ASSERT_TRUE(wait.waitForData(snapshot.data(), length()));
     EXPECT_EQ(testsupport::checkedTick(snapshot.data()), 12);
 }
 
-TEST_F(LinkToOtherProcessTest, TheCompletionOfTheStartingPointNeverEndsTheWait) {
-    publisher.publish(block);
-    publisher.command("every 1 3");
-    constexpr int kRounds = 5000;
-    int met = 0;
-    for (int i = 0; i < kRounds; ++i) {
+TEST_F(LongLook, TheCompletionOfTheStartingPointNeverEndsTheWait) {
+    openAtTick10();
+    constexpr int kRounds = 10;
+    int tick = 10;
+    for (int round = 0; round < kRounds; ++round) {
         irsdk_shutdown();
-        met += irsdk_waitForDataReady(5000, snapshot.data(), length()) ? 1 : 0;
-    }
-    publisher.command("stop");
+        publisher.setTick(kLastBuffer, ++tick);
+        WatchedWait wait([this, &tick](const WatchedWait& moment) {
+            moment.untilItBegins();
+            passIntoTheLook();
+            // Armed before this signal, the look finds the tick after it as its starting point.
+            publisher.command("signal");
+            publisher.setTick(kLastBuffer, ++tick);
+            moment.untilItSleeps();
+            publisher.command("signal");
+            moment.untilItSleeps();
+            publisher.setTick(kLastBuffer, ++tick);
+            publisher.command("signal");
+        });
 
-    // A reader that is stopped in the middle of both copies may miss a tick once in a while.
-    EXPECT_GE(met, kRounds - 3);
+        ASSERT_TRUE(wait.waitForData(nullptr, 0)) << round;
+    }
 }
 
 TEST(LinuxBroadcast, AFullQueueDropsWithoutWaiting) {

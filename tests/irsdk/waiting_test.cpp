@@ -1,7 +1,10 @@
 #include "tests/irsdk/linktest.h"
 #include "tests/support/checkedsnapshot.h"
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <semaphore>
 #include <thread>
 
 namespace {
@@ -11,8 +14,8 @@ using std::chrono::milliseconds;
 
 // Limits are wide: a machine may stop a process for a while, and only "waited" and "did not wait"
 // have to be told apart.
-constexpr int kLong = 5000;                   // milliseconds, as a time-out that shall not pass
-constexpr milliseconds kSoon{2500};           // far less than that
+constexpr int kLong = 60'000;                 // milliseconds, as a time-out that shall not pass
+constexpr std::chrono::seconds kSoon{30};     // far less than that
 constexpr milliseconds kShortWait{100};       // a time-out that shall pass
 constexpr milliseconds kAlmostShortWait{90};  // clocks of different kinds round differently
 
@@ -27,6 +30,20 @@ protected:
         return result;
     }
 
+    /**
+     * Whether a call without new data comes back in less than the shortest time-out there is: one
+     * of many, since a busy machine may stop any of them, and all of them wait if one of them does.
+     */
+    bool comesBackAtOnce(int timeOut) {
+        constexpr int kCalls = 100;
+        Clock::duration shortest = Clock::duration::max();
+        for (int i = 0; i < kCalls; ++i) {
+            EXPECT_FALSE(waits(timeOut));
+            shortest = std::min(shortest, waited);
+        }
+        return shortest < milliseconds(1);
+    }
+
     Clock::duration waited{};
 };
 
@@ -39,16 +56,14 @@ TEST_P(Waiting, SleepsWhileTheSimulatorIsAbsent) {
 
 TEST_P(Waiting, DoesNotSleepWithoutATimeOut) {
     for (const int timeOut : {0, -1, -1'000'000}) {
-        EXPECT_FALSE(waits(timeOut));
-        EXPECT_LT(waited, kSoon);
+        EXPECT_TRUE(comesBackAtOnce(timeOut)) << timeOut;
     }
 }
 
 TEST_P(Waiting, DoesNotWaitWithoutATimeOutWhileTheSimulatorIsThere) {
     openAtTick10();
     for (const int timeOut : {0, -1, -1'000'000}) {
-        EXPECT_FALSE(waits(timeOut));
-        EXPECT_LT(waited, kSoon);
+        EXPECT_TRUE(comesBackAtOnce(timeOut)) << timeOut;
     }
 }
 
@@ -128,50 +143,63 @@ TEST_P(Waiting, OpensTheLink) {
 
 RATAIP_IN_BOTH_PLACES(Waiting);
 
-/** Cases in which the signal comes while the link waits. */
-class WaitingForOther : public LinkToOtherProcessTest {
-protected:
-    /** Completes the tick after a while, from another thread of the test. */
-    std::thread later(int buffer, int tickCount) {
-        return std::thread([this, buffer, tickCount] {
-            std::this_thread::sleep_for(milliseconds(150));
-            publisher.completeChecked(buffer, tickCount);
-        });
+/** Does things from another thread, each as soon as it is told to. */
+class OnDemand {
+public:
+    template <typename Action>
+    explicit OnDemand(Action action)
+        : m_thread([this, action]() mutable {
+              for (m_demand.acquire(); !m_over; m_demand.acquire()) {
+                  action();
+              }
+          }) {}
+    ~OnDemand() {
+        m_over = true;
+        m_demand.release();
+        m_thread.join();
     }
+    OnDemand(const OnDemand&) = delete;
+    OnDemand& operator=(const OnDemand&) = delete;
+
+    void demand() { m_demand.release(); }
+
+private:
+    std::atomic<bool> m_over{false};
+    std::counting_semaphore<> m_demand{0};
+    std::thread m_thread;
 };
+
+/** Cases in which the signal comes while the link waits. */
+class WaitingForOther : public LinkToOtherProcessTest {};
 
 TEST_F(WaitingForOther, ASignalEndsTheWait) {
     openAtTick10();
     irsdk_waitForDataReady(1, nullptr);
     const auto start = Clock::now();
-    std::thread writer = later(1, 11);
+    const TicksToCome ticks(publisher, 11);
 
-    const bool result = irsdk_waitForDataReady(kLong, snapshot.data(), length());
-    const auto waited = Clock::now() - start;
-    writer.join();
+    EXPECT_TRUE(irsdk_waitForDataReady(kLong, snapshot.data(), length()));
 
-    EXPECT_TRUE(result);
-    EXPECT_LT(waited, kSoon);
-    EXPECT_EQ(testsupport::checkedTick(snapshot.data()), 11);
+    EXPECT_LT(Clock::now() - start, kSoon);
+    EXPECT_GE(testsupport::checkedTick(snapshot.data()), 11);
 }
 
 TEST_F(WaitingForOther, ACompletionThatOnlyResynchronisedDoesNotEndTheWait) {
     publisher.publish(block);
     publisher.completeChecked(0, 10);
     ASSERT_TRUE(irsdk_startup());
-    std::thread writer = later(1, 11);
+    const TicksToCome ticks(publisher, 11);
 
     // The first look takes tick 10 as the starting point; the wait is for tick 11.
-    const bool result = irsdk_waitForDataReady(kLong, snapshot.data(), length());
-    writer.join();
+    EXPECT_TRUE(irsdk_waitForDataReady(kLong, snapshot.data(), length()));
 
-    EXPECT_TRUE(result);
-    EXPECT_EQ(testsupport::checkedTick(snapshot.data()), 11);
+    EXPECT_GE(testsupport::checkedTick(snapshot.data()), 11);
 }
 
 TEST_F(WaitingForOther, ASimulatorOnItsWayIsMetAtTheFirstWait) {
     publisher.publish(block);
-    publisher.command("every 2000 3");
+    // With pauses so long that none of the starts falls into a completion.
+    publisher.command("every 20000 3");
     int met = 0;
     for (int i = 0; i < 50; ++i) {
         irsdk_shutdown();
@@ -184,27 +212,40 @@ TEST_F(WaitingForOther, ASimulatorOnItsWayIsMetAtTheFirstWait) {
 
 TEST_F(WaitingForOther, EveryTickOfASlowWriterIsTaken) {
     openAtTick10();
-    publisher.command("every 5000 3");
-    const auto end = Clock::now() + std::chrono::seconds(60);
-    int last = 0;
-    int taken = 0;
-    int skipped = 0;
-    while (taken < 200 && Clock::now() < end) {
-        // A signal that was left over may end a wait early; the next one gets the tick.
-        if (!irsdk_waitForDataReady(kLong, snapshot.data(), length())) {
-            continue;
-        }
-        ++taken;
+    constexpr int kLast = 500;
+    // So slow that it begins with a tick when the one before it was taken.
+    OnDemand writer([this, tick = 10]() mutable {
+        ++tick;
+        publisher.completeChecked(tick % 3, tick);
+    });
+    for (int tick = 11; tick <= kLast; ++tick) {
+        const auto start = Clock::now();
+        writer.demand();
+        // A signal that was left over may end one wait early.
+        const bool taken = irsdk_waitForDataReady(kLong, snapshot.data(), length()) ||
+                           irsdk_waitForDataReady(kLong, snapshot.data(), length());
+        ASSERT_TRUE(taken) << tick;
+        ASSERT_LT(Clock::now() - start, kSoon) << tick;
         ASSERT_TRUE(testsupport::isUntorn(snapshot.data(), snapshot.size()));
-        const int tick = testsupport::checkedTick(snapshot.data());
-        ASSERT_GT(tick, last);
-        skipped += last == 0 ? 0 : tick - last - 1;
-        last = tick;
+        ASSERT_EQ(testsupport::checkedTick(snapshot.data()), tick);
     }
-    publisher.command("stop");
+}
 
-    EXPECT_EQ(taken, 200);
-    EXPECT_LT(skipped, 100) << "most ticks are taken one by one even on a busy machine";
+TEST_F(LongLook, ATickThatItJustMissesEndsTheWait) {
+    openAtTick10();
+    constexpr int kRounds = 20;
+    OnDemand writer([this, tick = 10]() mutable {
+        passIntoTheLook();
+        publisher.setTick(0, ++tick);  // in the buffer that was looked at first
+        publisher.command("signal");
+    });
+    for (int round = 0; round < kRounds; ++round) {
+        const auto start = Clock::now();
+        writer.demand();
+        ASSERT_TRUE(irsdk_waitForDataReady(kLong, nullptr) ||
+                    irsdk_waitForDataReady(kLong, nullptr));
+        ASSERT_LT(Clock::now() - start, kSoon);
+    }
 }
 
 }  // namespace

@@ -115,7 +115,6 @@ std::string PublisherCommands::runWords(const Words& words) {
         {"every", &PublisherCommands::writeWithPauses},
         {"bump", &PublisherCommands::bumpSessionCounter},
         {"flip", &PublisherCommands::flipByte},
-        {"shrink", &PublisherCommands::shrinkRepeatedly},
         {"stop", &PublisherCommands::stop},
         {"truncate", &PublisherCommands::truncate},
         {"truncate-event", &PublisherCommands::truncateEvent},
@@ -310,20 +309,11 @@ std::string PublisherCommands::flipByte(const Words& words) {
         return "error outside the block";
     }
     return startRounds([byte = std::atomic_ref<char>(m_objects.block()[offset])] {
-        constexpr char kLowestBit = 1;
-        byte.fetch_xor(kLowestBit);
-    });
-}
-
-std::string PublisherCommands::shrinkRepeatedly(const Words& words) {
-    const auto size = number<std::size_t>(words, 1);
-    const std::size_t full = m_objects.blockSize();
-    if (!m_objects.truncateBlock(full)) {
-        return "error blocks keep their size here";
-    }
-    return startRounds([this, size, full] {
-        m_objects.truncateBlock(size);
-        m_objects.truncateBlock(full);
+        // Many letters, so that it is seldom the same one at two moments.
+        constexpr char kFirst = 'A';
+        constexpr char kLast = 'Z';
+        const char letter = byte.load();
+        byte.store(letter >= kFirst && letter < kLast ? static_cast<char>(letter + 1) : kFirst);
     });
 }
 

@@ -33,8 +33,7 @@ namespace testsupport {
  *     every MICROSECONDS BUFFERS
  *                             the same with a pause after each snapshot
  *     bump                    move the session text's counter, at full speed, until `stop`
- *     flip OFFSET             change one byte of the block, at full speed, until `stop`
- *     shrink SIZE             cut the block off and restore its size, over and over, until `stop`
+ *     flip OFFSET             change one letter of the block, at full speed, until `stop`
  *     stop                    end writing; answers the number of rounds
  *     truncate SIZE           cut the block off
  *     truncate-event          cut the event off
@@ -76,7 +75,6 @@ private:
     std::string writeWithPauses(const Words& words);
     std::string bumpSessionCounter(const Words& words);
     std::string flipByte(const Words& words);
-    std::string shrinkRepeatedly(const Words& words);
     std::string stop(const Words& words);
     std::string truncate(const Words& words);
     std::string truncateEvent(const Words& words);
