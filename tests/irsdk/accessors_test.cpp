@@ -188,7 +188,7 @@ RATAIP_IN_BOTH_PLACES(Accessors);
  */
 class RestlessSession : public LinkToOwnProcessTest {
 protected:
-    static constexpr std::size_t kLength = std::size_t{16} << 20;
+    static constexpr std::size_t kLength = std::size_t{40} << 20;
 
     void SetUp() override {
         LinkToOwnProcessTest::SetUp();

@@ -61,11 +61,13 @@ public:
         }
     }
 
-    void untilItSleeps() const {
+    /** False when it is over instead. */
+    bool untilItSleeps() const {
         untilItBegins();
         while (m_state == State::Begun && isAtWork(m_reader)) {
             std::this_thread::yield();
         }
+        return m_state == State::Begun;
     }
 
 private:
@@ -617,6 +619,30 @@ TEST_F(LongLook, TheCompletionOfTheStartingPointNeverEndsTheWait) {
 
         ASSERT_TRUE(wait.waitForData(nullptr, 0)) << round;
     }
+}
+
+TEST_F(LongLook, ATickThatTheFirstLookJustMissesIsTakenWithoutAWait) {
+    openAtTick10();
+    constexpr int kRounds = 50;
+    int tick = 10;
+    bool slept = true;
+    for (int round = 0; slept && round < kRounds; ++round) {
+        irsdk_shutdown();
+        slept = false;
+        const auto completeIn = [this, &tick](int buffer) {
+            publisher.setTick(buffer, ++tick);
+            publisher.command("signal");
+        };
+        WatchedWait wait([&](const WatchedWait& moment) {
+            moment.untilItBegins();
+            passIntoTheLook();
+            completeIn(0);  // the buffer that was looked at first
+            slept = moment.untilItSleeps();
+            completeIn(kLastBuffer);
+        });
+        ASSERT_TRUE(wait.waitForData(nullptr, 0)) << round;
+    }
+    EXPECT_FALSE(slept) << "for as long as the tick after it takes";
 }
 
 TEST(LinuxBroadcast, AFullQueueDropsWithoutWaiting) {
