@@ -22,8 +22,8 @@ using std::chrono::milliseconds;
 
 constexpr const wchar_t* kBlockName = L"Local\\IRSDKMemMapFileName";
 constexpr const wchar_t* kEventName = L"Local\\IRSDKDataValidEvent";
-constexpr int kLong = 5000;          // milliseconds, as a time-out that shall not pass
-constexpr milliseconds kSoon{2500};  // far less than that
+constexpr int kLong = 60'000;              // milliseconds, as a time-out that shall not pass
+constexpr std::chrono::seconds kSoon{30};  // far less than that
 constexpr milliseconds kShortWait{100};
 constexpr milliseconds kAlmostShortWait{90};  // clocks of different kinds round differently
 constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
@@ -132,14 +132,6 @@ protected:
         ASSERT_FALSE(takes());
     }
 
-    /** Completes tick 11 in buffer 1 after a while, from another thread of the test. */
-    std::thread later() {
-        return std::thread([this] {
-            std::this_thread::sleep_for(milliseconds(150));
-            publisher.completeChecked(1, 11);
-        });
-    }
-
     bool waits(int timeOut) {
         const auto start = Clock::now();
         const bool result = irsdk_waitForDataReady(timeOut, snapshot.data(), length());
@@ -153,13 +145,10 @@ protected:
 TEST_F(WindowsEvent, LeftSignalledDoesNotEndTheFirstWaitOfAConnection) {
     publishWith("event");
     publisher.command("signal");
-    std::thread writer = later();
+    const TicksToCome ticks(publisher, 11);
 
-    const bool result = waits(kLong);
-    writer.join();
-
-    EXPECT_TRUE(result) << "the wait for tick 11, after tick 10 was noted as the start";
-    EXPECT_EQ(testsupport::checkedTick(snapshot.data()), 11);
+    EXPECT_TRUE(waits(kLong)) << "the wait for tick 11, after tick 10 was noted as the start";
+    EXPECT_GE(testsupport::checkedTick(snapshot.data()), 11);
     EXPECT_LT(waited, kSoon);
 }
 
@@ -169,33 +158,25 @@ TEST_F(WindowsEvent, LeftSignalledEndsOneLaterWaitAtMost) {
 
     EXPECT_FALSE(waits(kLong)) << "the signal that was left over";
     EXPECT_LT(waited, kSoon);
-    std::thread writer = later();
-    const bool result = waits(kLong);
-    writer.join();
-    EXPECT_TRUE(result);
-    EXPECT_EQ(testsupport::checkedTick(snapshot.data()), 11);
+    const TicksToCome ticks(publisher, 11);
+    EXPECT_TRUE(waits(kLong));
+    EXPECT_GE(testsupport::checkedTick(snapshot.data()), 11);
 }
 
 TEST_F(WindowsEvent, PulsedWhileTheLinkWaitsEndsTheWait) {
     openWith("event manual");
-    std::thread writer = later();
+    const TicksToCome ticks(publisher, 11);
 
-    const bool result = waits(kLong);
-    writer.join();
-
-    EXPECT_TRUE(result);
+    EXPECT_TRUE(waits(kLong));
     EXPECT_LT(waited, kSoon);
-    EXPECT_EQ(testsupport::checkedTick(snapshot.data()), 11);
+    EXPECT_GE(testsupport::checkedTick(snapshot.data()), 11);
 }
 
 TEST_F(WindowsEvent, PulsedWhileTheLinkConnectsEndsTheWait) {
     publishWith("event manual");
-    std::thread writer = later();
+    const TicksToCome ticks(publisher, 11);
 
-    const bool result = waits(kLong);
-    writer.join();
-
-    EXPECT_TRUE(result);
+    EXPECT_TRUE(waits(kLong));
     EXPECT_LT(waited, kSoon);
 }
 
@@ -216,21 +197,25 @@ TEST_F(WindowsEvent, PulsedWhileNobodyWaitsLeavesNoSignal) {
 }
 
 TEST_F(WindowsEvent, NeverSignalledInTimeLetsTheLookAfterTheWaitFindTheData) {
+    constexpr int kAttempts = 20;  // on a busy machine the tick may come before or after the wait
     for (const char* event : {"event", "event manual"}) {
         irsdk_shutdown();
         openWith(event);
         // The signal of tick 10, if one was left.
         static_cast<void>(waits(1));
-        std::thread writer([this] {
-            std::this_thread::sleep_for(kShortWait / 2);
-            publisher.setTick(1, 11);
-        });
+        bool foundAtTheEnd = false;
+        for (int tick = 11; !foundAtTheEnd && tick < 11 + kAttempts; ++tick) {
+            std::thread writer([this, tick] {
+                std::this_thread::sleep_for(kShortWait / 2);
+                publisher.setTick(1, tick);
+            });
+            const bool result = waits(static_cast<int>(kShortWait.count()));
+            foundAtTheEnd = result && waited >= kAlmostShortWait;
+            writer.join();
+            static_cast<void>(takes());  // a tick that came after the wait
+        }
 
-        const bool result = waits(static_cast<int>(kShortWait.count()));
-        writer.join();
-
-        EXPECT_TRUE(result) << event;
-        EXPECT_GE(waited, kAlmostShortWait) << event;
+        EXPECT_TRUE(foundAtTheEnd) << event;
         publisher.setTick(1, 0);
         publisher.command("unlink event");
     }
@@ -242,12 +227,9 @@ TEST_F(WindowsEvent, OfTheOtherKindIsOpenedAfterAReconnection) {
     publisher.command("event manual");
     ASSERT_TRUE(irsdk_startup());
     ASSERT_FALSE(takes());
-    std::thread writer = later();
+    const TicksToCome ticks(publisher, 11);
 
-    const bool result = waits(kLong);
-    writer.join();
-
-    EXPECT_TRUE(result);
+    EXPECT_TRUE(waits(kLong));
 }
 
 // A descriptor that grants everybody what it names and nothing more, its owner included.
