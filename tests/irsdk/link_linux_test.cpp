@@ -426,7 +426,7 @@ private:
 };
 
 TEST_F(ShrinkingBlock, IsSurvivedDuringReads) {
-    constexpr int kCutsASize = 5;
+    constexpr int kCutsASize = 10;
     constexpr int kAttemptsASize = 500;
     const auto endOfFirstBuffer =
         static_cast<std::size_t>(block.descriptor(0).bufferOffset + block.snapshotLength());
