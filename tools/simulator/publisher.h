@@ -48,6 +48,9 @@ public:
     /** The messages that came in since the last call; never waits. */
     virtual std::vector<BroadcastMessage> takeMessages() = 0;
 
+    /** Whether the wish that the program end has come in by the way of the messages. */
+    virtual bool stopRequested() const { return false; }
+
 protected:
     Publisher() = default;
 };

@@ -55,6 +55,7 @@ public:
     std::string open(std::size_t bytes) override;
     void signal() override { ::SetEvent(m_event.get()); }
     std::vector<BroadcastMessage> takeMessages() override;
+    bool stopRequested() const override { return m_stopRequested; }
 
     const std::string& remark() const override { return m_remark; }
     std::span<std::byte> memory() const override { return {m_block, m_size}; }
@@ -73,6 +74,7 @@ private:
     HWND m_window = nullptr;
     UINT m_message = 0;
     std::vector<BroadcastMessage> m_messages;
+    bool m_stopRequested = false;
     std::string m_remark;
 };
 
@@ -161,6 +163,11 @@ void Win32Publisher::openWindow() {
 
 LRESULT CALLBACK Win32Publisher::receive(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     auto* self = reinterpret_cast<Win32Publisher*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (self != nullptr && message == WM_CLOSE) {
+        // The window stays until the run has ended in order.
+        self->m_stopRequested = true;
+        return 0;
+    }
     if (self == nullptr || message != self->m_message) {
         return ::DefWindowProcW(window, message, wparam, lparam);
     }

@@ -90,7 +90,7 @@ void Runner::runByClock() {
             ticksSinceStart = 0;
             continue;
         }
-        while (Clock::now() < deadline && !m_console.stopRequested()) {
+        while (Clock::now() < deadline && !stopRequested()) {
             std::this_thread::sleep_until(std::min(deadline, Clock::now() + kSlice));
         }
     }
@@ -101,7 +101,6 @@ void Runner::runInLockstep() {
         if (const std::optional<std::string> line = m_console.nextLine(kSlice)) {
             obey(*line);
         }
-        printMessages();
     }
 }
 
@@ -117,11 +116,15 @@ void Runner::publishTick() {
                 (lap.seconds ? fixedText(*lap.seconds, 4) + " s." : std::string("no time.")));
         }
     }
+}
+
+bool Runner::stopRequested() {
     printMessages();
+    return m_console.stopRequested() || m_publisher->stopRequested();
 }
 
 bool Runner::ended() {
-    if (m_quit || m_console.stopRequested()) {
+    if (m_quit || stopRequested()) {
         return true;
     }
     const World& world = m_feed.world();
@@ -177,7 +180,7 @@ void Runner::stall(double seconds) {
 void Runner::rest(double seconds) {
     const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                         std::chrono::duration<double>(seconds));
-    while (Clock::now() < end && !m_console.stopRequested()) {
+    while (Clock::now() < end && !stopRequested()) {
         std::this_thread::sleep_until(std::min(end, Clock::now() + kSlice));
     }
 }

@@ -31,6 +31,7 @@ private:
     void runByClock();
     void runInLockstep();
     void publishTick();
+    bool stopRequested();
     bool ended();
     void obey(const std::string& line);
     void step(const std::string& count);
