@@ -14,6 +14,12 @@ namespace testsupport {
  */
 class ChildProcess {
 public:
+    /** Which console it gets where programs have consoles. */
+    enum class Console {
+        Shared,  // the one of the test
+        Own,     // one for itself, through which it can be asked to end
+    };
+
     ChildProcess();
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
@@ -21,7 +27,8 @@ public:
 
     /** Starts `program` (a path) with arguments that hold no quotation marks; false when it cannot.
      */
-    [[nodiscard]] bool start(const std::string& program, const std::vector<std::string>& arguments);
+    [[nodiscard]] bool start(const std::string& program, const std::vector<std::string>& arguments,
+                             Console console = Console::Shared);
 
     [[nodiscard]] bool writeLine(const std::string& line);
 
@@ -32,6 +39,9 @@ public:
 
     /** The exit status once it has ended, within `timeOut` milliseconds; -1 for a violent end. */
     [[nodiscard]] std::optional<int> waitForExit(int timeOut);
+
+    /** Asks it to end in order, as a user of the console does; it needs one of its own. */
+    void askToEnd();
 
     /** Ends it at once, without giving it a chance to clean up, and waits for that. */
     void kill();

@@ -97,7 +97,8 @@ ChildProcess::~ChildProcess() {
     closeDescriptor(m_process->output);
 }
 
-bool ChildProcess::start(const std::string& program, const std::vector<std::string>& arguments) {
+bool ChildProcess::start(const std::string& program, const std::vector<std::string>& arguments,
+                         Console /*console*/) {
     std::array<int, 2> input{};
     std::array<int, 2> output{};
     if (pipe2(input.data(), O_CLOEXEC) != 0 || pipe2(output.data(), O_CLOEXEC) != 0) {
@@ -152,6 +153,12 @@ std::optional<int> ChildProcess::waitForExit(int timeOut) {
         std::this_thread::sleep_for(Milliseconds(1));
     }
     return m_process->exitStatus;
+}
+
+void ChildProcess::askToEnd() {
+    if (!m_process->hasEnded()) {
+        ::kill(m_process->pid, SIGTERM);
+    }
 }
 
 void ChildProcess::kill() {

@@ -40,11 +40,12 @@ std::wstring commandLine(const std::string& program, const std::vector<std::stri
  * Wine sometimes loses a process on its way to life, for no fault of the program's: that one error
  * is met with another attempt.
  */
-bool createProcess(std::wstring line, STARTUPINFOW& startup, PROCESS_INFORMATION& child) {
+bool createProcess(std::wstring line, DWORD flags, STARTUPINFOW& startup,
+                   PROCESS_INFORMATION& child) {
     constexpr int kAttempts = 5;
     constexpr DWORD kPause = 200;  // milliseconds
     for (int attempt = 1; attempt <= kAttempts; ++attempt) {
-        if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+        if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr, nullptr,
                            &startup, &child) != 0) {
             return true;
         }
@@ -120,7 +121,8 @@ ChildProcess::~ChildProcess() {
     kill();
 }
 
-bool ChildProcess::start(const std::string& program, const std::vector<std::string>& arguments) {
+bool ChildProcess::start(const std::string& program, const std::vector<std::string>& arguments,
+                         Console console) {
     HANDLE childInput = nullptr;
     HANDLE childOutput = nullptr;
     if (!makePipe(childInput, m_process->input, m_process->input) ||
@@ -134,7 +136,8 @@ bool ChildProcess::start(const std::string& program, const std::vector<std::stri
     startup.hStdOutput = childOutput;
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION child{};
-    const bool started = createProcess(commandLine(program, arguments), startup, child);
+    const DWORD flags = console == Console::Own ? CREATE_NO_WINDOW : 0;
+    const bool started = createProcess(commandLine(program, arguments), flags, startup, child);
     const DWORD error = GetLastError();
     closeHandle(childInput);
     closeHandle(childOutput);
@@ -175,6 +178,24 @@ std::optional<int> ChildProcess::waitForExit(int timeOut) {
         return std::nullopt;
     }
     return static_cast<int>(status);
+}
+
+// Ctrl-C reaches all who share the console, so it comes from a program that joins it for the moment
+// and can do without one of its own.
+void ChildProcess::askToEnd() {
+    constexpr DWORD kPatience = 60'000;  // milliseconds; only a hang takes as long
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION sender{};
+    const std::string program = siblingProgram("rataip-test-ctrl-c");
+    if (!createProcess(commandLine(program, {std::to_string(id())}), DETACHED_PROCESS, startup,
+                       sender)) {
+        std::fprintf(stderr, "ChildProcess: %s, error %lu\n", program.c_str(), GetLastError());
+        return;
+    }
+    WaitForSingleObject(sender.hProcess, kPatience);
+    CloseHandle(sender.hThread);
+    CloseHandle(sender.hProcess);
 }
 
 void ChildProcess::kill() {

@@ -29,9 +29,11 @@ protected:
     void TearDown() override { irsdk_shutdown(); }
 
     /** Starts the program and waits until it publishes; its arguments are those of `options`. */
-    static void begin(ChildProcess& program, std::vector<std::string> arguments) {
+    static void begin(ChildProcess& program, std::vector<std::string> arguments,
+                      ChildProcess::Console console = ChildProcess::Console::Shared) {
         arguments.insert(arguments.end(), {"--track", "short", "--cars", "6"});
-        ASSERT_TRUE(program.start(testsupport::siblingProgram("rataip-simulator"), arguments));
+        ASSERT_TRUE(
+            program.start(testsupport::siblingProgram("rataip-simulator"), arguments, console));
         ASSERT_EQ(lineThatBegins(program, "Publishing ").rfind("Publishing ", 0), 0U);
     }
 
@@ -162,6 +164,17 @@ TEST_F(SimulatorLink, FindsTheStatusClearedAfterAnOrderlyEnd) {
     EXPECT_EQ(program.waitForExit(kAnswerTime), 0);
     EXPECT_EQ(status(), 0);
     EXPECT_FALSE(irsdk_isConnected());
+}
+
+TEST_F(SimulatorLink, FindsTheStatusClearedAfterTheSimulatorWasAskedToEnd) {
+    ChildProcess program;
+    begin(program, {}, ChildProcess::Console::Own);
+    open();
+
+    program.askToEnd();
+
+    EXPECT_EQ(program.waitForExit(kAnswerTime), 0);
+    EXPECT_EQ(status(), 0);
 }
 
 TEST_F(SimulatorLink, ReadsTheSimulatorThatFollowsACrashedOne) {
