@@ -23,6 +23,7 @@ TEST(LinkObjects, AreAllClosedByAShutdown) {
     irsdk_shutdown();
 
     EXPECT_GT(open.simulatorMaps, before.simulatorMaps);
+    EXPECT_GT(open.handles, before.handles);
     EXPECT_EQ(OpenObjects::now(), before);
 }
 

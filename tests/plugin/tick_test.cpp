@@ -378,20 +378,6 @@ TEST_F(Silence, OfASnapshotLongerThanTheBufferIsEndedInOrderAndTheNextConnection
     EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
 }
 
-TEST_F(Silence, OfABlockThatWasCutOffIsEndedInOrder) {
-    const std::string size = std::to_string(simulator.block.bytes().size());
-    simulator.publisher.command("truncate 0");
-    for (int i = 0; i < toleratedMisses; ++i) {
-        plugin->tick();
-    }
-    EXPECT_EQ(host.heard(), QStringList());
-    plugin->tick();
-    EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
-    EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
-    // The publisher itself would fall over a missing block when it ends.
-    simulator.publisher.command("truncate " + size);
-}
-
 TEST_F(Silence, IsNotCausedByATableOutsideTheBlock) {
     simulator.publisher.poke(offsetof(irsdk_header, varHeaderOffset), -1);
     tick();

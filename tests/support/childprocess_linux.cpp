@@ -38,7 +38,7 @@ void closeDescriptor(int& descriptor) {
         argv.push_back(const_cast<char*>(argument.c_str()));
     }
     argv.push_back(nullptr);
-    execv(program.c_str(), argv.data());
+    execvp(program.c_str(), argv.data());
     constexpr int kCannotExecute = 127;
     _exit(kCannotExecute);
 }

@@ -9,7 +9,7 @@ namespace testsupport {
  * these are equal when as much is open.
  */
 struct OpenObjects {
-    int handles = 0;        // file descriptors or handles
+    int handles = 0;        // file descriptors, or handles of the simulator's named objects
     int simulatorMaps = 0;  // mappings of the simulator's named objects
 
     [[nodiscard]] static OpenObjects now();

@@ -26,7 +26,10 @@ inline ProgramRun runProgram(const QString& program, const QStringList& argument
     if (process.waitForFinished(longestRunMs) && process.exitStatus() == QProcess::NormalExit) {
         run.status = process.exitCode();
     }
-    run.out = process.readAllStandardOutput().toStdString();
-    run.err = process.readAllStandardError().toStdString();
+    const auto withPlainLineEnds = [](QByteArray text) {
+        return text.replace("\r\n", "\n").toStdString();
+    };
+    run.out = withPlainLineEnds(process.readAllStandardOutput());
+    run.err = withPlainLineEnds(process.readAllStandardError());
     return run;
 }

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -10,8 +11,11 @@ namespace {
 
 using rataip::host::LivePlugin;
 
+/** With the drive, where the build names folders of another system. */
 QString fixture(const char* name) {
-    return QStringLiteral(FIXTURE_FOLDER "/%1" FIXTURE_SUFFIX).arg(QLatin1String(name));
+    const QFileInfo file(
+        QStringLiteral(FIXTURE_FOLDER "/%1" FIXTURE_SUFFIX).arg(QLatin1String(name)));
+    return file.absoluteFilePath();
 }
 
 /** The sentence that says why the file cannot be used; a null text when it can. */
