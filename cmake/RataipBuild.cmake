@@ -15,11 +15,7 @@ if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
     set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 endif()
 
-find_package(Qt6 6.4 QUIET COMPONENTS Core Gui)
-set(RATAIP_HAVE_QT ${Qt6_FOUND})
-if(NOT RATAIP_HAVE_QT)
-    message(STATUS "No Qt 6.4 or later for this platform: only what is free of Qt is built")
-endif()
+include(RataipQt)
 
 # Carries the root of the include paths ("folder/header.h") and, where this project is built by
 # itself, the warnings that are errors. A bigger build has its own idea of warnings, and perhaps a

@@ -18,11 +18,26 @@ function(rataip_add_test)
         target_link_libraries(${ARG_NAME} PRIVATE rataip_test_support)
         list(APPEND properties RESOURCE_LOCK simulator-objects)
     endif()
+    rataip_add_cases(${ARG_NAME} PREFIX "${ARG_NAME}/" SOURCES ${ARG_SOURCES}
+        PROPERTIES ${properties})
     if(RATAIP_WINE)
-        rataip_add_wine_cases(${ARG_NAME} SOURCES ${ARG_SOURCES} PROPERTIES ${properties})
+        rataip_add_wine_case_check(${ARG_NAME} ${ARG_SOURCES})
+    endif()
+endfunction()
+
+# rataip_add_cases(<target> PREFIX <text> SOURCES <file>... [FILTER <cases>]
+#     PROPERTIES <property> <value>...)
+#
+# The test cases of a program, those of these sources or that fit the filter, under the prefix.
+function(rataip_add_cases target)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "PREFIX;FILTER" "SOURCES;PROPERTIES")
+    if(RATAIP_WINE)
+        rataip_add_wine_cases(${target} PREFIX "${ARG_PREFIX}" SOURCES ${ARG_SOURCES}
+            PROPERTIES ${ARG_PROPERTIES})
     else()
-        gtest_discover_tests(${ARG_NAME} TEST_PREFIX "${ARG_NAME}/" DISCOVERY_MODE PRE_TEST
-            DISCOVERY_TIMEOUT ${RATAIP_DISCOVERY_TIMEOUT} PROPERTIES ${properties})
+        gtest_discover_tests(${target} TEST_PREFIX "${ARG_PREFIX}" TEST_FILTER "${ARG_FILTER}"
+            DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT ${RATAIP_DISCOVERY_TIMEOUT}
+            PROPERTIES ${ARG_PROPERTIES})
     endif()
 endfunction()
 
@@ -46,12 +61,52 @@ function(rataip_add_wine_fixture)
         FIXTURES_CLEANUP wine SKIP_RETURN_CODE ${RATAIP_WINE_SKIPPED} TIMEOUT 60)
 endfunction()
 
+# Programs of Qt find its libraries and the compiler's by the path, draw without a screen, and need a
+# font for that. Wine passes no variable on that begins with "QT_", so the registry of the Wine folder
+# holds them all; wine.sh enters what stands in the file.
+function(rataip_write_wine_environment)
+    set(folders)
+    if(RATAIP_HAVE_QT)
+        set(folders "Z:$<TARGET_FILE_DIR:Qt6::Core>")
+    endif()
+    foreach(library IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+        execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${library}
+            OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
+        # A bare name comes back when the compiler has no such file.
+        if(IS_ABSOLUTE "${file}")
+            cmake_path(NORMAL_PATH file)
+            cmake_path(GET file PARENT_PATH folder)
+            list(APPEND folders "Z:${folder}")
+        endif()
+    endforeach()
+    list(REMOVE_DUPLICATES folders)
+
+    find_path(RATAIP_FONT_FOLDER DejaVuSans.ttf PATHS /usr/share/fonts
+        PATH_SUFFIXES truetype/dejavu TTF dejavu dejavu-sans-fonts
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH
+        DOC "Folder of the fonts with which Windows programs draw in Wine")
+    if(RATAIP_HAVE_QT AND NOT RATAIP_FONT_FOLDER)
+        message(WARNING "No DejaVu fonts: texts of Windows programs stay empty in Wine. Set "
+            "RATAIP_FONT_FOLDER to a folder of TrueType fonts.")
+    endif()
+
+    file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/wine/environment.reg" CONTENT
+"REGEDIT4
+
+[HKEY_CURRENT_USER\\Environment]
+\"PATH\"=\"${folders}\"
+\"QT_QPA_PLATFORM\"=\"offscreen\"
+\"QT_QPA_FONTDIR\"=\"Z:${RATAIP_FONT_FOLDER}\"
+")
+endfunction()
+
 # rataip_list_cases(<variable> <file>...): the test cases of sources as "Suite.Case".
 function(rataip_list_cases variable)
     set(name "[ \n]*([A-Za-z0-9_]+)[ \n]*")
     set(cases)
     foreach(source IN LISTS ARGN)
-        cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
+        # Under one name, also when several folders list it: Ninja takes two for two files.
+        cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}" NORMALIZE)
         set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
         file(READ "${source}" text)
         string(REGEX MATCHALL "\nTEST(_F|_P)?\\(${name},${name}\\)" macros "${text}")
@@ -63,25 +118,29 @@ function(rataip_list_cases variable)
     set(${variable} "${cases}" PARENT_SCOPE)
 endfunction()
 
-# rataip_add_wine_cases(<target> SOURCES <file>... PROPERTIES <property> <value>...)
+# rataip_add_wine_cases(<target> PREFIX <text> SOURCES <file>... PROPERTIES <property> <value>...)
 #
 # The cases' names come from the sources, since the program cannot be asked where there is no Wine. A
-# case with parameters is one test that runs it with each of them. The test "<target>/lists-its-cases"
-# holds the names to those of the program.
+# case with parameters is one test that runs it with each of them.
 function(rataip_add_wine_cases target)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;PROPERTIES")
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "PREFIX" "SOURCES;PROPERTIES")
     rataip_list_cases(cases ${ARG_SOURCES})
     set(tests)
     foreach(case IN LISTS cases)
-        add_test(NAME "${target}/${case}"
+        add_test(NAME "${ARG_PREFIX}${case}"
             COMMAND ${target} "--gtest_filter=${case}:*/${case}/*")
-        list(APPEND tests "${target}/${case}")
+        list(APPEND tests "${ARG_PREFIX}${case}")
     endforeach()
     set_tests_properties(${tests} PROPERTIES ${ARG_PROPERTIES}
         # A filter that fits no case is a success to GoogleTest.
         FAIL_REGULAR_EXPRESSION "Running 0 tests"
         FIXTURES_REQUIRED wine SKIP_RETURN_CODE ${RATAIP_WINE_SKIPPED})
+endfunction()
 
+# rataip_add_wine_case_check(<target> <file>...): the test "<target>/lists-its-cases" holds the names
+# that the sources gave to those of the program.
+function(rataip_add_wine_case_check target)
+    rataip_list_cases(cases ${ARGN})
     string(REPLACE ";" "," names "${cases}")
     add_test(NAME "${target}/lists-its-cases"
         COMMAND "${CMAKE_COMMAND}" "-DEMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR}"

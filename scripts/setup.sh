@@ -17,7 +17,7 @@ declare -A packages=(
     [fuzz]="clang libclang-rt-dev"
     [bench]="libbenchmark-dev libyaml-dev libyaml-cpp-dev"
     [windows]="g++-mingw-w64-x86-64-posix googletest"
-    [wine]="wine64"
+    [wine]="wine64 fonts-dejavu-core"
 )
 group_order=(build viewer test lint coverage fuzz bench windows wine)
 

@@ -48,6 +48,12 @@ make_folder() {
     touch "$made"
 }
 
+# What every program of the folder finds in its environment, where the build has something to say.
+set_environment() {
+    local file="$WINEPREFIX/environment.reg"
+    [[ ! -e "$file" ]] || "$wine" reg import "Z:$file"
+}
+
 case "$1" in
 start)
     # What stays behind must not hold on to the output of who called.
@@ -56,6 +62,7 @@ start)
     # Else the server ends with each program, and the next one waits until it has come up again. One
     # that runs already is as good.
     "$wineserver" --persistent="$server_patience" || true
+    set_environment
     "$wine" cmd /c exit
     ;;
 stop)

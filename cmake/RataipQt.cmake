@@ -1,0 +1,45 @@
+# Whether there is a Qt for the target platform: RATAIP_HAVE_QT. The build goes without one that is
+# merely not there. One that somebody named has to be usable, else it would be missed only when there
+# is no plugin at the end.
+
+# rataip_is_qt_named(<variable> <folder of Qt6_DIR before it was looked for>)
+function(rataip_is_qt_named variable folder)
+    set(is_named FALSE)
+    if(folder)
+        set(is_named TRUE)
+    endif()
+    set(prefixes ${CMAKE_PREFIX_PATH} ${Qt6_ROOT})
+    foreach(name IN ITEMS CMAKE_PREFIX_PATH Qt6_ROOT Qt6_DIR)
+        cmake_path(CONVERT "$ENV{${name}}" TO_CMAKE_PATH_LIST folders)
+        list(APPEND prefixes ${folders})
+    endforeach()
+    foreach(config IN LISTS Qt6_CONSIDERED_CONFIGS)
+        foreach(prefix IN LISTS prefixes)
+            cmake_path(IS_PREFIX prefix "${config}" NORMALIZE is_below)
+            if(is_below)
+                set(is_named TRUE)
+            endif()
+        endforeach()
+    endforeach()
+    set(${variable} ${is_named} PARENT_SCOPE)
+endfunction()
+
+set(folder_before "${Qt6_DIR}")
+find_package(Qt6 6.4 QUIET COMPONENTS Core Gui)
+if(NOT Qt6_FOUND)
+    rataip_is_qt_named(is_named "${folder_before}")
+    if(is_named)
+        message(NOTICE "The Qt that was named cannot be used. The next message says why; a Qt for "
+            "another platform needs QT_HOST_PATH and QT_HOST_PATH_CMAKE_DIR, too.")
+        find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
+    elseif(Qt6_CONSIDERED_CONFIGS)
+        message(WARNING "The Qt of ${Qt6_CONSIDERED_CONFIGS}, version ${Qt6_CONSIDERED_VERSIONS}, "
+            "cannot be used. ${Qt6_NOT_FOUND_MESSAGE}")
+        # Else the next run would take it for one that was named.
+        unset(Qt6_DIR CACHE)
+    endif()
+endif()
+set(RATAIP_HAVE_QT ${Qt6_FOUND})
+if(NOT RATAIP_HAVE_QT)
+    message(STATUS "No Qt 6.4 or later for this platform: only what is free of Qt is built")
+endif()
