@@ -12,6 +12,8 @@ using TLM::SDK::Lap;
 LapExporter::LapExporter(const QDir& folder, const QList<LapFormat>& formats)
     : m_folder(folder), m_formats(formats) {
     m_writer.moveToThread(&m_thread);
+    connect(&m_thread, &QThread::started, &m_writer,
+            [this] { m_end = std::make_unique<ThreadEnd>(); });
     m_thread.start();
 }
 
@@ -20,6 +22,10 @@ LapExporter::~LapExporter() {
     QMetaObject::invokeMethod(
         &m_writer, [this] { m_thread.quit(); }, Qt::QueuedConnection);
     m_thread.wait();
+    // Whoever holds the exporter may be about to leave the program.
+    if (m_end) {
+        m_end->wait();
+    }
 }
 
 void LapExporter::add(const QSharedPointer<Lap>& lap) {

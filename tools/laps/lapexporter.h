@@ -3,6 +3,7 @@
 #include "sdk/lap.h"
 #include "tools/laps/lapformat.h"
 #include "tools/laps/newfile.h"
+#include "tools/laps/threadend.h"
 
 #include <QDir>
 #include <QList>
@@ -11,6 +12,8 @@
 #include <QString>
 #include <QStringList>
 #include <QThread>
+
+#include <memory>
 
 namespace rataip::laps {
 
@@ -21,7 +24,7 @@ namespace rataip::laps {
  *
  * What cannot be written is told by failed(), and the next lap is tried like any other.
  *
- * Every lap that was added is written before the object is gone.
+ * Every lap that was added is written before the object is gone, and so is its thread.
  */
 class LapExporter : public QObject {
     Q_OBJECT
@@ -54,7 +57,8 @@ private:
     QDir m_folder;
     QList<LapFormat> m_formats;
     QThread m_thread;
-    QObject m_writer;  // lives on m_thread, so that calls queued to it run there
+    QObject m_writer;                  // lives on m_thread, so that calls queued to it run there
+    std::unique_ptr<ThreadEnd> m_end;  // of m_thread
 };
 
 }  // namespace rataip::laps
