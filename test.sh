@@ -6,6 +6,9 @@
 #   ./test.sh --stage NAME     one stage (may be given several times)
 #   ./test.sh --list           print the stages
 #
+# With RATAIP_WINDOWS_QT=FOLDER in the environment, the stage "windows" builds with the Qt for Windows
+# in that folder and runs every test as a Windows program; without, those that are free of Qt.
+#
 # With CI=true in the environment, tests that were skipped for want of Wine are a failure. Interrupted
 # (Ctrl-C, SIGTERM), it ends all that the stage has started; the exit status is then 130 or 143.
 set -euo pipefail
@@ -69,7 +72,16 @@ stage_tsan() {
 }
 
 # The programs that are free of Qt run as Windows programs; everything else is compiled for Windows.
+# Where RATAIP_WINDOWS_QT names a Qt for Windows, everything is linked and run.
 stage_windows() {
+    local qt=()
+    if [[ -n "${RATAIP_WINDOWS_QT:-}" ]]; then
+        qt=("-DCMAKE_PREFIX_PATH=$RATAIP_WINDOWS_QT" "-DQt6_DIR=$RATAIP_WINDOWS_QT/lib/cmake/Qt6"
+            "-DQT_HOST_PATH=$(qmake6 -query QT_HOST_PREFIX)"
+            "-DQT_HOST_PATH_CMAKE_DIR=$(qmake6 -query QT_HOST_LIBS)/cmake")
+    fi
+    # The folder may remember the Qt of another run.
+    cmake --preset windows-mingw -U 'Qt6*' -U 'QT_*' -U CMAKE_PREFIX_PATH "${qt[@]}"
     build_and_test windows-mingw
     local skipped
     skipped="$(grep -c '\*\*\*Skipped' build/windows-mingw/test.log || true)"
