@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <windows.h>
@@ -36,11 +37,24 @@ constexpr UINT kTimerMilliseconds = 1;
 }  // namespace
 
 // The handle of standard input cannot be waited for when it is a pipe, so a thread reads it. It
-// shares ownership of what it fills: it may still wait for input when the console is gone.
+// shares ownership of what it fills: it may still wait for input when the console is gone. Never
+// does it end beside the process, which could then be caught in the runtime of the compiler.
 class Console::Input : public std::enable_shared_from_this<Console::Input> {
 public:
     void start() {
-        std::thread([self = shared_from_this()] { self->readAll(); }).detach();
+        m_thread = std::thread([self = shared_from_this()] { self->readAll(); });
+    }
+
+    void leave() {
+        std::unique_lock lock(m_mutex);
+        m_isLeft = true;
+        const bool hasEnded = m_ended;
+        lock.unlock();
+        if (hasEnded) {
+            m_thread.join();
+        } else {
+            m_thread.detach();
+        }
     }
 
     bool ended() {
@@ -71,12 +85,20 @@ private:
         while (::ReadFile(input, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) !=
                    0 &&
                count > 0) {
-            const std::lock_guard lock(m_mutex);
-            m_pending.append(bytes.data(), count);
-            m_arrived.notify_one();
+            take({bytes.data(), count});
         }
-        const std::lock_guard lock(m_mutex);
-        m_ended = true;
+        take({});
+    }
+
+    /** What was read; nothing at the end of it. */
+    void take(std::string_view bytes) {
+        std::unique_lock lock(m_mutex);
+        if (m_isLeft) {
+            lock.unlock();
+            ::Sleep(INFINITE);
+        }
+        m_pending.append(bytes);
+        m_ended = bytes.empty();
         m_arrived.notify_one();
     }
 
@@ -84,6 +106,8 @@ private:
     std::condition_variable m_arrived;
     std::string m_pending;
     bool m_ended = false;
+    bool m_isLeft = false;
+    std::thread m_thread;
 };
 
 Console::Console(bool readsLines) : m_input(readsLines ? std::make_shared<Input>() : nullptr) {
@@ -96,6 +120,9 @@ Console::Console(bool readsLines) : m_input(readsLines ? std::make_shared<Input>
 }
 
 Console::~Console() {
+    if (m_input) {
+        m_input->leave();
+    }
     ::timeEndPeriod(kTimerMilliseconds);
     done = true;
 }

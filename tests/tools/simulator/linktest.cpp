@@ -166,6 +166,22 @@ TEST_F(SimulatorLink, FindsTheStatusClearedAfterAnOrderlyEnd) {
     EXPECT_FALSE(irsdk_isConnected());
 }
 
+// Several times, since a thread of the program comes to its end at the same moment.
+TEST_F(SimulatorLink, FindsTheStatusClearedAfterTheEndOfTheInput) {
+    constexpr int kRuns = 10;
+    for (int run = 0; run < kRuns; ++run) {
+        ChildProcess program;
+        begin(program, {"--lockstep"});
+        open();
+
+        program.closeInput();
+
+        ASSERT_EQ(program.waitForExit(kAnswerTime), 0) << run;
+        EXPECT_EQ(status(), 0) << run;
+        irsdk_shutdown();
+    }
+}
+
 TEST_F(SimulatorLink, FindsTheStatusClearedAfterTheSimulatorWasAskedToEnd) {
     ChildProcess program;
     begin(program, {}, ChildProcess::Console::Own);
