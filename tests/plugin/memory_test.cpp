@@ -171,6 +171,16 @@ protected:
         plugin->tick();
     }
 
+    /** What was too much is gone, and everything works. */
+    void expectConnectionWithoutText() {
+        host->forget();
+        hideText();
+        connectWhileRunning();
+        EXPECT_EQ(host->heard(), connecting);
+        tick();
+        EXPECT_EQ(host->lastSamples().size(), 64);
+    }
+
     /** Runs it in a child process that may take little more memory than it has; expects success. */
     template <typename Part>
     void runConfined(Part part) {
@@ -222,12 +232,7 @@ TEST_F(SmallAddressSpace, RefusesASimulatorWhoseSessionDoesNotFitUntilItDoes) {
         EXPECT_EQ(lines, tooLittle) << "once";
         EXPECT_EQ(testsupport::OpenObjects::now().simulatorMaps, 0);
 
-        host->forget();
-        hideText();
-        connectWhileRunning();
-        EXPECT_EQ(host->heard(), connecting);
-        tick();
-        EXPECT_EQ(host->lastSamples().size(), 64);
+        expectConnectionWithoutText();
     });
 }
 
@@ -248,11 +253,6 @@ TEST_F(SmallAddressSpace, EndsAConnectionWhoseSessionNoLongerFitsInOrder) {
         EXPECT_EQ(lines, tooLittle);
         EXPECT_EQ(testsupport::OpenObjects::now().simulatorMaps, 0);
 
-        host->forget();
-        hideText();
-        connectWhileRunning();
-        EXPECT_EQ(host->heard(), connecting);
-        tick();
-        EXPECT_EQ(host->lastSamples().size(), 64);
+        expectConnectionWithoutText();
     });
 }

@@ -5,8 +5,8 @@
 #include <QWidget>
 
 /**
- * The texts of a shown widget and those below it that do not fit where they stand: labels, buttons, headings,
- * cells, titles of panes, and what stands in charts. Empty when all can be read.
+ * The texts of a shown widget and those below it that do not fit where they stand: labels, buttons,
+ * headings, cells, titles of panes, and what stands in charts. Empty when all can be read.
  */
 [[nodiscard]] QStringList textsCutOff(const QWidget& root);
 
