@@ -96,7 +96,7 @@ QString makeFolder(const QString& path) {
 }
 
 QString tryFolder(const QString& path) {
-    const QString error = makeFolder(path);
+    QString error = makeFolder(path);
     if (!error.isEmpty()) {
         return error;
     }
