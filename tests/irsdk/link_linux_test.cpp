@@ -429,7 +429,7 @@ TEST_F(ShrinkingBlock, IsSurvivedDuringReads) {
     constexpr int kCutsASize = 10;
     constexpr int kAttemptsASize = 500;
     const auto endOfFirstBuffer =
-        static_cast<std::size_t>(block.descriptor(0).bufferOffset + block.snapshotLength());
+        static_cast<std::size_t>(block.descriptor(0).bufferOffset) + snapshot.size();
     ASSERT_LT(endOfFirstBuffer, block.bytes().size());
     for (const std::size_t size :
          {std::size_t{0}, sizeof(irsdk_header) - 1, kPage, endOfFirstBuffer}) {
