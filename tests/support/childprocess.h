@@ -14,10 +14,10 @@ namespace testsupport {
  */
 class ChildProcess {
 public:
-    /** Which console it gets where programs have consoles. */
+    /** Where what it says goes besides its output, and how it can be reached. */
     enum class Console {
-        Shared,  // the one of the test
-        Own,     // one for itself, through which it can be asked to end
+        Shared,  // the test's: errors go where the test's own go
+        Own,     // one for itself: errors come among the output, and it can be asked to end
     };
 
     ChildProcess();

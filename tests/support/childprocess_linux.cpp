@@ -98,7 +98,7 @@ ChildProcess::~ChildProcess() {
 }
 
 bool ChildProcess::start(const std::string& program, const std::vector<std::string>& arguments,
-                         Console /*console*/) {
+                         Console console) {
     std::array<int, 2> input{};
     std::array<int, 2> output{};
     if (pipe2(input.data(), O_CLOEXEC) != 0 || pipe2(output.data(), O_CLOEXEC) != 0) {
@@ -110,6 +110,9 @@ bool ChildProcess::start(const std::string& program, const std::vector<std::stri
     if (pid == 0) {
         dup2(input[0], STDIN_FILENO);
         dup2(output[1], STDOUT_FILENO);
+        if (console == Console::Own) {
+            dup2(output[1], STDERR_FILENO);
+        }
         become(program, arguments);
     }
     close(input[0]);

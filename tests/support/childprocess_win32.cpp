@@ -134,7 +134,7 @@ bool ChildProcess::start(const std::string& program, const std::vector<std::stri
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = childInput;
     startup.hStdOutput = childOutput;
-    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    startup.hStdError = console == Console::Own ? childOutput : GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION child{};
     const DWORD flags = console == Console::Own ? CREATE_NO_WINDOW : 0;
     const bool started = createProcess(commandLine(program, arguments), flags, startup, child);

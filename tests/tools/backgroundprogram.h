@@ -57,7 +57,10 @@ public:
     /** Ends the program without giving it a chance to tidy up. */
     void kill() { m_process.kill(); }
 
-    /** All that it has written so far, as far as one of the waits has read it. */
+    /** The system's number of the process. */
+    [[nodiscard]] int id() const { return m_process.id(); }
+
+    /** All that it has written so far, errors too, as far as one of the waits has read it. */
     [[nodiscard]] std::string output() const { return m_output.toStdString(); }
 
 private:
