@@ -2,10 +2,11 @@
 #include "tests/support/checkedsnapshot.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <semaphore>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -149,23 +150,38 @@ public:
     template <typename Action>
     explicit OnDemand(Action action)
         : m_thread([this, action]() mutable {
-              for (m_demand.acquire(); !m_over; m_demand.acquire()) {
+              while (isDemanded()) {
                   action();
               }
           }) {}
     ~OnDemand() {
-        m_over = true;
-        m_demand.release();
+        tell(Demand::End);
         m_thread.join();
     }
     OnDemand(const OnDemand&) = delete;
     OnDemand& operator=(const OnDemand&) = delete;
 
-    void demand() { m_demand.release(); }
+    void demand() { tell(Demand::Once); }
 
 private:
-    std::atomic<bool> m_over{false};
-    std::counting_semaphore<> m_demand{0};
+    enum class Demand { Nothing, Once, End };
+
+    void tell(Demand demand) {
+        const std::lock_guard lock(m_mutex);
+        m_demand = demand;
+        m_told.notify_one();
+    }
+
+    /** Waits for the next demand; false for the one to end. */
+    bool isDemanded() {
+        std::unique_lock lock(m_mutex);
+        m_told.wait(lock, [this] { return m_demand != Demand::Nothing; });
+        return std::exchange(m_demand, Demand::Nothing) == Demand::Once;
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_told;
+    Demand m_demand = Demand::Nothing;
     std::thread m_thread;
 };
 
