@@ -383,7 +383,7 @@ const char* irsdk_errorText(irsdk_Error error) {
         case irsdk_Error::BlockInvalid:
             return "the block points outside itself";
         case irsdk_Error::OutOfMemory:
-            return "there is not enough memory for what it publishes";
+            return "there is not enough memory for what the simulator publishes";
         case irsdk_Error::BufferTooSmall:
             return "a snapshot is longer than the buffer for it";
     }

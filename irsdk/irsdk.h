@@ -22,7 +22,7 @@
 /** Why the link is not open, or what kept an open link from handing something out. */
 enum class irsdk_Error : std::int32_t {
     None,           // nothing went wrong; a look that found nothing new counts as well
-    NoBlock,        // no simulator has published a block; what is under its name is none
+    NoBlock,        // no simulator has published a block, or something else has its name
     ForeignBlock,   // the block belongs to another user and is not trusted
     BlockTooSmall,  // the block cannot even hold its header
     BlockTooLarge,  // the block is far larger than any that a simulator publishes

@@ -43,14 +43,22 @@ public:
     /**
      * Never waits, since any user may put any kind of file under the name: opening a pipe would
      * wait for its writer, and a file under a lease for its holder. What is no regular object
-     * counts as absent.
+     * counts as absent. Its kind is looked at before it is opened, which would do something to a
+     * pipe or a device, and again after, since it may be another one by then.
      */
     [[nodiscard]] irsdk_Error open(const char* name, irsdk_Error absent, irsdk_Error foreign) {
+        struct stat state {};
+        m_descriptor = shm_open(name, O_PATH, 0);
+        const bool isOther =
+            m_descriptor >= 0 && fstat(m_descriptor, &state) == 0 && !S_ISREG(state.st_mode);
+        close();
+        if (isOther) {
+            return absent;
+        }
         m_descriptor = shm_open(name, O_RDONLY | O_NONBLOCK | O_NOCTTY, 0);
         if (m_descriptor < 0) {
             return reasonOf(errno, absent, foreign);
         }
-        struct stat state {};
         const irsdk_Error error = fstat(m_descriptor, &state) != 0 ? irsdk_Error::OpenFailed
                                   : !S_ISREG(state.st_mode)        ? absent
                                   : state.st_uid != geteuid()      ? foreign
@@ -86,9 +94,6 @@ private:
     static irsdk_Error reasonOf(int error, irsdk_Error absent, irsdk_Error foreign) {
         switch (error) {
             case ENOENT:
-            case ELOOP:        // a symbolic link
-            case ENXIO:        // a socket, or a device that nothing drives
-            case ENODEV:       // the same
             case EWOULDBLOCK:  // somebody holds a lease on it
                 return absent;
             case EACCES:

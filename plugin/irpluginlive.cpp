@@ -2,6 +2,8 @@
 
 #include "irsdk/allocation.h"
 
+#include <QLoggingCategory>
+
 #include <chrono>
 #include <memory>
 
@@ -9,10 +11,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+Q_LOGGING_CATEGORY(pluginLog, "rataip.plugin")
+
 constexpr int tickWaitMilliseconds = 20;
 constexpr int connectWaitMilliseconds = 200;
 constexpr std::chrono::milliseconds tickInterval(10);
-constexpr int noSessionInfoSeen = -1;
 
 }  // namespace
 
@@ -28,8 +31,10 @@ ConnectionGuard iRPluginLive::guardConnection() const {
 
 void iRPluginLive::initialize() {
     const ConnectionGuard guard = guardConnection();
-    if (!irsdk::hasMemoryTo([&] { setUp(guard); }) && !guard.isDeleted()) {
-        logFailure(irsdk_Error::OutOfMemory);
+    if (!irsdk::hasMemoryTo([&] { setUp(guard); })) {
+        static_cast<void>(irsdk::hasMemoryTo([] {
+            qCWarning(pluginLog, "The plugin cannot be set up: there is not enough memory");
+        }));
     }
 }
 
@@ -40,11 +45,8 @@ void iRPluginLive::setUp(const ConnectionGuard& guard) {
     }
     tickWaitMs = tickWaitMilliseconds;
     connectWaitMs = connectWaitMilliseconds;
-    dataBuffer.clear();
-    if (!reader) {
-        reader.emplace();
-    }
-    reader->initialize();
+    giveBuffersBack();
+    readerInUse().initialize();
     lastSessionInfoUpdate = noSessionInfoSeen;
     pluginInfo.setPluginName(pluginName());
     pluginInfo.setSourceName(sourceName());

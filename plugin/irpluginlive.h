@@ -85,6 +85,7 @@ private:
     [[nodiscard]] Failure awaitFreshData();
     [[nodiscard]] irsdk_Error makeRoomForSnapshots();
     [[nodiscard]] bool resizeDataBuffer(int length);
+    void giveBuffersBack();
     [[nodiscard]] int dataBufferLength() const;
     [[nodiscard]] Failure readSession();
     void startConnection();
@@ -95,6 +96,8 @@ private:
     void giveMemoryBack();
     void endForWantOfMemory();
     void logFailure(irsdk_Error error);
+    [[nodiscard]] bool noteFailure(irsdk_Error error);
+    iRTelemetryReader& readerInUse();
 
     void takeTick(const ConnectionGuard& guard);
     void reportSimulatorDown(const ConnectionGuard& guard);
@@ -103,12 +106,14 @@ private:
     [[nodiscard]] bool deliver(const ConnectionGuard& guard);
     void handOverLap(int car);
 
+    static constexpr int noSessionInfoSeen = -1;
+
     // From initialize() on, but for the time from a want of memory to the next connection.
     std::optional<iRTelemetryReader> reader;
     QTimer* timer = nullptr;  // a child of this object
     int tickWaitMs = 0;
     int connectWaitMs = 0;
-    int lastSessionInfoUpdate = -1;
+    int lastSessionInfoUpdate = noSessionInfoSeen;
     std::vector<char> dataBuffer;
 
     // Work space of a tick, kept so that a tick takes no memory.
@@ -120,6 +125,6 @@ private:
     quint64 connectionNumber = 0;  // another one after each connection and each disconnection
     bool isTicking = false;
     bool refusesConnections = false;
-    irsdk_Error loggedError = irsdk_Error::None;  // of the log's last line since a connection
+    irsdk_Error loggedError = irsdk_Error::None;  // of the last line, until it is over
     const QPointer<QObject> self{this};           // what guards are copied from
 };

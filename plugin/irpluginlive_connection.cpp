@@ -16,6 +16,12 @@ bool isWorthALine(irsdk_Error error) {
            error != irsdk_Error::NoEvent;
 }
 
+/** Not by a stream: that writes in its destructor, out of which no exception can come. */
+void writeFailure(irsdk_Error error) {
+    static_cast<void>(irsdk::hasMemoryTo(
+        [error] { qCWarning(linkLog, "No data from the simulator: %s", irsdk_errorText(error)); }));
+}
+
 }  // namespace
 
 void iRPluginLive::connectToSource() {
@@ -50,6 +56,10 @@ iRPluginLive::Failure iRPluginLive::awaitFreshData() {
     irsdk_Error error = makeRoomForSnapshots();
     if (error == irsdk_Error::None) {
         if (irsdk_waitForDataReady(connectWaitMs, dataBuffer.data(), dataBufferLength())) {
+            // A want of memory is over only when all of a connection has found room.
+            if (loggedError != irsdk_Error::OutOfMemory) {
+                loggedError = irsdk_Error::None;
+            }
             return std::nullopt;
         }
         error = irsdk_lastError();
@@ -73,12 +83,21 @@ bool iRPluginLive::resizeDataBuffer(int length) {
     if (length == dataBufferLength()) {
         return true;
     }
-    dataBuffer.clear();
+    giveBuffersBack();
     const auto bytes = static_cast<std::size_t>(length);
-    return irsdk::hasMemoryTo([this, bytes] {
+    const bool hadMemory = irsdk::hasMemoryTo([this, bytes] {
         snapshot.reserve(bytes);
         dataBuffer.assign(bytes, '\0');
     });
+    if (!hadMemory) {
+        giveBuffersBack();
+    }
+    return hadMemory;
+}
+
+void iRPluginLive::giveBuffersBack() {
+    dataBuffer = std::vector<char>();
+    snapshot = std::vector<char>();
 }
 
 int iRPluginLive::dataBufferLength() const {
@@ -88,12 +107,10 @@ int iRPluginLive::dataBufferLength() const {
 /** After a failure the link is closed. */
 iRPluginLive::Failure iRPluginLive::readSession() {
     const bool hadMemory = irsdk::hasMemoryTo([this] {
-        if (!reader) {
-            reader.emplace();
-        }
+        iRTelemetryReader& current = readerInUse();
         int update = 0;
         if (irsdk_copySessionInfoStr(sessionInfo, update)) {
-            reader->setYaml(sessionInfo.c_str());
+            current.setYaml(sessionInfo.c_str());
         }
     });
     if (hadMemory && irsdk_lastError() != irsdk_Error::OutOfMemory) {
@@ -190,28 +207,39 @@ void iRPluginLive::checkConnectionAvailability() {
  */
 void iRPluginLive::giveMemoryBack() {
     reader.reset();
-    sampleLists.forgetRecords();
+    lastSessionInfoUpdate = noSessionInfoSeen;
+    sampleLists = SampleLists();
     sessionInfo = std::string();
     varHeaders = std::vector<irsdk_varHeader>();
+    giveBuffersBack();
+}
+
+iRTelemetryReader& iRPluginLive::readerInUse() {
+    return reader ? *reader : reader.emplace();
 }
 
 void iRPluginLive::endForWantOfMemory() {
+    const bool isNews = noteFailure(irsdk_Error::OutOfMemory);
     giveMemoryBack();
-    const ConnectionGuard guard = guardConnection();
-    logFailure(irsdk_Error::OutOfMemory);
-    if (guard.isSameConnection()) {
-        disconnectFromSource();
+    disconnectFromSource();
+    // By now a slot may have deleted this object.
+    if (isNews) {
+        writeFailure(irsdk_Error::OutOfMemory);
     }
 }
 
-/** The last thing that a caller does before it looks at its guard: the log's handler is a host's.
- */
+/** A caller looks at its guard afterwards: the log's handler is the host's. */
 void iRPluginLive::logFailure(irsdk_Error error) {
-    if (!isWorthALine(error) || error == loggedError) {
-        return;
+    if (noteFailure(error)) {
+        writeFailure(error);
     }
-    loggedError = error;
-    // Not by a stream: that writes in its destructor, out of which no exception can come.
-    static_cast<void>(irsdk::hasMemoryTo(
-        [error] { qCWarning(linkLog, "No data from the simulator: %s", irsdk_errorText(error)); }));
+}
+
+/** Whether the reason is to be logged: once, however often it is met. */
+bool iRPluginLive::noteFailure(irsdk_Error error) {
+    const bool isNews = isWorthALine(error) && error != loggedError;
+    if (isNews) {
+        loggedError = error;
+    }
+    return isNews;
 }

@@ -53,12 +53,6 @@ void SampleLists::fillAnew(Entry& entry, const iRTelemetryReader& reader) {
     entry.recordsRevision = reader.recordsRevision().value_or(0);
 }
 
-void SampleLists::forgetRecords() {
-    for (Entry& entry : m_lists) {
-        entry.recordsRevision = 0;
-    }
-}
-
 void SampleLists::release() {
     for (Entry& entry : m_lists) {
         if (entry.hasValues && isHeldAlone(entry.samples)) {

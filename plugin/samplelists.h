@@ -20,9 +20,6 @@ public:
     /** A list of the reader's samples that nobody else holds, good until the next call. */
     const QList<TLM::SDK::Sample>& fill(const iRTelemetryReader& reader);
 
-    /** For another reader: what is known of the car records in the lists was the former one's. */
-    void forgetRecords();
-
     /** Takes the values out of the lists that nobody else holds. */
     void release();
 

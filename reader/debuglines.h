@@ -9,7 +9,7 @@ namespace reader {
  *
  * The log's handler is the host's and may do whatever a slot of the host may: run an event loop,
  * disconnect or delete the plugin. So lines are kept while anything is half done, and whoever calls
- * this MUST have finished and own the lines itself.
+ * this MUST have finished and MUST own the lines itself.
  */
 void writeDebugLines(const QStringList& lines);
 

@@ -57,10 +57,10 @@ void TStringTree::clear() {
             node = node->m_subs.last().get();
             continue;
         }
-        // A child for which there was no memory has a name alone.
         if (node->m_subs.isEmpty()) {
             node = node->m_parent;
         }
+        // The last one is empty by now, or has a name alone because there was no memory for it.
         node->m_subs.removeLast();
         node->noteChange();
     }
@@ -105,7 +105,6 @@ TStringTree* TStringTree::addSub(QStringView key) {
     const TStringTree* const elder = m_subs.isEmpty() ? nullptr : m_subs.last().get();
     std::unique_ptr<TStringTree>& child =
         m_subs.findOrAdd(key, m_elder == nullptr ? nullptr : &m_elder->m_subs).entry;
-    // Not asked whether it is new: one for which there was no memory has a name alone.
     if (child == nullptr) {
         child = std::make_unique<TStringTree>(this);
         child->m_elder = elder;

@@ -96,7 +96,9 @@ TEST_F(PromisesBefore, NoCarIsKnownForTheOwnOneBeforeASessionNamesTheDrivers) {
 }
 
 TEST_F(Promises, ASampleNamesItsSlotAndSaysWhetherItIsTheOwnCarsAndNothingElse) {
-    simulator.rewriteSession({.drivers = {{ownCar, "Own"}, {fastCar, "Fast"}, {63, "Last"}}});
+    StagedSession session;
+    session.drivers = {{ownCar, "Own"}, {fastCar, "Fast"}, {63, "Last"}};
+    simulator.rewriteSession(session);
     tick();
     const QList<CarInfo> cars = host.lastCarList().cars;
     const QList<Sample> samples = host.lastSamples();

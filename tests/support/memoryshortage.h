@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 
 namespace testsupport {
 
@@ -17,6 +18,9 @@ public:
         Everything  // there is none any more
     };
 
+    /** The piece that never comes: nothing is wanting, and pieces are counted. */
+    static constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+
     MemoryShortage(Kind kind, std::size_t firstPiece);
     ~MemoryShortage();
     MemoryShortage(const MemoryShortage&) = delete;
@@ -29,8 +33,8 @@ public:
         count(false);
     }
 
-    /** Whether so many pieces were asked for. */
-    [[nodiscard]] bool hasCome() const;
+    /** The pieces that were asked for so far. */
+    [[nodiscard]] std::size_t pieces() const;
 
 private:
     static void count(bool on);

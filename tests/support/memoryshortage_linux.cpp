@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kNever = testsupport::MemoryShortage::kNever;
 
 std::size_t firstRefused = kNever;
 std::size_t lastRefused = kNever;
@@ -48,8 +48,8 @@ MemoryShortage::~MemoryShortage() {
     firstRefused = kNever;
 }
 
-bool MemoryShortage::hasCome() const {
-    return asked >= firstRefused;
+std::size_t MemoryShortage::pieces() const {
+    return asked;
 }
 
 void MemoryShortage::count(bool on) {
