@@ -131,8 +131,10 @@ protected:
     StagedSession joined;
     std::unique_ptr<iRPluginLive> plugin;
     std::unique_ptr<FrugalHost> host;
-    // A handler may do what it likes, and a tick is what it does most harm with.
-    HostLog log{[this](const QString&) { plugin->tick(); }};
+    HostLog log{[this](const QString&) {
+        host->isInOrder = host->isInOrder && !plugin->isConnected();
+        plugin->tick();
+    }};
 };
 
 }  // namespace
