@@ -218,7 +218,8 @@ TEST_F(SimulatorLink, LeavesTheObjectsToTheSimulatorThatCameFirst) {
     ChildProcess second;
     ASSERT_TRUE(second.start(testsupport::siblingProgram("rataip-simulator"), {"--lockstep"}));
 
-    EXPECT_EQ(second.waitForExit(kAnswerTime), 1);
+    constexpr int kCouldNotStart = 2;
+    EXPECT_EQ(second.waitForExit(kAnswerTime), kCouldNotStart);
     open();
     makeRoom();
     step(first);

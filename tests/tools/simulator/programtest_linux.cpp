@@ -412,6 +412,7 @@ TEST(SimulatorProgram, KeepsPaceWithTheClock) {
     SimulatorProcess process({"--track", "short", "--cars", "3", "--speed", "4"});
     begin(process);
     const MappedBlock block;
+    ASSERT_TRUE(goesOn(block)) << "the block is there before its first tick";
     constexpr double kPace = 240.0;
     constexpr double kTolerance = 0.1 * kPace;
     constexpr int kAttempts = 60;  // a busy machine may stop either program in some of the seconds
