@@ -1,4 +1,5 @@
 #include "tests/tools/laps/samplelap.h"
+#include "tests/tools/laps/slowtogo.h"
 #include "tools/laps/lapexporter.h"
 
 #include <QDir>
@@ -6,25 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
-#include <thread>
-
 namespace {
 
 using rataip::laps::LapExporter;
 using rataip::laps::LapFormat;
-
-std::atomic<bool> isTidy = false;
-
-/** What a format leaves to the end of its thread. */
-struct SlowToGo {
-    ~SlowToGo() {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        isTidy = true;
-    }
-    bool isThere = false;
-};
 
 TEST(LapExporter, IsNotGoneBeforeItsThreadHasTidiedUp) {
     const QTemporaryDir folder;
@@ -37,7 +23,7 @@ TEST(LapExporter, IsNotGoneBeforeItsThreadHasTidiedUp) {
         LapExporter exporter(QDir(folder.path()), {format});
         exporter.add(ownLap());
     }
-    EXPECT_TRUE(isTidy);
+    EXPECT_TRUE(SlowToGo::isTidy);
 }
 
 }  // namespace

@@ -1,26 +1,15 @@
+#include "tests/tools/laps/slowtogo.h"
 #include "tools/laps/threadend.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <thread>
 
 namespace {
 
 using rataip::laps::ThreadEnd;
-
-std::atomic<bool> isTidy = false;
-
-/** What the thread has to tidy up behind its function. */
-struct SlowToGo {
-    ~SlowToGo() {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        isTidy = true;
-    }
-    bool isThere = false;
-};
 
 TEST(ThreadEnd, IsWaitedForUntilTheThreadHasTidiedUp) {
     std::atomic<bool> isOver = false;
@@ -36,7 +25,7 @@ TEST(ThreadEnd, IsWaitedForUntilTheThreadHasTidiedUp) {
     }
     end->wait();
 
-    EXPECT_TRUE(isTidy);
+    EXPECT_TRUE(SlowToGo::isTidy);
 }
 
 }  // namespace
