@@ -33,9 +33,9 @@ public:
     };
 
     /**
-     * The entry under `name`; a default one is added when there is none. A list that had no memory
-     * for it can be destroyed and nothing else. `model` is a list whose
+     * The entry under `name`; a default one is added when there is none. `model` is a list whose
      * names are likely to be the same in the same order: a new entry shares the text of its name.
+     * A list that had no memory for an entry can be destroyed and nothing else.
      */
     Found findOrAdd(QStringView name, const NamedList* model = nullptr) {
         if (m_next >= m_items.size()) {
