@@ -211,7 +211,7 @@ public:
     void report(Report& report) {
         report.add(
             "the same, host keeps every list: to a plain copy of the maps",
-            m_contest.ratio("fast", "copy"), atMost(1.2),
+            m_contest.ratio("fast", "copy"), atMost(1.6),
             timeText(m_contest.seconds("fast")) + " : " + timeText(m_contest.seconds("copy")));
     }
 

@@ -50,8 +50,8 @@ void iRPluginLive::setUp(const ConnectionGuard& guard) {
     lastSessionInfoUpdate = noSessionInfoSeen;
     pluginInfo.setPluginName(pluginName());
     pluginInfo.setSourceName(sourceName());
-    pluginInfo.cars.resize(iRTelemetryReader::simulatorCars);
-    for (int i = 0; i < iRTelemetryReader::simulatorCars; ++i) {
+    pluginInfo.cars.resize(iRTelemetryReader::kSimulatorCars);
+    for (int i = 0; i < iRTelemetryReader::kSimulatorCars; ++i) {
         pluginInfo.cars[i].setCarId(QString::number(i));
     }
     createTimer();

@@ -1,6 +1,5 @@
 #include "irsdk/allocation.h"
 #include "plugin/irpluginlive.h"
-#include "reader/debuglines.h"
 
 #include <QLoggingCategory>
 

@@ -95,7 +95,7 @@ void iRPluginLive::refreshSessionInfo(const irsdk_header& header) {
 
 bool iRPluginLive::deliver(const ConnectionGuard& guard) {
     const QList<Sample>& samples = sampleLists.fill(*reader);
-    for (int car = 0; car < iRTelemetryReader::simulatorCars; ++car) {
+    for (int car = 0; car < iRTelemetryReader::kSimulatorCars; ++car) {
         if (reader->isLapReady(car)) {
             handOverLap(car);
             if (!guard.isSameConnection()) {

@@ -1,6 +1,6 @@
 #include "plugin/samplelists.h"
 
-#include "reader/heldalone.h"
+#include "reader/unshared.h"
 
 using TLM::SDK::Sample;
 
@@ -22,7 +22,7 @@ const QList<Sample>& SampleLists::fill(const iRTelemetryReader& reader) {
 
 SampleLists::Entry* SampleLists::findFree() {
     for (Entry& entry : m_lists) {
-        if (entry.samples.isEmpty() || isHeldAlone(entry.samples)) {
+        if (entry.samples.isEmpty() || reader::isUnshared(entry.samples)) {
             return &entry;
         }
     }
@@ -55,7 +55,7 @@ void SampleLists::fillAnew(Entry& entry, const iRTelemetryReader& reader) {
 
 void SampleLists::release() {
     for (Entry& entry : m_lists) {
-        if (entry.hasValues && isHeldAlone(entry.samples)) {
+        if (entry.hasValues && reader::isUnshared(entry.samples)) {
             for (Sample& sample : entry.samples) {
                 sample.data() = {};
             }

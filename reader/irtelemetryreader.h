@@ -1,13 +1,10 @@
 #pragma once
 
 #include "irsdk/layout.h"
-#include "reader/lapfacts.h"
-#include "reader/lapfactsmemory.h"
+#include "reader/lapcourse.h"
 #include "reader/recordercar.h"
-#include "reader/resultstable.h"
-#include "reader/samplegenerations.h"
 #include "reader/samplingplan.h"
-#include "reader/sessionkind.h"
+#include "reader/sessiondigest.h"
 #include "sdk/lap.h"
 #include "sdk/sample.h"
 #include "yaml/tyamltree.h"
@@ -19,7 +16,8 @@
 #include <QUuid>
 
 #include <optional>
-#include <vector>
+
+namespace reader {
 
 /**
  * Turns the simulator's snapshots into samples of every car and into laps.
@@ -42,7 +40,7 @@
 class iRTelemetryReader : public TYamlTree {
 public:
     /** Cars that a simulator numbers, from 0 on: the slots of a reader unless it is resized. */
-    static constexpr int simulatorCars = 64;
+    static constexpr int kSimulatorCars = 64;
 
     iRTelemetryReader();
     ~iRTelemetryReader() override;
@@ -119,7 +117,7 @@ public:
     [[nodiscard]] bool isSessionRestarted() const;
 
     /**
-     * Rolls every car's state over to a new tick and starts the lap behind a closed one. So is the
+     * Rolls every car's state over to a new tick and starts the lap after a closed one. So is the
      * session's identity: a change that was learnt in the tick before counts as old from here on.
      */
     void prepareTick();
@@ -177,69 +175,48 @@ public:
     void processMyLap(bool completed);
 
 private:
-    /** Where a car is. In its stall it may be on pit road too. */
-    struct Place {
-        bool inPitStall = false;
-        bool onPitRoad = false;
-        bool onTrack = false;
-    };
-
     [[nodiscard]] bool hasOwnCarSlot() const;
-    [[nodiscard]] bool isReplay() const;
-    [[nodiscard]] bool isLive() const;
+    [[nodiscard]] int ownSessionNumber() const;
 
-    void settleReplay();
-    void updateOwnCarIndex();
-    bool updateDrivers();
-    bool updateDriver(int index, const TStringTree& drivers);
+    void settleFeed();
+    bool updateDriver(int index);
     [[nodiscard]] bool hasStatusChanged() const;
+    [[nodiscard]] bool isAnySampleHandedOut() const;
 
     void fillVariableTable(const irsdk_varHeader* vars, qsizetype count);
     void resolveSamplingPlan(const irsdk_varHeader* vars, qsizetype count, qint64 dataLength);
     void distributeSessionClock();
 
-    [[nodiscard]] LapFactsMemory::Origin originOfLapFacts() const;
-    [[nodiscard]] LapFacts collectLapFacts(int carIdx) const;
-    void addWeekend(LapFacts& facts, const TStringTree& weekend) const;
-    void addDriverInfo(LapFacts& facts, const TStringTree& driverInfo, int carIdx) const;
-    [[nodiscard]] std::optional<QString> ownSessionType() const;
-
-    [[nodiscard]] int ownSessionNumber() const;
-    void processCar(int index, int sessionNumber, bool sessionChanged);
-    [[nodiscard]] Place readOwnCar(RecorderCar& car) const;
-    [[nodiscard]] Place readOtherCar(int index) const;
-    [[nodiscard]] const QVariant* known(int index, KnownValue value) const;
-    void readPosition(int index);
-    [[nodiscard]] bool isStandingBySpeed(int index) const;
-    void settleSessionType(RecorderSample& current, int sessionNumber);
-    void recordSample(int index);
-    void followCourse(int index, LapCourse& course, const TLM::SDK::Lap& lap) const;
-
-    [[nodiscard]] double trackKilometres() const;
-    [[nodiscard]] bool needsCourse(int car) const;
-    void deriveChannels(int car);
-    void addTimeAndDistance(RecorderCar& car);
-
     void endLap(int index, bool completed);
+    void deriveChannels(int car, LapCourse course);
     [[nodiscard]] QStringList takeDebugLines();
 
-    qint32 m_replay = -1;  // -1 not yet known, 0 live, 1 replay
+    Feed m_replay = Feed::Unknown;
     QStringList m_varNames;
     QStringList m_varUnits;
     QList<RecorderCar> m_cars;
-    std::optional<quint64> m_carListRevision;  // of the tree that the car list was made from
-    bool m_sampleHandedOut = false;            // of any car
-    quint64 m_recordsRevision = 1;
-    double m_trackKilometres = 0.0;  // as of the last session text
-    ResultsTable m_results;
-    SessionKind m_sessionKind;
-    LapFactsMemory m_lapFacts;
-    SamplingPlan m_plan;
-    std::vector<SampleGenerations> m_generations;  // of each slot's sample
     qint32 m_myCarIdx = -1;
     bool m_reserved = false;  // cleared with the rest; nothing reads it
     bool m_diskLoading = false;
     quint64 m_sessionNum = 0;
     quint64 m_lastSessionNum = 0;
+
+    SessionDigest m_digest{*this};
+    quint64 m_carListRevision = 0;  // of the digest that the car list was made from
+    quint64 m_recordsRevision = 1;
+    SamplingPlan m_plan;
     QStringList m_debugLines;  // to be written when nothing is half done any more
 };
+
+/**
+ * Writes lines to the debug log of the default category, in their order.
+ *
+ * The log's handler is the host's and may do whatever a slot of the host may: run an event loop,
+ * disconnect or delete the plugin. So lines are kept while anything is half done, and whoever calls
+ * this MUST have finished and MUST own the lines itself.
+ */
+void writeDebugLines(const QStringList& lines);
+
+}  // namespace reader
+
+using reader::iRTelemetryReader;

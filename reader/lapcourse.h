@@ -4,47 +4,30 @@
 #include <QStringList>
 #include <QtGlobal>
 
-#include <array>
-#include <cstddef>
+namespace reader {
 
 /**
  * The course of a lap: what follows from the clock and the place of its samples.
  *
- * It is derived while the lap is recorded, a few samples at a time. At a session's end 64 laps are
- * closed in one tick, and to read and write thousands of numbers of each then would take longer
- * than all the rest.
+ * It is derived while the lap is recorded. At a session's end 64 laps are closed in one tick, and
+ * to read and write thousands of numbers of each then would take twice as long as all the rest.
  *
- * Nothing is checked: a clock that stands still gives speeds that are infinite or not a number.
+ * Nothing is checked: a clock that stands still gives speeds that are infinite or NaN.
  */
 class LapCourse {
 public:
-    LapCourse() = default;
+    /** An empty course over a track of this length, of so many samples at most: a hint. */
+    explicit LapCourse(double kilometres = 0.0, qsizetype expectedSamples = 0);
 
-    /** An empty course over a track of this length. */
-    explicit LapCourse(double kilometres) : m_kilometres(kilometres) {}
-
-    /**
-     * How many samples there may come to be; a hint. Room is taken for 20 minutes at most: after a
-     * lap during which a car stood for hours the next one is hardly as long.
-     */
-    void expect(qsizetype samples);
-
-    /** The track's length. When it changes on the way the course is spoiled. */
-    void setTrack(double kilometres);
-
-    /** The next sample: its time in seconds and the part of the lap that lies behind it. */
+    /** The next sample: its time in seconds and its place as a part of the lap. */
     void add(double clock, double fraction);
 
-    /** The course is not that of the lap's samples any more. */
-    void spoil();
-
-    /** Back to no sample. */
-    void clear();
-
-    /** Whether this is the course of all of a lap's `samples` samples over such a track. */
+    /** Whether this is the course of a lap of so many samples over such a track. */
     [[nodiscard]] bool isOf(qsizetype samples, double kilometres) const;
 
-    /** Gives the last sample its entries. Nothing may be added behind. */
+    [[nodiscard]] double kilometres() const { return m_kilometres; }
+
+    /** Gives the last sample its entries. Nothing may be added after it. */
     void complete();
 
     /**
@@ -60,36 +43,24 @@ public:
     [[nodiscard]] const QList<double>& speed() const { return m_speed; }        // to the next one
 
 private:
-    struct Place {
-        double clock;
-        double fraction;
-    };
-
-    // Samples that are derived together.
-    static constexpr qsizetype blockSize = 16;
-
-    void deriveKept();
-    void derive(const Place& place);
     void appendEntries(double step, double speed);
 
-    std::array<Place, blockSize> m_kept{};
-    qsizetype m_keptCount = 0;
-    qsizetype m_size = 0;  // with the kept ones
-    qsizetype m_expectedSamples = 0;
-    double m_kilometres = 0.0;
-    bool m_isSpoiled = false;
+    double m_kilometres;
+    qsizetype m_expectedSamples;
+    qsizetype m_size = 0;
 
-    // The last sample derived.
-    bool m_hasBegun = false;
+    // The last sample.
     double m_clock = 0.0;
     double m_here = 0.0;
     double m_elapsed = 0.0;
     double m_lastStep = 0.0;
     double m_lastSpeed = 0.0;
-    bool m_hasSteepRise = false;  // without which there is no spike
 
+    bool m_hasSteepRise = false;  // of the speed: only then is there a spike
     QList<double> m_timeSteps;
     QList<double> m_time;
     QList<double> m_distance;
     QList<double> m_speed;
 };
+
+}  // namespace reader

@@ -2,6 +2,7 @@
 
 #include <QVariant>
 
+#include <cmath>
 #include <limits>
 
 /**
@@ -58,4 +59,17 @@ namespace reader {
     return counter == std::numeric_limits<int>::max() ? counter : counter + 1;
 }
 
+/** Whether a fuel density, in kilograms a litre, is neither zero nor NaN. */
+[[nodiscard]] inline bool isDensity(double density) {
+    constexpr double kZeroDensity = 1e-12;
+    return std::fabs(density) > kZeroDensity;
+}
+
+/** Whether a lap time, in seconds, is zero. */
+[[nodiscard]] inline bool isZeroLapTime(float seconds) {
+    constexpr float kZeroLapTimeSeconds = 1e-5F;
+    return std::fabs(seconds) <= kZeroLapTimeSeconds;
+}
+
 }  // namespace reader
+

@@ -1,27 +1,25 @@
 #include "reader/recordercar.h"
 
-#include "reader/zeroreadings.h"
-#include "sdk/shared.h"
+#include "reader/numbers.h"
 #include "sdk/utilities.h"
 
-#include <algorithm>
-
 using TLM::SDK::CarStatus;
-using TLM::SDK::Lap;
 using TLM::SDK::Session;
+
+namespace reader {
 
 namespace {
 
 // Cars further round the lap than this stand on the grid before a race, not on an out lap.
-constexpr double gridLapDistance = 0.65;
+constexpr double kGridLapDistance = 0.65;
 
-// A pit exit beyond this lies before the line: the out lap begins behind it.
-constexpr double pitExitBeforeLineLapDistance = 0.8;
+// A pit exit beyond this lies before the line: the out lap begins after it.
+constexpr double kPitExitBeforeLineLapDistance = 0.8;
 
 // A running lap time that falls by more than this has begun anew; less is a correction of it.
-constexpr float lapTimeFallSeconds = 5.0F;
+constexpr float kLapTimeFallSeconds = 5.0F;
 
-constexpr qint32 sessionStateRacing = 4;
+constexpr qint32 kSessionStateRacing = 4;
 
 bool isOffTrack(CarStatus status) {
     return status == CarStatus::Undefined || status == CarStatus::NotInWorld ||
@@ -35,28 +33,6 @@ bool startsOutLap(CarStatus previous) {
 
 }  // namespace
 
-RecorderCar::RecorderCar()
-    : lap(TLM::SDK::makeShared<Lap>()), nextLap(TLM::SDK::makeShared<Lap>()) {}
-
-void RecorderCar::expectSamples(qsizetype count) {
-    m_expectedSamples = count;
-    lap->reserve(count);
-    course.expect(count);
-    nextLap->reserve(count);
-    nextCourse.expect(count);
-}
-
-void RecorderCar::expectSamplesLike(const Lap& ended) {
-    const qsizetype samples = ended.size();
-    // An eighth to spare for a slower lap; a lap that broke off early says little about the next,
-    // and one that never began nothing.
-    if (samples > 0) {
-        m_expectedSamples = std::max(samples + samples / 8, m_expectedSamples / 2);
-        nextLap->reserve(m_expectedSamples);
-        nextCourse.expect(m_expectedSamples);
-    }
-}
-
 void RecorderCar::startStint() {
     current.stintId = QUuid::createUuid();
     current.stintInSession += 1;
@@ -65,30 +41,23 @@ void RecorderCar::startStint() {
 
 void RecorderCar::startLap() {
     sample.clear();
-    ++sampleRevision;
     lap = nextLap;
-    course = nextCourse;
-    nextLap = TLM::SDK::makeShared<Lap>();
-    nextLap->reserve(m_expectedSamples);
-    nextCourse = {};
-    nextCourse.expect(m_expectedSamples);
+    nextLap = LapRecorder(lap.expectedSamples());
     current.lapInStint += 1;
     lapReady = false;
-    lap->setLapInSession(current.lap);
+    lap.header().setLapInSession(current.lap);
     current.lapId = QUuid::createUuid();
-    lap->setLapInStint(current.lapInStint);
+    lap.header().setLapInStint(current.lapInStint);
 }
 
 void RecorderCar::closeLap() {
     lapReady = true;
-    lap->completeChannels();
-    expectSamplesLike(*lap);
+    nextLap.expect(lap.expectedOfNext());
 }
 
 void RecorderCar::leaveReadyLap() {
     if (lapReady) {
-        lap = TLM::SDK::makeShared<Lap>();
-        course = {};
+        lap = LapRecorder();
     }
 }
 
@@ -116,12 +85,12 @@ double RecorderCar::lapDistance() const {
 
 bool RecorderCar::isBeforeRaceStart() const {
     return current.sessionType == static_cast<qint32>(Session::Race) && current.sessionState >= 1 &&
-           current.sessionState < sessionStateRacing;
+           current.sessionState < kSessionStateRacing;
 }
 
 bool RecorderCar::isRacingOnOutLap() const {
     return current.sessionType == static_cast<qint32>(Session::Race) &&
-           current.sessionState == sessionStateRacing && previous.status == CarStatus::OutLap;
+           current.sessionState == kSessionStateRacing && previous.status == CarStatus::OutLap;
 }
 
 RecorderCar::OnTrackStatus RecorderCar::updateOnTrackStatus() {
@@ -130,14 +99,14 @@ RecorderCar::OnTrackStatus RecorderCar::updateOnTrackStatus() {
             current.status = CarStatus::OutLap;
             return OnTrackStatus::Settled;
         }
-        return waitForStartOrBeginOutLap(gridLapDistance);
+        return waitForStartOrBeginOutLap(kGridLapDistance);
     }
     if (isRacingOnOutLap()) {
-        current.status = lapDistance() > gridLapDistance ? CarStatus::OutLap : CarStatus::FlyingLap;
+        current.status = lapDistance() > kGridLapDistance ? CarStatus::OutLap : CarStatus::FlyingLap;
         return OnTrackStatus::Settled;
     }
     if (previous.status == CarStatus::InPitlane) {
-        return waitForStartOrBeginOutLap(pitExitBeforeLineLapDistance);
+        return waitForStartOrBeginOutLap(kPitExitBeforeLineLapDistance);
     }
     if (startsOutLap(previous.status)) {
         return beginOutLap();
@@ -183,10 +152,10 @@ bool RecorderCar::isOwnLapCompleted() const {
     }
     const float time = current.lapCurrentLapTime;
     const float timeBefore = previous.lapCurrentLapTime;
-    if (reader::isZeroLapTime(time)) {
+    if (isZeroLapTime(time)) {
         return current.lap >= 0 && previous.lap < current.lap;
     }
-    const bool hasBegunAnew = timeBefore - time > lapTimeFallSeconds &&
+    const bool hasBegunAnew = timeBefore - time > kLapTimeFallSeconds &&
                               TLM::SDK::isValidValue(static_cast<double>(timeBefore));
     // A recording may begin within a lap, with a running time that is not positive yet.
     return diskLoading ? hasBegunAnew : hasBegunAnew && time > 0.0F && timeBefore > 0.0F;
@@ -201,3 +170,5 @@ bool RecorderCar::isLapAborted() const {
     }
     return !isOffTrack(previous.status) && isOffTrack(current.status);
 }
+
+}  // namespace reader

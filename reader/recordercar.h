@@ -1,16 +1,16 @@
 #pragma once
 
-#include "reader/lapcourse.h"
+#include "reader/carsample.h"
+#include "reader/laprecorder.h"
 #include "reader/recordersample.h"
-#include "sdk/lap.h"
-#include "sdk/sample.h"
 
-#include <QSharedPointer>
 #include <QString>
+
+namespace reader {
 
 /**
  * Everything the lap recorder knows about the car of one slot: its state in this tick and in the
- * one before, its raw values, the lap being recorded, the lap that has begun behind it, and the
+ * one before, its raw values, the lap being recorded, the lap that has begun after it, and the
  * rules by which a car's status moves on and a lap ends.
  *
  * There are no errors here: readings that are missing or senseless leave the status as it is and
@@ -25,19 +25,13 @@ public:
     RecorderSample previous;
 
     /** The car's raw values of the tick, by lower-case variable name. */
-    TLM::SDK::Sample sample;
+    CarSample sample;
 
-    /** The lap being recorded; once it is closed, the lap that the host receives. Never null. */
-    QSharedPointer<TLM::SDK::Lap> lap;
+    /** The lap being recorded; once it is closed, the lap that the host receives. */
+    LapRecorder lap;
 
-    /** Samples taken after the line while `lap` is not closed yet. Never null. */
-    QSharedPointer<TLM::SDK::Lap> nextLap;
-
-    /** What follows from the samples of `lap`, derived on the way. */
-    LapCourse course;
-
-    /** The same for `nextLap`. */
-    LapCourse nextCourse;
+    /** Samples taken after the line while `lap` is not closed yet. */
+    LapRecorder nextLap;
 
     QString driverName;  // empty while no driver sits in the car: such a car is not recorded
     QString teamName;
@@ -47,25 +41,11 @@ public:
     bool diskLoading = false;        // the values come from a recording on disk
     bool lapReady = false;           // `lap` is closed and waits to be collected
 
-    /** Grows whenever the values of `sample` change by other means than sampling. */
-    quint64 sampleRevision = 0;
-
-    /** Somebody has a reference by which the values of `sample` may change at any time. */
-    bool sampleHandedOut = false;
-
-    RecorderCar();
-
-    /**
-     * How many samples the laps to come may have, so that their channels take room in time. Every
-     * lap corrects it.
-     */
-    void expectSamples(qsizetype count);
-
     /** A new stint: a new id, one more stint, no lap in it yet. */
     void startStint();
 
     /**
-     * Makes the lap that has begun behind the line the lap being recorded. Empties the raw values
+     * Makes the lap that has begun after the line the lap being recorded. Empties the raw values
      * first: a lap that starts in mid-tick begins without the values read for that tick, because
      * they were taken before the lap began.
      */
@@ -111,12 +91,13 @@ private:
     [[nodiscard]] bool isRacingOnOutLap() const;
     [[nodiscard]] bool isOwnLapCompleted() const;
 
-    void expectSamplesLike(const TLM::SDK::Lap& ended);
     OnTrackStatus updateOnTrackStatus();
     OnTrackStatus waitForStartOrBeginOutLap(double lastDistanceOfOutLap);
     OnTrackStatus beginOutLap();
     OnTrackStatus waitForStart();
     void updateLapCompleted();
-
-    qsizetype m_expectedSamples = 0;
 };
+
+}  // namespace reader
+
+using reader::RecorderCar;

@@ -6,6 +6,8 @@
 #include <QUuid>
 #include <QtGlobal>
 
+namespace reader {
+
 /**
  * What the recorder knows about one car at one tick. A plain record: the reader keeps one for the
  * tick in progress and one for the tick before it and decides by comparing the two, so that every
@@ -36,3 +38,7 @@ struct RecorderSample {
     bool spareFlag = false;
     quint64 sessionTick = 0;  // the simulator's tick counter of these values
 };
+
+}  // namespace reader
+
+using reader::RecorderSample;

@@ -1,16 +1,17 @@
 #include "reader/samplingplan.h"
 
 #include "reader/numbers.h"
-#include "reader/reading.h"
 
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
 
+namespace reader {
+
 namespace {
 
 // Arrays with an element for each car; the rest of the name is the key of the value.
-constexpr auto perCarPrefix = "caridx"_L1;
+constexpr auto kPerCarPrefix = "caridx"_L1;
 
 Reading readingOfType(qint32 type) {
     switch (type) {
@@ -63,7 +64,9 @@ public:
     }
 
     [[nodiscard]] Source source(qint64 index, const Source& last) const {
-        return m_reading == Reading::None ? last : Source{m_reading, m_offset + index * m_size};
+        return m_reading == Reading::None
+                   ? last
+                   : Source{m_reading, static_cast<qint32>(m_offset + index * m_size)};
     }
 
 private:
@@ -104,8 +107,8 @@ void SamplingPlan::resolve(const irsdk_varHeader* vars, qsizetype count, const Q
 
 void SamplingPlan::planVariable(const Elements& elements, const QString& name, const QString& unit,
                                 Source& last) {
-    if (!m_mode.diskLoading && name.startsWith(perCarPrefix)) {
-        planPerCar(elements, name.sliced(perCarPrefix.size()), unit, last);
+    if (!m_mode.diskLoading && name.startsWith(kPerCarPrefix)) {
+        planPerCar(elements, name.sliced(kPerCarPrefix.size()), unit, last);
     } else if (elements.count() > 0) {
         planOwn(elements, name, unit, last);
     }
@@ -180,12 +183,14 @@ quint64 SamplingPlan::sessionTick(const char* data) const {
         case Reading::Int:
             return static_cast<quint64>(loadNumber<qint32>(bytes));
         case Reading::Float:
-            return reader::toULongLong(static_cast<double>(loadNumber<float>(bytes)));
+            return toULongLong(static_cast<double>(loadNumber<float>(bytes)));
         case Reading::Double:
-            return reader::toULongLong(loadNumber<double>(bytes));
+            return toULongLong(loadNumber<double>(bytes));
         case Reading::Tick:
         case Reading::None:
             break;
     }
     return 0;
 }
+
+}  // namespace reader

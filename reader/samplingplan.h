@@ -1,20 +1,67 @@
 #pragma once
 
 #include "irsdk/layout.h"
-#include "reader/reading.h"
 
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 #include <cstddef>
+#include <cstring>
 #include <vector>
+
+namespace reader {
+
+/** Where the simulator's data come from, as far as the session text has said. */
+enum class Feed { Unknown, Live, Replay };
+
+/** How a value is read from a snapshot and what a QVariant holds of it. */
+enum class Reading {
+    CharAsInt,  // one signed byte, held as int
+    Bool,       // one byte, 0 is false
+    Int,
+    Float,
+    Double,
+    Tick,  // the session tick of the own car, held as quint64
+    None,  // nothing to read: a null QVariant
+};
+
+inline constexpr std::size_t kReadingCount = 7;
+
+/** A QVariant of the type that holds such a reading. */
+[[nodiscard]] inline QVariant emptyValue(Reading reading) {
+    switch (reading) {
+        case Reading::CharAsInt:
+        case Reading::Int:
+            return QVariant::fromValue<int>(0);
+        case Reading::Bool:
+            return QVariant::fromValue<bool>(false);
+        case Reading::Float:
+            return QVariant::fromValue<float>(0.0F);
+        case Reading::Double:
+            return QVariant::fromValue<double>(0.0);
+        case Reading::Tick:
+            return QVariant::fromValue<quint64>(0);
+        case Reading::None:
+            break;
+    }
+    return {};
+}
+
+/** A number of the snapshot at `bytes`, which need not be aligned. */
+template <typename Number>
+[[nodiscard]] Number loadNumber(const char* bytes) {
+    Number number;
+    std::memcpy(&number, bytes, sizeof number);
+    return number;
+}
 
 /** One value of a car's sample: its key and unit, and where a snapshot holds it. */
 struct PlannedValue {
     QString key;
     QString unit;
     Reading reading = Reading::None;
-    qint64 offset = 0;  // bytes from the start of the snapshot
+    qint32 offset = 0;  // bytes from the start of the snapshot
 };
 
 /**
@@ -83,7 +130,7 @@ private:
     /** Where a value lies and how it is read. */
     struct Source {
         Reading reading = Reading::None;
-        qint64 offset = 0;
+        qint32 offset = 0;
     };
 
     class Elements;
@@ -106,3 +153,5 @@ private:
     bool m_includesSessionClock = false;
     quint64 m_version = 0;
 };
+
+}  // namespace reader

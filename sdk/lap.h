@@ -1,13 +1,10 @@
 #pragma once
 
 #include "sdk/channel.h"
-#include "sdk/channelcolumns.h"
 #include "sdk/lapheader.h"
 #include "sdk/sample.h"
 
-#include <QDebug>
 #include <QMap>
-#include <QMetaType>
 #include <QSharedPointer>
 #include <QString>
 #include <QStringList>
@@ -21,8 +18,8 @@ namespace TLM::SDK {
  * A name that is not there is an ordinary answer: a null channel, a default Value, no effect. A
  * null channel is never stored.
  *
- * A lap that samples are still added to belongs to one thread, its const operations too. Taking
- * channels out of it makes each sample added from then on cost more.
+ * Any number of threads may read a lap at once while nobody changes it. rataip changes none of the
+ * laps that it has handed over.
  *
  * A lap of rataip has a recorded channel for each value of its samples. It adds "fuelweight" (kg)
  * for the own car, and for other cars, which the simulator tells less of, "speed" (m/s), "lapdist"
@@ -50,7 +47,7 @@ namespace TLM::SDK {
  */
 class Lap : public LapHeader {
 public:
-    using ChannelMap = ChannelColumns::ChannelMap;
+    using ChannelMap = QMap<QString, QSharedPointer<Channel>>;
 
     /** Empties both kinds of channels and the lap values; the header's fields stay. */
     void clear();
@@ -64,21 +61,8 @@ public:
     /** True when there is no channel of either kind; lap values do not count. */
     bool isEmpty() const { return m_channels.isEmpty() && m_calculatedChannels.isEmpty(); }
 
-    /**
-     * Whether somebody has been given recorded channels of this lap or has put or removed one, so
-     * that they may hold anything else than what addSample() appended. A lap that was copied counts
-     * as seen, and so does the copy.
-     */
-    bool areChannelsSeen() const { return m_columns.isExposed(); }
-
-    /**
-     * For a lap to which no sample will be added: from now on several threads may read it at once.
-     * Being given a channel has the same effect.
-     */
-    void completeChannels() { m_columns.expose(); }
-
     /** The recorded channels by name. */
-    ChannelMap const& channels() const;
+    ChannelMap const& channels() const { return m_channels; }
 
     /** The lap values. */
     DynamicData const& values() const { return *this; }
@@ -89,7 +73,7 @@ public:
      */
     Value value(QString const& name) const;
 
-    QSharedPointer<Channel> channel(QString const& name) const;
+    QSharedPointer<Channel> channel(QString const& name) const { return m_channels.value(name); }
     QSharedPointer<Channel> calculatedChannel(QString const& name) const {
         return m_calculatedChannels.value(name);
     }
@@ -103,7 +87,7 @@ public:
     }
 
     /** Removes a recorded channel; a calculated one of that name stays. */
-    void removeChannel(QString const& name);
+    void removeChannel(QString const& name) { m_channels.remove(name); }
     /** Removes a calculated channel; a recorded one of that name stays. */
     void removeCalculatedChannel(QString const& name) { m_calculatedChannels.remove(name); }
 
@@ -129,16 +113,11 @@ public:
      */
     void addSample(Sample const& sample);
 
-    /**
-     * A hint: the recorded channels may come to have `samples` entries, and take room accordingly.
-     * It changes no result, is bounded, and survives clear().
-     */
-    void reserve(qsizetype samples) { m_columns.expect(samples); }
-
 private:
+    [[nodiscard]] QSharedPointer<Channel> newChannel(const QString& unit) const;
+
     ChannelMap m_channels;
     ChannelMap m_calculatedChannels;
-    ChannelColumns m_columns;  // of m_channels; a copy of this lap shares what they point at
 };
 
 }  // namespace TLM::SDK
