@@ -1,11 +1,19 @@
 #include "benchmarks/obvious/texttree.h"
 
+#include <memory>
+
 namespace obvious {
 
 TextTree::TextTree(TextTree* parent) : m_parent(parent) {}
 
+// One by one, not within each other: a text can nest deeper than the stack.
 TextTree::~TextTree() {
-    qDeleteAll(m_subs);
+    QList<TextTree*> subs = m_subs.values();
+    while (!subs.isEmpty()) {
+        const std::unique_ptr<TextTree> sub(subs.takeLast());
+        subs += sub->m_subs.values();
+        sub->m_subs.clear();
+    }
 }
 
 QString TextTree::value(const QString& key) const {

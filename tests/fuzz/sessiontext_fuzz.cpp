@@ -1,8 +1,8 @@
+#include "benchmarks/obvious/texttree.h"
 #include "reader/irtelemetryreader.h"
 #include "sdk/lap.h"
 #include "tests/fuzz/fuzztarget.h"
 #include "tests/fuzz/quietqt.h"
-#include "tests/yaml/plainyamltree.h"
 #include "yaml/tyamltree.h"
 
 #include <array>
@@ -18,8 +18,9 @@ namespace {
 constexpr std::array kLookedAt{0, 1, 2, 63};
 
 /** Walks both trees side by side, without recursion: a text can nest deeper than the stack. */
-bool areSameTrees(const TStringTree& left, const TStringTree& right) {
-    std::vector<std::pair<const TStringTree*, const TStringTree*>> pairs{{&left, &right}};
+template <typename Tree>
+bool areSameTrees(const TStringTree& left, const Tree& right) {
+    std::vector<std::pair<const TStringTree*, const Tree*>> pairs{{&left, &right}};
     while (!pairs.empty()) {
         const auto [a, b] = pairs.back();
         pairs.pop_back();
@@ -43,13 +44,13 @@ bool areSameTrees(const TStringTree& left, const TStringTree& right) {
 void readIntoTrees(const char* text) {
     TYamlTree once;
     TYamlTree twice;
-    PlainYamlTree plain;
+    obvious::TextTree plain;
     once.setYaml(text);
     plain.setYaml(text);
     fuzz::require(areSameTrees(once, plain), "a tree is what the rules say, line by line");
     twice.setYaml(text);
     twice.setYaml(text);
-    fuzz::require(areSameTrees(once, twice), "the same text again leaves the tree as it is");
+    fuzz::require(areSameTrees<TStringTree>(once, twice), "the same text again leaves the tree as it is");
 }
 
 void readIntoReader(const char* text) {
