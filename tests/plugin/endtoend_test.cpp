@@ -1,18 +1,19 @@
 #include "sdk/plugininterfacelive.h"
+#include "tests/benchmarks/sameresults.h"
 #include "tests/plugin/hostrecorder.h"
-#include "tests/plugin/lockstepsimulator.h"
 #include "tests/support/drivenlaps.h"
 #include "tests/support/printqt.h"
+#include "tests/support/simulatorprocess.h"
 
 #include <QMetaObject>
 #include <QPluginLoader>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <iterator>
 #include <memory>
 #include <ostream>
@@ -22,6 +23,8 @@
 
 using namespace Qt::StringLiterals;
 using testsupport::DrivenLap;
+using testsupport::onShortTrack;
+using testsupport::SimulatorProcess;
 using TLM::SDK::Lap;
 using TLM::SDK::LapType;
 using TLM::SDK::PluginInterfaceLive;
@@ -67,7 +70,7 @@ struct Recording {
 };
 
 /** Connecting takes a tick that comes while it waits for one. */
-bool connectInLockstep(PluginInterfaceLive& plugin, LockstepSimulator& simulator) {
+bool connectInLockstep(PluginInterfaceLive& plugin, SimulatorProcess& simulator) {
     constexpr std::chrono::milliseconds betweenSteps(20);
     constexpr int attempts = 10;
     // The answer to a first step says that everything is published.
@@ -97,7 +100,11 @@ Laps withSamples(const Laps& laps) {
 /** Loads the plugin as a host does, lets it take every tick of the run, and unloads it for good. */
 Recording record(const SimulatorRun& run) {
     Recording recording;
-    LockstepSimulator simulator(run.arguments);
+    const QTemporaryDir folder;
+    const std::string log = folder.filePath(u"laps.log"_s).toStdString();
+    std::vector<std::string> arguments = run.arguments;
+    arguments.insert(arguments.end(), {"--lockstep", "--log", log});
+    SimulatorProcess simulator(arguments);
     QPluginLoader loader(QStringLiteral(PLUGIN_MODULE));
     loader.setLoadHints({});  // of themselves they keep the library in the process
     std::unique_ptr<QObject> object(loader.instance());
@@ -115,10 +122,10 @@ Recording record(const SimulatorRun& run) {
     }
     EXPECT_TRUE(plugin->isConnected());
     plugin->disconnectFromSource();
-    simulator.quit();
+    EXPECT_EQ(simulator.quit(), 0);
     recording.laps = withSamples(host.laps());
-    const auto driven = testsupport::readDrivenLaps(simulator.logFile());
-    EXPECT_TRUE(driven.has_value()) << simulator.logFile();
+    const auto driven = testsupport::readDrivenLaps(log);
+    EXPECT_TRUE(driven.has_value()) << log;
     recording.driven = driven.value_or(std::vector<DrivenLap>());
     recording.events = host.events();
     // What a host was given outlives the plugin and its library.
@@ -225,64 +232,20 @@ protected:
     Recording recording;
 };
 
-bool sameBits(const QList<double>& a, const QList<double>& b) {
-    return a.size() == b.size() &&
-           std::memcmp(a.constData(), b.constData(),
-                       static_cast<std::size_t>(a.size()) * sizeof(double)) == 0;
-}
-
-bool sameValues(const Lap& a, const Lap& b) {
-    if (a.values().valueNameList() != b.values().valueNameList()) {
-        return false;
-    }
-    const QStringList names = a.values().valueNameList();
-    return std::all_of(names.cbegin(), names.cend(), [&](const QString& name) {
-        return a.value(name).value == b.value(name).value &&
-               a.value(name).unit() == b.value(name).unit();
-    });
-}
-
-/** All but the random ids and the date. */
-void expectSameLap(const Lap& a, const Lap& b) {
-    EXPECT_EQ(a.carId(), b.carId());
-    EXPECT_EQ(a.driverName(), b.driverName());
-    EXPECT_EQ(a.carName(), b.carName());
-    EXPECT_EQ(a.trackName(), b.trackName());
-    EXPECT_EQ(a.sessionId(), b.sessionId());
-    EXPECT_EQ(a.session(), b.session());
-    EXPECT_EQ(a.lapType(), b.lapType());
-    EXPECT_EQ(a.lapTime(), b.lapTime());
-    EXPECT_EQ(a.completed(), b.completed());
-    EXPECT_EQ(a.lapInSession(), b.lapInSession());
-    EXPECT_EQ(a.lapInStint(), b.lapInStint());
-    EXPECT_EQ(a.stintInSession(), b.stintInSession());
-    EXPECT_TRUE(sameValues(a, b));
-    ASSERT_EQ(a.getAvailableRecordedChannels(), b.getAvailableRecordedChannels());
-    EXPECT_EQ(a.getAvailableCalculatedChannels(), b.getAvailableCalculatedChannels());
-    for (const QString& name : a.getAvailableRecordedChannels()) {
-        EXPECT_EQ(a.channels()[name]->unit(), b.channels()[name]->unit()) << name.toStdString();
-        EXPECT_TRUE(sameBits(samplesOf(a, name), samplesOf(b, name))) << name.toStdString();
-    }
-}
-
 const SimulatorRun practice{
-    "Practice", {"--track", "short", "--cars", "5", "--seed", "7"}, 3900, {Session::Practice}};
+    "Practice", onShortTrack(5, {"--seed", "7"}), 3900, {Session::Practice}};
 
 const SimulatorRun runs[] = {
     practice,
     {"Weekend",
-     {"--track", "short", "--cars", "3", "--seed", "7", "--session", "weekend", "--session-length",
-      "20"},
+     onShortTrack(3, {"--seed", "7", "--session", "weekend", "--session-length", "20"}),
      6650,
      {Session::Practice, Session::Qualify}},
     {"Race",
-     {"--track", "short", "--cars", "4", "--seed", "7", "--session", "race", "--race-laps", "2"},
+     onShortTrack(4, {"--seed", "7", "--session", "race", "--race-laps", "2"}),
      5250,
      {Session::Race}},
-    {"Replay",
-     {"--track", "short", "--cars", "2", "--seed", "2", "--replay"},
-     6600,
-     {Session::Practice}},
+    {"Replay", onShortTrack(2, {"--seed", "2", "--replay"}), 6600, {Session::Practice}},
 };
 
 }  // namespace
@@ -318,7 +281,9 @@ TEST(EndToEndTwice, HandsOverTheSameLapsForTheSameSeed) {
     ASSERT_EQ(first.size(), second.size());
     for (qsizetype i = 0; i < first.size(); ++i) {
         SCOPED_TRACE(first[i]->carId().toStdString());
-        expectSameLap(*first[i], *second[i]);
+        EXPECT_TRUE(fastpath::areSameLaps(*first[i], *second[i]));
+        EXPECT_EQ(first[i]->getAvailableCalculatedChannels(),
+                  second[i]->getAvailableCalculatedChannels());
         EXPECT_NE(first[i]->lapId(), second[i]->lapId());
     }
 }

@@ -3,26 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace testsupport {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::milliseconds;
-
-int millisecondsUntil(Clock::time_point end) {
-    const auto left = std::chrono::ceil<Milliseconds>(end - Clock::now());
-    return static_cast<int>(std::max<Milliseconds::rep>(left.count(), 0));
-}
 
 void closeDescriptor(int& descriptor) {
     if (descriptor >= 0) {
@@ -49,33 +39,7 @@ struct ChildProcess::Process {
     pid_t pid = -1;
     int input = -1;
     int output = -1;
-    std::string unread;
     std::optional<int> exitStatus;
-
-    std::optional<std::string> takeLine() {
-        const std::size_t end = unread.find('\n');
-        if (end == std::string::npos) {
-            return std::nullopt;
-        }
-        std::string line = unread.substr(0, end);
-        unread.erase(0, end + 1);
-        return line;
-    }
-
-    /** Waits for output and takes it; false at the end of it or of the time. */
-    bool fill(Clock::time_point end) {
-        pollfd ready{output, POLLIN, 0};
-        if (poll(&ready, 1, millisecondsUntil(end)) <= 0) {
-            return errno == EINTR && Clock::now() < end;
-        }
-        std::array<char, 4096> bytes{};
-        const ssize_t count = read(output, bytes.data(), bytes.size());
-        if (count <= 0) {
-            return false;
-        }
-        unread.append(bytes.data(), static_cast<std::size_t>(count));
-        return true;
-    }
 
     bool hasEnded() {
         if (pid < 0 || exitStatus) {
@@ -137,24 +101,23 @@ bool ChildProcess::writeLine(const std::string& line) {
     return true;
 }
 
-std::optional<std::string> ChildProcess::readLine(int timeOut) {
-    const auto end = Clock::now() + Milliseconds(timeOut);
-    std::optional<std::string> line = m_process->takeLine();
-    while (!line && m_process->fill(end)) {
-        line = m_process->takeLine();
+bool ChildProcess::fill(int timeOut) {
+    pollfd ready{m_process->output, POLLIN, 0};
+    const int events = poll(&ready, 1, timeOut);
+    if (events <= 0) {
+        return events < 0 && errno == EINTR;
     }
-    return line;
+    std::array<char, 65536> bytes{};
+    const ssize_t count = read(m_process->output, bytes.data(), bytes.size());
+    m_output.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return count > 0;
 }
 
 void ChildProcess::closeInput() {
     closeDescriptor(m_process->input);
 }
 
-std::optional<int> ChildProcess::waitForExit(int timeOut) {
-    const auto end = Clock::now() + Milliseconds(timeOut);
-    while (!m_process->hasEnded() && Clock::now() < end) {
-        std::this_thread::sleep_for(Milliseconds(1));
-    }
+std::optional<int> ChildProcess::exitStatus() const {
     return m_process->exitStatus;
 }
 

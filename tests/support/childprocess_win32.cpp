@@ -1,8 +1,10 @@
 #include "tests/support/childprocess.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <windows.h>
 
 namespace testsupport {
@@ -64,7 +66,6 @@ struct ChildProcess::Process {
     HANDLE process = nullptr;
     HANDLE input = nullptr;
     HANDLE output = nullptr;
-    std::string unread;
 
     ~Process() {
         closeHandle(process);
@@ -72,47 +73,8 @@ struct ChildProcess::Process {
         closeHandle(output);
     }
 
-    std::optional<std::string> takeLine() {
-        const std::size_t end = unread.find('\n');
-        if (end == std::string::npos) {
-            return std::nullopt;
-        }
-        std::string line = unread.substr(0, end);
-        unread.erase(0, end + 1);
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        return line;
-    }
-
-    /** Waits for output and takes it; false at the end of it or of the time. */
-    bool fill(ULONGLONG end) {
-        DWORD available = 0;
-        while (PeekNamedPipe(output, nullptr, 0, nullptr, &available, nullptr) != 0) {
-            if (available > 0) {
-                return takeBytes();
-            }
-            if (GetTickCount64() >= end) {
-                return false;
-            }
-            Sleep(kPollInterval);
-        }
-        return false;
-    }
-
-    bool takeBytes() {
-        std::array<char, 4096> bytes{};
-        DWORD count = 0;
-        if (ReadFile(output, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) ==
-            0) {
-            return false;
-        }
-        unread.append(bytes.data(), count);
-        return count > 0;
-    }
-
-    [[nodiscard]] bool hasEnded(DWORD timeOut) const {
-        return process == nullptr || WaitForSingleObject(process, timeOut) == WAIT_OBJECT_0;
+    [[nodiscard]] bool hasEnded() const {
+        return process == nullptr || WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
     }
 };
 
@@ -158,23 +120,34 @@ bool ChildProcess::writeLine(const std::string& line) {
            written == bytes.size();
 }
 
-std::optional<std::string> ChildProcess::readLine(int timeOut) {
+bool ChildProcess::fill(int timeOut) {
     const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(timeOut);
-    std::optional<std::string> line = m_process->takeLine();
-    while (!line && m_process->fill(end)) {
-        line = m_process->takeLine();
+    DWORD available = 0;
+    while (PeekNamedPipe(m_process->output, nullptr, 0, nullptr, &available, nullptr) != 0 &&
+           available == 0) {
+        if (GetTickCount64() >= end) {
+            return false;
+        }
+        Sleep(kPollInterval);
     }
-    return line;
+    std::array<char, 65536> bytes{};
+    DWORD count = 0;
+    if (available == 0 || ReadFile(m_process->output, bytes.data(),
+                                   static_cast<DWORD>(bytes.size()), &count, nullptr) == 0) {
+        return false;
+    }
+    // Of a line's end one character stays, as elsewhere.
+    std::remove_copy(bytes.data(), bytes.data() + count, std::back_inserter(m_output), '\r');
+    return count > 0;
 }
 
 void ChildProcess::closeInput() {
     closeHandle(m_process->input);
 }
 
-std::optional<int> ChildProcess::waitForExit(int timeOut) {
+std::optional<int> ChildProcess::exitStatus() const {
     DWORD status = 0;
-    if (m_process->process == nullptr || !m_process->hasEnded(static_cast<DWORD>(timeOut)) ||
-        GetExitCodeProcess(m_process->process, &status) == 0) {
+    if (m_process->process == nullptr || GetExitCodeProcess(m_process->process, &status) == 0) {
         return std::nullopt;
     }
     return static_cast<int>(status);
@@ -199,14 +172,14 @@ void ChildProcess::askToEnd() {
 }
 
 void ChildProcess::kill() {
-    if (!m_process->hasEnded(0)) {
+    if (!m_process->hasEnded()) {
         TerminateProcess(m_process->process, kKilled);
         WaitForSingleObject(m_process->process, INFINITE);
     }
 }
 
 bool ChildProcess::isRunning() {
-    return !m_process->hasEnded(0);
+    return !m_process->hasEnded();
 }
 
 int ChildProcess::id() const {

@@ -2,9 +2,9 @@
 
 #include "irsdk/irsdk.h"
 #include "tests/support/checkedsnapshot.h"
-#include "tests/support/childprocess.h"
 #include "tests/support/publishedobjects.h"
 #include "tests/support/publisher.h"
+#include "tests/support/simulatorprocess.h"
 #include "tests/support/testblock.h"
 #include "tools/simulator/checksum.h"
 
@@ -119,14 +119,11 @@ CopyCount copyCarelessly(milliseconds atMost) {
 }
 
 /** The stand-in simulator as fast as it can, with one buffer, which every tick overwrites. */
-CopyCount copyOfSimulator(const std::string& programs) {
+CopyCount copyOfSimulator() {
     // What somebody left who was killed must not be taken for the simulator's.
     testsupport::PublishedObjects::removeLeftovers();
-    testsupport::ChildProcess simulator;
-    if (!simulator.start(programs + "/rataip-simulator",
-                         {"--speed", "max", "--quiet", "--buffer-count", "1", "--cars", "4"})) {
-        return {};
-    }
+    testsupport::SimulatorProcess simulator(
+        {"--speed", "max", "--quiet", "--buffer-count", "1", "--cars", "4"});
     irsdk_header header{};
     int at = -1;
     const auto startedAt = Clock::now();
@@ -159,7 +156,7 @@ CopyCount copyOfSimulator(const std::string& programs) {
 void CopyTest::run(long long wanted) {
     const auto start = Clock::now();
     m_careless = copyCarelessly(kCarelessAtMost);
-    m_simulator = copyOfSimulator(m_options.programs);
+    m_simulator = copyOfSimulator();
     for (std::size_t i = 0; i < kRings.size(); ++i) {
         const auto rings = static_cast<long long>(kRings.size() - i);
         m_link += copyByLink(kRings[i], (wanted - m_link.copies + rings - 1) / rings,

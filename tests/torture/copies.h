@@ -1,6 +1,5 @@
 #pragma once
 
-#include "tests/torture/options.h"
 #include "tests/torture/table.h"
 
 #include <chrono>
@@ -26,15 +25,12 @@ struct CopyCount {
  */
 class CopyTest {
 public:
-    explicit CopyTest(const Options& options) : m_options(options) {}
-
     /** Runs until `wanted` copies are made, and for a while besides. */
     void run(long long wanted);
 
     void addTo(Table& table, long long wanted) const;
 
 private:
-    const Options& m_options;
     CopyCount m_link;       // of checked snapshots, rings of three, two and one buffer
     CopyCount m_simulator;  // of the stand-in simulator's, by their checksum
     CopyCount m_careless;

@@ -146,8 +146,8 @@ void FaultTest::goOnWith(Layout layout) {
 }
 
 std::vector<std::string> FaultTest::argumentsOf(Layout layout) {
-    std::vector<std::string> arguments{"--track", "short",  "--cars",
-                                       "12",      "--seed", std::to_string(1 + pick(kSeeds))};
+    std::vector<std::string> arguments =
+        testsupport::onShortTrack(12, {"--seed", std::to_string(1 + pick(kSeeds))});
     if (layout == Layout::Usual) {
         return arguments;
     }
@@ -176,8 +176,7 @@ void FaultTest::begin(Layout layout) {
     m_stallIsDue = m_stallIsDue || m_runs % kStallEvery == kStallEvery - 1;
     const QString log = m_folder.filePath(QStringLiteral("laps%1.log").arg(m_runs));
     m_run.reset();
-    m_run =
-        std::make_unique<SimulatorRun>(m_options.programs, argumentsOf(layout), log.toStdString());
+    m_run = std::make_unique<SimulatorRun>(argumentsOf(layout), log.toStdString());
     if (!m_run->isStarted()) {
         note("the simulator does not start");
     }

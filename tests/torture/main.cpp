@@ -30,7 +30,7 @@ long long copiesWanted(const Options& options) {
 void injectFaults(const Options& options, torture::Host& host, Table& table) {
     const auto start = Clock::now();
     const long long wanted = copiesWanted(options);
-    torture::CopyTest copies(options);
+    torture::CopyTest copies;
     copies.run(wanted);
     copies.addTo(table, wanted);
 
@@ -61,7 +61,6 @@ int main(int argc, char* argv[]) {
         std::fputs("rataip-torture: these options make no sense; see --help.\n", stderr);
         return kBadStart;
     }
-    options->programs = QCoreApplication::applicationDirPath().toStdString();
     if (options->plugin.empty()) {
         options->plugin = PLUGIN_MODULE;
     }

@@ -16,7 +16,6 @@ struct Options {
     std::uint32_t seed = 1;            // of the order and the moments of the faults
     int driveHours = 0;                // simulated hours of undisturbed driving; 0 for the faults
     std::string plugin;                // file of the plugin
-    std::string programs;              // folder of the simulator and the publisher
 };
 
 /** What a command line asks for; nothing when it makes no sense. */

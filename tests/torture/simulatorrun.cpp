@@ -34,14 +34,17 @@ bool isAnyBufferInWriting() {
     return false;
 }
 
+std::vector<std::string> inLockStep(std::vector<std::string> arguments, const std::string& log) {
+    arguments.insert(arguments.end(), {"--lockstep", "--log", log});
+    return arguments;
+}
+
 }  // namespace
 
-SimulatorRun::SimulatorRun(const std::string& programs, std::vector<std::string> arguments,
-                           const std::string& log)
-    : m_log(log) {
-    arguments.insert(arguments.end(), {"--lockstep", "--log", log});
+SimulatorRun::SimulatorRun(std::vector<std::string> arguments, const std::string& log)
+    : m_process(inLockStep(std::move(arguments), log)), m_log(log) {
     // The answer to the first step says that everything is published.
-    m_started = m_process.start(programs + "/rataip-simulator", arguments) && step();
+    m_started = step();
     m_backSince = Clock::now();
     // At once, because the block may lose its name.
     irsdk_startup();
@@ -54,16 +57,7 @@ SimulatorRun::~SimulatorRun() {
 }
 
 bool SimulatorRun::step() {
-    if (!m_process.writeLine("step")) {
-        return false;
-    }
-    // Laps of the own car are told in lines of their own.
-    while (const std::optional<std::string> line = m_process.readLine(kAnswerTimeOut)) {
-        if (line->starts_with("tick ")) {
-            return true;
-        }
-    }
-    return false;
+    return m_process.step(1, kAnswerTimeOut).has_value();
 }
 
 bool SimulatorRun::command(const std::string& line, milliseconds timeOut) {
@@ -89,7 +83,7 @@ void SimulatorRun::pause() {
 }
 
 void SimulatorRun::rush() {
-    static_cast<void>(m_process.writeLine("step 1000000000"));
+    m_process.writeLine("step 1000000000");
 }
 
 bool SimulatorRun::killInMidWrite() {

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "tests/support/childprocess.h"
+#include "tests/support/simulatorprocess.h"
 
 #include <atomic>
 #include <chrono>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,8 +19,7 @@ class SimulatorRun {
 public:
     using Clock = std::chrono::steady_clock;
 
-    SimulatorRun(const std::string& programs, std::vector<std::string> arguments,
-                 const std::string& log);
+    SimulatorRun(std::vector<std::string> arguments, const std::string& log);
     ~SimulatorRun();
     SimulatorRun(const SimulatorRun&) = delete;
     SimulatorRun& operator=(const SimulatorRun&) = delete;
@@ -55,7 +53,7 @@ public:
     void kill();
 
 private:
-    testsupport::ChildProcess m_process;
+    testsupport::SimulatorProcess m_process;
     std::string m_log;
     bool m_started = false;
     std::atomic<Clock::time_point> m_backSince{Clock::time_point()};

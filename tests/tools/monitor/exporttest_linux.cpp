@@ -21,9 +21,7 @@ int countOf(const std::string& text, const std::string& in) {
 TEST(MonitorExport, GoesOnWhenTheDiskIsFull) {
     const QTemporaryDir folder;
     // No file may grow beyond a few blocks: writing fails as on a full disk, for root, too.
-    const QStringList shell = {QStringLiteral("sh"), QStringLiteral("-c"),
-                               QStringLiteral("trap '' XFSZ; ulimit -f 4; exec \"$0\" \"$@\"")};
-    ExportWatch watch(folder.path(), shell);
+    ExportWatch watch(folder.path(), "trap '' XFSZ; ulimit -f 4; exec \"$0\" \"$@\"");
     EXPECT_EQ(watch.waitForEnd(), notWritten) << watch.output();
     EXPECT_EQ(countOf("A lap was not saved: cannot write ", watch.output()), 1) << watch.output();
     EXPECT_EQ(countOf("\n0 of ", watch.output()), 1) << watch.output();
@@ -34,9 +32,7 @@ TEST(MonitorExport, GoesOnWhenTheDiskIsFull) {
 
 TEST(MonitorExport, GoesOnSavingWhenItsOutputGoesNowhere) {
     const QTemporaryDir folder;
-    const QStringList shell = {QStringLiteral("sh"), QStringLiteral("-c"),
-                               QStringLiteral("exec \"$0\" \"$@\" > /dev/full")};
-    ExportWatch watch(folder.path(), shell);
+    ExportWatch watch(folder.path(), "exec \"$0\" \"$@\" > /dev/full");
     EXPECT_EQ(watch.waitForEnd(), notWritten) << watch.output();
     EXPECT_EQ(countOf("rataip-monitor: the standard output does not take all", watch.output()), 1)
         << watch.output();

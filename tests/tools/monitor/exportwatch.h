@@ -1,37 +1,40 @@
 #pragma once
 
-#include "tests/tools/backgroundprogram.h"
+#include "tests/support/simulatorprocess.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <string>
+#include <vector>
 
 /** The monitor, saving laps, with a simulator whose first laps are over within seconds. */
 class ExportWatch {
 public:
-    /** `wrapper` is what starts the monitor in its place: a program and its own arguments. */
-    explicit ExportWatch(const QString& exportFolder, const QStringList& wrapper = {})
-        : m_simulator(QStringLiteral(SIMULATOR_PROGRAM),
-                      {QStringLiteral("--cars"), QStringLiteral("4"), QStringLiteral("--track"),
-                       QStringLiteral("short"), QStringLiteral("--speed"), QStringLiteral("8")}),
-          m_monitor((wrapper + monitor(exportFolder)).constFirst(),
-                    (wrapper + monitor(exportFolder)).mid(1)) {}
+    /** `shell`, where there is one, is what starts the monitor in its place. */
+    explicit ExportWatch(const QString& exportFolder, const std::string& shell = "")
+        : m_simulator(testsupport::onShortTrack(4, {"--speed", "8"}), Console::Own),
+          m_monitor(shell.empty() ? monitor() : "sh", arguments(exportFolder, shell),
+                    Console::Own) {}
 
-    [[nodiscard]] int waitForEnd() { return m_monitor.waitForEnd(); }
-    [[nodiscard]] std::string output() const { return m_monitor.output(); }
+    [[nodiscard]] std::optional<int> waitForEnd() { return m_monitor.waitForExit(); }
+    [[nodiscard]] const std::string& output() const { return m_monitor.output(); }
 
 private:
-    static QStringList monitor(const QString& exportFolder) {
-        return {QStringLiteral(MONITOR_PROGRAM),
-                QStringLiteral("--wait"),
-                QStringLiteral("20"),
-                QStringLiteral("--laps"),
-                QStringLiteral("4"),
-                QStringLiteral("--export"),
-                exportFolder};
+    using Console = testsupport::ChildProcess::Console;
+
+    static std::string monitor() { return testsupport::siblingProgram("rataip-monitor"); }
+
+    static std::vector<std::string> arguments(const QString& exportFolder,
+                                              const std::string& shell) {
+        std::vector<std::string> arguments;
+        if (!shell.empty()) {
+            arguments = {"-c", shell, monitor()};
+        }
+        arguments.insert(arguments.end(), {"--wait", "20", "--laps", "4", "--export",
+                                           exportFolder.toLocal8Bit().toStdString()});
+        return arguments;
     }
 
-    BackgroundProgram m_simulator;
-    BackgroundProgram m_monitor;
+    testsupport::SimulatorProcess m_simulator;
+    testsupport::ChildProcess m_monitor;
 };

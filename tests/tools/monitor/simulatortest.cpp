@@ -1,8 +1,12 @@
-#include "tests/tools/backgroundprogram.h"
+#include "tests/support/simulatorprocess.h"
 
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
+
+using testsupport::ChildProcess;
+using testsupport::onShortTrack;
+using testsupport::SimulatorProcess;
 
 namespace {
 
@@ -12,27 +16,19 @@ enum ExitStatus {
     FellShort = 4,
 };
 
-QString monitorProgram() {
-    return QStringLiteral(MONITOR_PROGRAM);
-}
-
 /** A field whose first laps are over within seconds; it publishes when it is there. */
-class RunningSimulator : public BackgroundProgram {
+class RunningSimulator : public SimulatorProcess {
 public:
     RunningSimulator()
-        : BackgroundProgram(
-              QStringLiteral(SIMULATOR_PROGRAM),
-              {QStringLiteral("--cars"), QStringLiteral("6"), QStringLiteral("--track"),
-               QStringLiteral("short"), QStringLiteral("--session"), QStringLiteral("race"),
-               QStringLiteral("--speed"), QStringLiteral("10")}) {
+        : SimulatorProcess(onShortTrack(6, {"--session", "race", "--speed", "10"}), Console::Own) {
         EXPECT_TRUE(waitForOutput("Publishing ")) << output();
     }
 };
 
-class RunningMonitor : public BackgroundProgram {
+class RunningMonitor : public ChildProcess {
 public:
-    explicit RunningMonitor(const QStringList& arguments)
-        : BackgroundProgram(monitorProgram(), arguments) {}
+    explicit RunningMonitor(const std::vector<std::string>& arguments)
+        : ChildProcess(testsupport::siblingProgram("rataip-monitor"), arguments, Console::Own) {}
 };
 
 qsizetype countOfLines(const std::string& output, const char* pattern) {
@@ -48,10 +44,9 @@ qsizetype countOfLines(const std::string& output, const char* pattern) {
 
 TEST(MonitorAndSimulator, ShowsCarsAndLapsAndEndsWithTheLapsAskedFor) {
     const RunningSimulator simulator;
-    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("20"),
-                            QStringLiteral("--laps"), QStringLiteral("18")});
-    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
-    const std::string output = monitor.output();
+    RunningMonitor monitor({"--wait", "20", "--laps", "18"});
+    EXPECT_EQ(monitor.waitForExit(), Ok) << monitor.output();
+    const std::string& output = monitor.output();
     EXPECT_NE(output.find("iR Plugin 0.2 for iRacing"), std::string::npos) << output;
     EXPECT_NE(output.find("[iRacing plugin] Connected"), std::string::npos) << output;
     EXPECT_NE(output.find("[iRacing plugin] Disconnected"), std::string::npos) << output;
@@ -63,15 +58,14 @@ TEST(MonitorAndSimulator, ShowsCarsAndLapsAndEndsWithTheLapsAskedFor) {
 
 TEST(MonitorAndSimulator, EndsAfterItsTimeWithData) {
     const RunningSimulator simulator;
-    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("5")});
-    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+    RunningMonitor monitor({"--duration", "5"});
+    EXPECT_EQ(monitor.waitForExit(), Ok) << monitor.output();
 }
 
 TEST(MonitorAndSimulator, SaysWhenTheTimeWasTooShortForTheLaps) {
     const RunningSimulator simulator;
-    RunningMonitor monitor({QStringLiteral("--duration"), QStringLiteral("5"),
-                            QStringLiteral("--laps"), QStringLiteral("100000")});
-    EXPECT_EQ(monitor.waitForEnd(), FellShort) << monitor.output();
+    RunningMonitor monitor({"--duration", "5", "--laps", "100000"});
+    EXPECT_EQ(monitor.waitForExit(), FellShort) << monitor.output();
 }
 
 TEST(MonitorAndSimulator, WritesStatusLinesWhileItRuns) {
@@ -81,16 +75,15 @@ TEST(MonitorAndSimulator, WritesStatusLinesWhileItRuns) {
 }
 
 TEST(MonitorAndSimulator, WaitsForASimulatorThatIsNotThereYet) {
-    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("40"),
-                            QStringLiteral("--laps"), QStringLiteral("1")});
+    RunningMonitor monitor({"--wait", "40", "--laps", "1"});
     ASSERT_TRUE(monitor.waitForOutput("Waiting for the simulator")) << monitor.output();
     const RunningSimulator simulator;
-    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+    EXPECT_EQ(monitor.waitForExit(), Ok) << monitor.output();
 }
 
 TEST(MonitorAndSimulator, GivesUpWhenNoSimulatorComesInTime) {
-    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("0.5")});
-    EXPECT_EQ(monitor.waitForEnd(), NoData) << monitor.output();
+    RunningMonitor monitor({"--wait", "0.5"});
+    EXPECT_EQ(monitor.waitForExit(), NoData) << monitor.output();
     EXPECT_LT(monitor.output().find("Waiting for the simulator"),
               monitor.output().find("No simulator delivers data"))
         << monitor.output();
@@ -101,13 +94,13 @@ TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorWasRestarted) {
     {
         RunningSimulator simulator;
         ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected")) << monitor.output();
-        simulator.terminate();
-        EXPECT_EQ(simulator.waitForEnd(), 0) << simulator.output();
+        simulator.askToEnd();
+        EXPECT_EQ(simulator.waitForExit(), 0) << simulator.output();
     }
     ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Sim is down")) << monitor.output();
     const RunningSimulator simulator;
     EXPECT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected", 2)) << monitor.output();
-    const std::string output = monitor.output();
+    const std::string& output = monitor.output();
     EXPECT_LT(output.find("[iRacing plugin] Disconnected"),
               output.rfind("Waiting for the simulator"))
         << output;
@@ -127,19 +120,19 @@ TEST(MonitorAndSimulator, ConnectsAgainAfterTheSimulatorHasCrashed) {
 
 TEST(MonitorAndSimulator, IsContentWhenTheSimulatorEndsAndNothingMoreWasAskedFor) {
     RunningSimulator simulator;
-    RunningMonitor monitor({QStringLiteral("--wait"), QStringLiteral("5")});
+    RunningMonitor monitor({"--wait", "5"});
     ASSERT_TRUE(monitor.waitForOutput("[iRacing plugin] Connected")) << monitor.output();
     ASSERT_TRUE(monitor.waitForOutput(" ticks/s, ")) << monitor.output();
-    simulator.terminate();
-    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+    simulator.askToEnd();
+    EXPECT_EQ(monitor.waitForExit(), Ok) << monitor.output();
 }
 
 TEST(MonitorAndSimulator, EndsInOrderWhenItIsAskedTo) {
     const RunningSimulator simulator;
     RunningMonitor monitor({});
     ASSERT_TRUE(monitor.waitForOutput(" ticks/s, ")) << monitor.output();
-    monitor.terminate();
-    EXPECT_EQ(monitor.waitForEnd(), Ok) << monitor.output();
+    monitor.askToEnd();
+    EXPECT_EQ(monitor.waitForExit(), Ok) << monitor.output();
     EXPECT_NE(monitor.output().find("[iRacing plugin] Disconnected"), std::string::npos);
 }
 

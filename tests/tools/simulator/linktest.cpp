@@ -1,6 +1,6 @@
 #include "irsdk/irsdk.h"
 #include "irsdk/layout.h"
-#include "tests/support/childprocess.h"
+#include "tests/support/simulatorprocess.h"
 #include "tools/simulator/checksum.h"
 #include "tools/simulator/variabletable.h"
 
@@ -14,12 +14,13 @@
 #include <vector>
 
 using namespace simulator;
-using testsupport::ChildProcess;
+using testsupport::onShortTrack;
+using testsupport::SimulatorProcess;
 
 namespace {
 
-constexpr int kAnswerTime = 60'000;  // milliseconds; only a hang takes as long
 constexpr int kTicks = 1000;
+const std::vector<std::string> kLockstep = onShortTrack(6, {"--lockstep"});
 constexpr std::size_t kNoPlace = std::numeric_limits<std::size_t>::max();
 
 /** The simulator as a program of its own, with the link as its reader. */
@@ -28,31 +29,10 @@ protected:
     void SetUp() override { irsdk_shutdown(); }
     void TearDown() override { irsdk_shutdown(); }
 
-    /** Starts the program and waits until it publishes; its arguments are those of `options`. */
-    static void begin(ChildProcess& program, std::vector<std::string> arguments,
-                      ChildProcess::Console console = ChildProcess::Console::Shared) {
-        arguments.insert(arguments.end(), {"--track", "short", "--cars", "6"});
-        ASSERT_TRUE(
-            program.start(testsupport::siblingProgram("rataip-simulator"), arguments, console));
-        ASSERT_EQ(lineThatBegins(program, "Publishing ").rfind("Publishing ", 0), 0U);
-    }
-
     static void open() { ASSERT_TRUE(irsdk_startup()) << irsdk_errorText(irsdk_lastError()); }
 
-    /** The first of the next lines that begins so; empty when none comes. */
-    static std::string lineThatBegins(ChildProcess& program, const std::string& start) {
-        std::optional<std::string> line = program.readLine(kAnswerTime);
-        while (line && line->rfind(start, 0) != 0) {
-            line = program.readLine(kAnswerTime);
-        }
-        return line.value_or("");
-    }
-
     /** One tick in lock step. */
-    static void step(ChildProcess& program) {
-        ASSERT_TRUE(program.writeLine(""));
-        ASSERT_NE(lineThatBegins(program, "tick "), "");
-    }
+    static void step(SimulatorProcess& program) { ASSERT_TRUE(program.step().has_value()); }
 
     /** Where an int of the snapshot lies, as the published table says. */
     static std::size_t placeOf(const char* name) {
@@ -95,8 +75,8 @@ protected:
 }  // namespace
 
 TEST_F(SimulatorLink, TakesEveryTickOfARunInLockStep) {
-    ChildProcess program;
-    begin(program, {"--lockstep"});
+    SimulatorProcess program(kLockstep);
+    ASSERT_TRUE(program.publishes());
     open();
     makeRoom();
     step(program);
@@ -115,15 +95,17 @@ TEST_F(SimulatorLink, TakesEveryTickOfARunInLockStep) {
 TEST_F(SimulatorLink, AccountsForAThousandTicksOfARunByTheClock) {
     constexpr int kTicksPerSecond = 60;
     constexpr int kAllTicks = 40 * kTicksPerSecond;  // enough to begin seconds late
-    ChildProcess program;
-    begin(program, {"--speed", "4", "--duration", std::to_string(kAllTicks / kTicksPerSecond)});
+    SimulatorProcess program(onShortTrack(
+        6, {"--speed", "4", "--duration", std::to_string(kAllTicks / kTicksPerSecond)}));
+    ASSERT_TRUE(program.publishes());
     open();
     makeRoom();
     int delivered = 0;
     int skipped = 0;
     int last = 0;
     int first = 0;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kAnswerTime);
+    const auto end =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(SimulatorProcess::kPatience);
     bool isOver = false;
     while (!isOver && std::chrono::steady_clock::now() < end) {
         if (!takes(1000)) {
@@ -145,7 +127,7 @@ TEST_F(SimulatorLink, AccountsForAThousandTicksOfARunByTheClock) {
     EXPECT_EQ(delivered + skipped, last - first);
     EXPECT_GE(last - first, kTicks);
     EXPECT_GE(delivered, kTicks / 10) << "even on a machine that is busy with other things";
-    const std::string account = lineThatBegins(program, "Ended after ");
+    const std::string account = program.readLineThatBegins("Ended after ");
     EXPECT_EQ(account, "Ended after " + std::to_string(kAllTicks) + " ticks.");
     EXPECT_LE(last, kAllTicks);
     RecordProperty("delivered", delivered);
@@ -154,14 +136,12 @@ TEST_F(SimulatorLink, AccountsForAThousandTicksOfARunByTheClock) {
 }
 
 TEST_F(SimulatorLink, FindsTheStatusClearedAfterAnOrderlyEnd) {
-    ChildProcess program;
-    begin(program, {"--lockstep"});
+    SimulatorProcess program(kLockstep);
+    ASSERT_TRUE(program.publishes());
     open();
     ASSERT_EQ(status(), irsdk_stConnected);
 
-    ASSERT_TRUE(program.writeLine("quit"));
-
-    EXPECT_EQ(program.waitForExit(kAnswerTime), 0);
+    EXPECT_EQ(program.quit(), 0);
     EXPECT_EQ(status(), 0);
     EXPECT_FALSE(irsdk_isConnected());
 }
@@ -170,40 +150,40 @@ TEST_F(SimulatorLink, FindsTheStatusClearedAfterAnOrderlyEnd) {
 TEST_F(SimulatorLink, FindsTheStatusClearedAfterTheEndOfTheInput) {
     constexpr int kRuns = 10;
     for (int run = 0; run < kRuns; ++run) {
-        ChildProcess program;
-        begin(program, {"--lockstep"});
+        SimulatorProcess program(kLockstep);
+        ASSERT_TRUE(program.publishes());
         open();
 
         program.closeInput();
 
-        ASSERT_EQ(program.waitForExit(kAnswerTime), 0) << run;
+        ASSERT_EQ(program.waitForExit(), 0) << run;
         EXPECT_EQ(status(), 0) << run;
         irsdk_shutdown();
     }
 }
 
 TEST_F(SimulatorLink, FindsTheStatusClearedAfterTheSimulatorWasAskedToEnd) {
-    ChildProcess program;
-    begin(program, {}, ChildProcess::Console::Own);
+    SimulatorProcess program(onShortTrack(6), SimulatorProcess::Console::Own);
+    ASSERT_TRUE(program.publishes());
     open();
 
     program.askToEnd();
 
-    EXPECT_EQ(program.waitForExit(kAnswerTime), 0);
+    EXPECT_EQ(program.waitForExit(), 0);
     EXPECT_EQ(status(), 0);
 }
 
 TEST_F(SimulatorLink, ReadsTheSimulatorThatFollowsACrashedOne) {
-    ChildProcess crashed;
-    begin(crashed, {"--lockstep"});
+    SimulatorProcess crashed(kLockstep);
+    ASSERT_TRUE(crashed.publishes());
     open();
     makeRoom();
     step(crashed);
     crashed.kill();
     irsdk_shutdown();
 
-    ChildProcess next;
-    begin(next, {"--lockstep"});
+    SimulatorProcess next(kLockstep);
+    ASSERT_TRUE(next.publishes());
     open();
     step(next);
     ASSERT_FALSE(takes(0));
@@ -213,13 +193,12 @@ TEST_F(SimulatorLink, ReadsTheSimulatorThatFollowsACrashedOne) {
 }
 
 TEST_F(SimulatorLink, LeavesTheObjectsToTheSimulatorThatCameFirst) {
-    ChildProcess first;
-    begin(first, {"--lockstep"});
-    ChildProcess second;
-    ASSERT_TRUE(second.start(testsupport::siblingProgram("rataip-simulator"), {"--lockstep"}));
+    SimulatorProcess first(kLockstep);
+    ASSERT_TRUE(first.publishes());
+    SimulatorProcess second({"--lockstep"});
 
     constexpr int kCouldNotStart = 2;
-    EXPECT_EQ(second.waitForExit(kAnswerTime), kCouldNotStart);
+    EXPECT_EQ(second.waitForExit(), kCouldNotStart);
     open();
     makeRoom();
     step(first);
@@ -229,11 +208,11 @@ TEST_F(SimulatorLink, LeavesTheObjectsToTheSimulatorThatCameFirst) {
 }
 
 TEST_F(SimulatorLink, SendsCommandsWithTheirSigns) {
-    ChildProcess program;
-    begin(program, {"--lockstep"});
+    SimulatorProcess program(kLockstep);
+    ASSERT_TRUE(program.publishes());
 
     irsdk_broadcastMsg(irsdk_BroadcastMsg{3}, -5, 70000);
-    EXPECT_NE(lineThatBegins(program, "Broadcast message 3 (-5, 70000), number "), "");
+    EXPECT_NE(program.readLineThatBegins("Broadcast message 3 (-5, 70000), number "), "");
     irsdk_broadcastMsg(irsdk_BroadcastMsg{12}, 0x7FFF, std::numeric_limits<int>::min());
-    EXPECT_NE(lineThatBegins(program, "Broadcast message 12 (32767, -2147483648), number "), "");
+    EXPECT_NE(program.readLineThatBegins("Broadcast message 12 (32767, -2147483648), number "), "");
 }

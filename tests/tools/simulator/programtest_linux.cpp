@@ -1,6 +1,7 @@
 #include "irsdk/irsdk.h"
 #include "irsdk/layout.h"
-#include "tests/tools/simulator/simulatorprocess_linux.h"
+#include "tests/support/drivenlaps.h"
+#include "tests/support/simulatorprocess.h"
 #include "tools/simulator/checksum.h"
 #include "tools/simulator/laplog.h"
 #include "tools/simulator/variabletable.h"
@@ -15,16 +16,17 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <span>
-#include <sstream>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
 using namespace simulator;
+using testsupport::DrivenLap;
+using testsupport::onShortTrack;
+using testsupport::SimulatorProcess;
 
 namespace {
 
@@ -87,17 +89,17 @@ std::filesystem::path temporary(const char* name) {
            (std::string("rataip-simulator-") + std::to_string(::getpid()) + name);
 }
 
-const std::vector<std::string> kLockstep = {"--lockstep", "--track", "short", "--cars", "6"};
+const std::vector<std::string> kLockstep = onShortTrack(6, {"--lockstep"});
 
-std::vector<std::string> with(std::vector<std::string> arguments,
-                              const std::vector<std::string>& more) {
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return arguments;
-}
-
-// Starts a simulator and waits until it publishes.
-void begin(SimulatorProcess& process) {
-    ASSERT_NE(process.readUntil("Publishing "), "");
+/** That the program ends with that status and says this on the standard error alone. */
+void expectRefusal(const std::vector<std::string>& arguments, int status,
+                   const std::string& sentence) {
+    SimulatorProcess errorsAside(arguments);
+    EXPECT_EQ(errorsAside.waitForExit(), status);
+    EXPECT_EQ(errorsAside.output(), "");
+    SimulatorProcess process(arguments, SimulatorProcess::Console::Own);
+    EXPECT_EQ(process.waitForExit(), status);
+    EXPECT_EQ(process.output(), "rataip-simulator: " + sentence + '\n');
 }
 
 constexpr std::chrono::seconds kPatience(60);  // only a hang takes as long
@@ -134,12 +136,11 @@ bool goesOn(const MappedBlock& block) {
 // Everything that a run in lock step has published, as one sum over the block at every tick.
 std::uint64_t sumOfRun(const std::vector<std::string>& arguments, int ticks) {
     SimulatorProcess process(arguments);
-    EXPECT_NE(process.readUntil("Publishing "), "");
+    EXPECT_TRUE(process.publishes());
     const MappedBlock block;
     std::uint64_t sum = 0xCBF29CE484222325U;
     for (int tick = 0; tick < ticks && block.isMapped(); ++tick) {
-        process.tell("");
-        EXPECT_EQ(process.readUntil("tick "), "tick " + std::to_string(tick + 1));
+        EXPECT_EQ(process.step(), tick + 1);
         for (const std::byte byte : block.all().first(65536)) {
             sum = (sum ^ static_cast<std::uint64_t>(byte)) * 0x100000001B3U;
         }
@@ -147,8 +148,7 @@ std::uint64_t sumOfRun(const std::vector<std::string>& arguments, int ticks) {
             sum = (sum ^ static_cast<std::uint64_t>(byte)) * 0x100000001B3U;
         }
     }
-    process.tell("quit");
-    EXPECT_EQ(process.wait(), 0);
+    EXPECT_EQ(process.quit(), 0);
     return sum;
 }
 
@@ -156,34 +156,28 @@ std::uint64_t sumOfRun(const std::vector<std::string>& arguments, int ticks) {
 
 TEST(SimulatorProgram, PrintsItsVersionAndItsHelp) {
     SimulatorProcess version({"--version"});
-    EXPECT_EQ(version.wait(), 0);
+    EXPECT_EQ(version.waitForExit(), 0);
     EXPECT_EQ(version.output(), "rataip-simulator " SIMULATOR_VERSION "\n");
     SimulatorProcess help({"--help"});
-    EXPECT_EQ(help.wait(), 0);
+    EXPECT_EQ(help.waitForExit(), 0);
     EXPECT_NE(help.output().find("--lockstep"), std::string::npos);
     EXPECT_FALSE(objectsAreThere());
 }
 
 TEST(SimulatorProgram, EndsWithOneSentenceAndTheStatusOfAllProgramsAfterABadOption) {
-    SimulatorProcess process({"--cars", "900"});
-    EXPECT_EQ(process.wait(), 1);
-    EXPECT_EQ(process.errors(),
-              "rataip-simulator: --cars needs a whole number from 1 to 64, not \"900\".\n");
-    EXPECT_EQ(process.output(), "");
+    expectRefusal({"--cars", "900"}, 1, "--cars needs a whole number from 1 to 64, not \"900\".");
     EXPECT_FALSE(objectsAreThere());
 }
 
 TEST(SimulatorProgram, EndsWithOneSentenceWhenItsLogCannotBeWritten) {
-    SimulatorProcess process({"--log", "/nowhere/at/all.tsv"});
-    EXPECT_EQ(process.wait(), 2);
-    EXPECT_EQ(process.errors(),
-              "rataip-simulator: The log \"/nowhere/at/all.tsv\" cannot be written.\n");
+    expectRefusal({"--log", "/nowhere/at/all.tsv"}, 2,
+                  "The log \"/nowhere/at/all.tsv\" cannot be written.");
     EXPECT_FALSE(objectsAreThere());
 }
 
 TEST(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
     SimulatorProcess process(kLockstep);
-    begin(process);
+    ASSERT_TRUE(process.publishes());
     struct stat facts {};
     for (const char* name : {kBlockFile, kEventFile}) {
         ASSERT_EQ(::stat(name, &facts), 0) << name;
@@ -194,16 +188,16 @@ TEST(SimulatorProgram, CreatesItsObjectsForItsOwnUserAlone) {
 
 TEST(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
     SimulatorProcess process(kLockstep);
-    begin(process);
+    ASSERT_TRUE(process.publishes());
     const MappedBlock block;
     ASSERT_TRUE(block.isMapped());
     EXPECT_EQ(block.header().status, irsdk_stConnected);
-    process.tell("");
+    process.writeLine("");
     EXPECT_EQ(process.readLine(), "tick 1");
     EXPECT_EQ(block.descriptor(block.newest()).tickCount, 1);
-    process.tell("step");
+    process.writeLine("step");
     EXPECT_EQ(process.readLine(), "tick 2");
-    process.tell("step 40\r");
+    process.writeLine("step 40\r");
     EXPECT_EQ(process.readLine(), "tick 42");
     EXPECT_EQ(block.descriptor(block.newest()).tickCount, 42);
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -212,7 +206,7 @@ TEST(SimulatorProgram, PublishesOneTickForEachLineInLockStep) {
 
 TEST(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
     SimulatorProcess process(kLockstep);
-    begin(process);
+    ASSERT_TRUE(process.publishes());
     const int file = ::shm_open("/IRSDKDataValidEvent", O_RDONLY, 0);
     ASSERT_GE(file, 0);
     void* start = ::mmap(nullptr, 4, PROT_READ, MAP_SHARED, file, 0);
@@ -221,8 +215,7 @@ TEST(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
     std::uint32_t before = 0;
     std::uint32_t after = 0;
     std::memcpy(&before, start, sizeof before);
-    process.tell("step 25");
-    process.readUntil("tick ");
+    process.step(25);
     std::memcpy(&after, start, sizeof after);
     EXPECT_EQ(after - before, 25U);
     ::munmap(start, 4);
@@ -230,48 +223,46 @@ TEST(SimulatorProgram, CountsEachCompletedBufferInTheEvent) {
 
 TEST(SimulatorProgram, RefusesCommandsThatItDoesNotKnow) {
     SimulatorProcess process(kLockstep);
-    begin(process);
+    ASSERT_TRUE(process.publishes());
     for (const char* line : {"step 0", "step -1", "step x", "jump", "stall", "stall x", "stall -1",
                              "status", "status maybe", "quit now"}) {
-        process.tell(line);
+        process.writeLine(line);
         EXPECT_EQ(process.readLine(), std::string("unknown command: ") + line);
     }
-    process.tell("step");
-    EXPECT_EQ(process.readLine(), "tick 1");
+    EXPECT_EQ(process.step(), 1);
 }
 
 TEST(SimulatorProgram, ClearsAndSetsTheStatusBitWhenTold) {
     SimulatorProcess process(kLockstep);
-    begin(process);
+    ASSERT_TRUE(process.publishes());
     const MappedBlock block;
-    process.tell("status off");
+    process.writeLine("status off");
     EXPECT_EQ(process.readLine(), "ok");
     EXPECT_EQ(block.header().status & irsdk_stConnected, 0);
-    process.tell("status on");
+    process.writeLine("status on");
     EXPECT_EQ(process.readLine(), "ok");
     EXPECT_EQ(block.header().status & irsdk_stConnected, irsdk_stConnected);
 }
 
 TEST(SimulatorProgram, StallsWhenToldWhileItRunsByTheClock) {
-    SimulatorProcess process({"--commands", "--track", "short", "--cars", "3", "--speed", "10"});
-    begin(process);
+    SimulatorProcess process(onShortTrack(3, {"--commands", "--speed", "10"}));
+    ASSERT_TRUE(process.publishes());
     const MappedBlock block;
-    process.tell("stall 6");
+    process.writeLine("stall 6");
     EXPECT_TRUE(standsStill(block, std::chrono::seconds(1)));
-    EXPECT_EQ(process.readUntil("ok"), "ok");
+    EXPECT_EQ(process.readLineThatBegins("ok"), "ok");
     EXPECT_TRUE(goesOn(block));
-    process.tell("step");
-    EXPECT_EQ(process.readUntil("step is"), "step is for lock step only");
-    process.tell("quit");
-    EXPECT_EQ(process.wait(), 0);
+    process.writeLine("step");
+    EXPECT_EQ(process.readLineThatBegins("step is"), "step is for lock step only");
+    EXPECT_EQ(process.quit(), 0);
 }
 
 TEST(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
     SimulatorProcess process(kLockstep);
-    begin(process);
-    process.tell("step 3");
+    ASSERT_TRUE(process.publishes());
+    process.writeLine("step 3");
     process.closeInput();
-    EXPECT_EQ(process.wait(), 0);
+    EXPECT_EQ(process.waitForExit(), 0);
     EXPECT_NE(process.output().find("tick 3\n"), std::string::npos);
     EXPECT_FALSE(objectsAreThere());
 }
@@ -279,11 +270,11 @@ TEST(SimulatorProgram, EndsInOrderWhenItsInputEndsInLockStep) {
 TEST(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
     for (const int number : {SIGINT, SIGTERM}) {
         SimulatorProcess process({"--track", "short"});
-        begin(process);
+        ASSERT_TRUE(process.publishes());
         const MappedBlock block;
         ASSERT_TRUE(block.isMapped());
-        process.sendSignal(number);
-        EXPECT_EQ(process.wait(), 0);
+        ::kill(process.id(), number);
+        EXPECT_EQ(process.waitForExit(), 0);
         EXPECT_EQ(block.header().status & irsdk_stConnected, 0);
         EXPECT_FALSE(objectsAreThere());
     }
@@ -291,42 +282,35 @@ TEST(SimulatorProgram, ClearsTheStatusBitAndRemovesItsObjectsOnCtrlC) {
 
 TEST(SimulatorProgram, RefusesToStartWhileAnotherOnePublishes) {
     SimulatorProcess first(kLockstep);
-    begin(first);
-    SimulatorProcess second(kLockstep);
-    EXPECT_EQ(second.wait(), 2);
-    EXPECT_EQ(second.errors(),
-              "rataip-simulator: Another simulator is publishing on this machine.\n");
+    ASSERT_TRUE(first.publishes());
+    expectRefusal(kLockstep, 2, "Another simulator is publishing on this machine.");
     EXPECT_TRUE(std::filesystem::exists(kBlockFile)) << "the first one's";
-    first.tell("");
-    EXPECT_EQ(first.readLine(), "tick 1");
+    EXPECT_EQ(first.step(), 1);
 }
 
 TEST(SimulatorProgram, TakesOverWhatACrashedOneLeft) {
     SimulatorProcess crashed({"--track", "short", "--buffer-count", "4", "--pad-buffer", "50000"});
-    begin(crashed);
+    ASSERT_TRUE(crashed.publishes());
     const MappedBlock old;
     ASSERT_TRUE(old.isMapped());
-    crashed.sendSignal(SIGKILL);
-    EXPECT_EQ(crashed.wait(), -SIGKILL);
+    crashed.kill();
     ASSERT_TRUE(std::filesystem::exists(kBlockFile));
     SimulatorProcess next(kLockstep);
-    begin(next);
+    ASSERT_TRUE(next.publishes());
     const MappedBlock block;
-    next.tell("step 5");
-    EXPECT_EQ(next.readLine(), "tick 5");
+    EXPECT_EQ(next.step(5), 5);
     EXPECT_EQ(block.header().numBuf, 3);
     EXPECT_EQ(block.descriptor(block.newest()).tickCount, 5);
     EXPECT_EQ(old.header().numBuf, 4) << "a reader's old block stays as it was";
-    next.tell("quit");
-    EXPECT_EQ(next.wait(), 0);
+    EXPECT_EQ(next.quit(), 0);
     EXPECT_FALSE(objectsAreThere());
 }
 
 TEST(SimulatorProgram, PublishesTheSameBytesTwiceForTheSameSeed) {
-    const auto arguments = with(kLockstep, {"--seed", "9"});
+    const auto arguments = onShortTrack(6, {"--lockstep", "--seed", "9"});
     const std::uint64_t first = sumOfRun(arguments, 400);
     EXPECT_EQ(sumOfRun(arguments, 400), first);
-    EXPECT_NE(sumOfRun(with(kLockstep, {"--seed", "10"}), 400), first);
+    EXPECT_NE(sumOfRun(onShortTrack(6, {"--lockstep", "--seed", "10"}), 400), first);
 }
 
 TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
@@ -337,18 +321,14 @@ TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
     const VariableTable table(options);
     std::map<int, std::vector<float>> published;
     {
-        SimulatorProcess process(with(kLockstep, {"--log", log.string(), "--laps", "4"}));
-        begin(process);
+        SimulatorProcess process(
+            onShortTrack(6, {"--lockstep", "--log", log.string(), "--laps", "4"}));
+        ASSERT_TRUE(process.publishes());
         const MappedBlock block;
         const std::size_t times = table.find("CarIdxLastLapTime")->offset;
         const std::size_t laps = table.find("CarIdxLapCompleted")->offset;
         std::map<int, std::int32_t> counts;
-        while (true) {
-            process.tell("");
-            const std::string answer = process.readUntil("tick ");
-            if (answer.empty()) {
-                break;
-            }
+        while (process.step()) {
             for (int car = 0; car < options.cars; ++car) {
                 const std::size_t at = static_cast<std::size_t>(car) * 4U;
                 std::int32_t lap = 0;
@@ -361,24 +341,15 @@ TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
                 }
             }
         }
-        EXPECT_EQ(process.wait(), 0);
+        EXPECT_EQ(process.waitForExit(), 0);
     }
-    std::ifstream file(log);
-    std::string line;
-    std::getline(file, line);
     int compared = 0;
-    while (std::getline(file, line)) {
-        std::istringstream columns(line);
-        int car = 0;
-        int lap = 0;
-        std::string kind;
-        double seconds = 0.0;
-        float asFloat = 0.0F;
-        columns >> car >> lap >> kind >> seconds >> asFloat;
-        EXPECT_EQ(asFloat, static_cast<float>(seconds));
-        if (line.substr(line.size() - 3) == "yes" &&
-            static_cast<std::size_t>(lap) < published[car].size()) {
-            EXPECT_EQ(published[car][static_cast<std::size_t>(lap)], asFloat) << line;
+    for (const DrivenLap& lap : testsupport::readDrivenLaps(log.string()).value()) {
+        EXPECT_EQ(lap.published, static_cast<float>(lap.seconds));
+        const std::vector<float>& times = published[lap.car];
+        const auto index = static_cast<std::size_t>(lap.lap);
+        if (lap.complete && index < times.size()) {
+            EXPECT_EQ(times[index], lap.published) << "car " << lap.car << ", lap " << lap.lap;
             ++compared;
         }
     }
@@ -388,29 +359,28 @@ TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
 
 TEST(SimulatorProgram, EndsAfterTheTimeAskedFor) {
     SimulatorProcess process({"--speed", "max", "--duration", "20", "--track", "short"});
-    EXPECT_EQ(process.wait(), 0);
+    EXPECT_EQ(process.waitForExit(), 0);
     EXPECT_NE(process.output().find("Ended after 1200 ticks."), std::string::npos);
     EXPECT_FALSE(objectsAreThere());
 }
 
 TEST(SimulatorProgram, EndsSomeTicksAfterTheLapsAskedFor) {
     SimulatorProcess process({"--speed", "max", "--laps", "2", "--track", "short"});
-    EXPECT_EQ(process.wait(), 0);
+    EXPECT_EQ(process.waitForExit(), 0);
     EXPECT_NE(process.output().find("flying, complete"), std::string::npos);
 }
 
 TEST(SimulatorProgram, PrintsNothingWhenQuiet) {
-    SimulatorProcess process(with(kLockstep, {"--quiet"}));
-    process.tell("step 10");
-    process.tell("quit");
-    EXPECT_EQ(process.wait(), 0);
+    SimulatorProcess process(onShortTrack(6, {"--lockstep", "--quiet"}),
+                             SimulatorProcess::Console::Own);
+    process.writeLine("step 10");
+    EXPECT_EQ(process.quit(), 0);
     EXPECT_EQ(process.output(), "");
-    EXPECT_EQ(process.errors(), "");
 }
 
 TEST(SimulatorProgram, KeepsPaceWithTheClock) {
-    SimulatorProcess process({"--track", "short", "--cars", "3", "--speed", "4"});
-    begin(process);
+    SimulatorProcess process(onShortTrack(3, {"--speed", "4"}));
+    ASSERT_TRUE(process.publishes());
     const MappedBlock block;
     ASSERT_TRUE(goesOn(block)) << "the block is there before its first tick";
     constexpr double kPace = 240.0;
@@ -430,9 +400,9 @@ TEST(SimulatorProgram, KeepsPaceWithTheClock) {
 
 TEST(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
     SimulatorProcess process(kLockstep);
-    begin(process);
+    ASSERT_TRUE(process.publishes());
     irsdk_broadcastMsg(irsdk_BroadcastMsg{3}, -5, 70000);
-    const std::string line = process.readUntil("Broadcast message");
+    const std::string line = process.readLineThatBegins("Broadcast message");
     EXPECT_EQ(line.rfind("Broadcast message 3 (-5, 70000), number ", 0), 0U) << line;
 }
 
@@ -442,15 +412,13 @@ TEST(SimulatorProgram, IsReadByTheLinkWithoutALostOrTornTick) {
     options.cars = 6;
     const std::size_t checksumAt = VariableTable(options).find(kChecksumName)->offset;
     SimulatorProcess process(kLockstep);
-    begin(process);
+    ASSERT_TRUE(process.publishes());
     ASSERT_TRUE(irsdk_startup());
     std::vector<char> data(static_cast<std::size_t>(irsdk_getHeader()->bufferLength));
-    process.tell("");
-    process.readUntil("tick ");
+    process.step();
     EXPECT_FALSE(irsdk_getNewData(data.data())) << "the first look only notes the tick";
     for (int tick = 2; tick < 300; ++tick) {
-        process.tell("");
-        process.readUntil("tick ");
+        process.step();
         ASSERT_TRUE(irsdk_getNewData(data.data()));
         ASSERT_FALSE(irsdk_getNewData(data.data()));
         std::int32_t checksum = 0;

@@ -1,4 +1,4 @@
-#include "tests/support/childprocess.h"
+#include "tests/support/simulatorprocess.h"
 
 #include <gtest/gtest.h>
 
@@ -6,44 +6,23 @@
 #include <vector>
 #include <windows.h>
 
-using testsupport::ChildProcess;
-
-namespace {
-
-constexpr int kAnswerTime = 60'000;  // milliseconds; only a hang takes as long
-
-/** Waits until the program publishes, which it does after its window was made. */
-bool startsAndPublishes(ChildProcess& program, const std::vector<std::string>& arguments) {
-    if (!program.start(testsupport::siblingProgram("rataip-simulator"), arguments)) {
-        return false;
-    }
-    return program.readLine(kAnswerTime).value_or("").rfind("Publishing ", 0) == 0;
-}
-
-/** The program's last line. */
-std::string rest(ChildProcess& program) {
-    std::string last;
-    while (const std::optional<std::string> line = program.readLine(kAnswerTime)) {
-        last = *line;
-    }
-    return last;
-}
-
-}  // namespace
+using testsupport::SimulatorProcess;
 
 class SimulatorWindow : public ::testing::TestWithParam<std::vector<std::string>> {};
 
 // As "taskkill" and the task list ask a program to end.
 TEST_P(SimulatorWindow, EndsTheProgramInOrderWhenItIsAskedToClose) {
-    ChildProcess program;
-    ASSERT_TRUE(startsAndPublishes(program, GetParam()));
+    SimulatorProcess program(GetParam());
+    // Its window was made before.
+    ASSERT_TRUE(program.publishes());
     const HWND window = FindWindowW(L"rataip-simulator", nullptr);
     ASSERT_NE(window, nullptr);
 
     ASSERT_TRUE(PostMessageW(window, WM_CLOSE, 0, 0));
 
-    ASSERT_EQ(program.waitForExit(kAnswerTime), 0);
-    EXPECT_EQ(rest(program).rfind("Ended after ", 0), 0U);
+    ASSERT_EQ(program.waitForExit(), 0);
+    EXPECT_NE(program.readLineThatBegins("Ended after "), "");
+    EXPECT_FALSE(program.readLine().has_value()) << "the last line";
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,4 +1,4 @@
-#include "tests/tools/backgroundprogram.h"
+#include "tests/support/childprocess.h"
 #include "tests/tools/programrun.h"
 
 #include <QDir>
@@ -10,9 +10,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
+#include <string>
+#include <vector>
 
 namespace {
+
+using testsupport::ChildProcess;
 
 enum ExitStatus {
     Ok = 0,
@@ -44,13 +47,12 @@ TEST(ViewerProgramWithoutDisplay, HelpsAndComplainsAsWithOne) {
 class ViewerProgramToEnd : public ::testing::Test {
 protected:
     /** Starts the program and waits until it listens to requests to end. */
-    void start(const QStringList& arguments) {
-        viewer = std::make_unique<BackgroundProgram>(
-            QStringLiteral("env"),
-            QStringList{QStringLiteral("QT_QPA_PLATFORM=offscreen"),
-                        QStringLiteral("XDG_CONFIG_HOME=") + settings.path(),
-                        QStringLiteral(VIEWER_PROGRAM), QStringLiteral("/no/such/plugin.so")} +
-                arguments);
+    void start(const std::vector<std::string>& options) {
+        std::vector<std::string> arguments{"QT_QPA_PLATFORM=offscreen",
+                                           "XDG_CONFIG_HOME=" + settings.path().toStdString(),
+                                           VIEWER_PROGRAM, "/no/such/plugin.so"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        ASSERT_TRUE(viewer.start("env", arguments, ChildProcess::Console::Own));
         constexpr int mostTries = 6000;
         for (int tries = 0; tries < mostTries && !isListening(); ++tries) {
             QThread::msleep(10);
@@ -59,7 +61,7 @@ protected:
     }
 
     [[nodiscard]] bool isListening() const {
-        const QDir files(QStringLiteral("/proc/%1/fd").arg(viewer->id()));
+        const QDir files(QStringLiteral("/proc/%1/fd").arg(viewer.id()));
         const QFileInfoList all = files.entryInfoList(QDir::Files | QDir::System);
         return std::any_of(all.cbegin(), all.cend(), [](const QFileInfo& file) {
             return file.symLinkTarget().contains(QStringLiteral("signalfd"));
@@ -67,26 +69,26 @@ protected:
     }
 
     QTemporaryDir settings;
-    std::unique_ptr<BackgroundProgram> viewer;
+    ChildProcess viewer;
 };
 
 TEST_F(ViewerProgramToEnd, StoresItsLayoutAndSaysThatItWasAskedTo) {
     start({});
-    viewer->terminate();
-    EXPECT_EQ(viewer->waitForEnd(), Ok) << viewer->output();
-    EXPECT_NE(viewer->output().find("rataip-viewer: closed, as it was asked to\n"),
+    viewer.askToEnd();
+    EXPECT_EQ(viewer.waitForExit(), Ok) << viewer.output();
+    EXPECT_NE(viewer.output().find("rataip-viewer: closed, as it was asked to\n"),
               std::string::npos)
-        << viewer->output();
+        << viewer.output();
     const QSettings stored(settings.filePath(QStringLiteral("rataip/rataip-viewer.conf")),
                            QSettings::IniFormat);
     EXPECT_TRUE(stored.contains(QStringLiteral("window/layout")));
 }
 
 TEST_F(ViewerProgramToEnd, MissesThePicturesOfTheEnd) {
-    start({QStringLiteral("--duration"), QStringLiteral("3600"), QStringLiteral("--picture"),
-           settings.filePath(QStringLiteral("window.png"))});
-    viewer->terminate();
-    EXPECT_EQ(viewer->waitForEnd(), NoPicture) << viewer->output();
+    start({"--duration", "3600", "--picture",
+           settings.filePath(QStringLiteral("window.png")).toStdString()});
+    viewer.askToEnd();
+    EXPECT_EQ(viewer.waitForExit(), NoPicture) << viewer.output();
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "tests/tools/backgroundprogram.h"
+#include "tests/support/simulatorprocess.h"
 #include "tools/viewer/mainwindow.h"
 
 #include <QTemporaryDir>
@@ -36,11 +36,8 @@ TEST(ViewerAndSimulator, ShowsCarsTracesAndLapsThroughThePlugin) {
     session.connectToSource();
     EXPECT_EQ(session.state(), Session::State::Waiting);
 
-    const BackgroundProgram simulator(
-        QStringLiteral(SIMULATOR_PROGRAM),
-        {QStringLiteral("--cars"), QStringLiteral("5"), QStringLiteral("--track"),
-         QStringLiteral("short"), QStringLiteral("--speed"), QStringLiteral("4"),
-         QStringLiteral("--quiet")});
+    const testsupport::SimulatorProcess simulator(
+        testsupport::onShortTrack(5, {"--speed", "4", "--quiet"}));
     ASSERT_TRUE(QTest::qWaitFor([&session] { return session.state() == Session::State::Connected; },
                                 longestWaitMs));
     ASSERT_TRUE(
