@@ -12,13 +12,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <iterator>
 #include <memory>
 #include <ostream>
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -71,21 +68,13 @@ struct Recording {
 
 /** Connecting takes a tick that comes while it waits for one. */
 bool connectInLockstep(PluginInterfaceLive& plugin, SimulatorProcess& simulator) {
-    constexpr std::chrono::milliseconds betweenSteps(20);
     constexpr int attempts = 10;
     // The answer to a first step says that everything is published.
     EXPECT_TRUE(simulator.step().has_value());
     for (int i = 0; i < attempts && !plugin.isConnected(); ++i) {
-        std::atomic<bool> stop{false};
-        std::thread stepper([&] {
-            while (!stop) {
-                simulator.step();
-                std::this_thread::sleep_for(betweenSteps);
-            }
-        });
+        simulator.goOn();
         plugin.connectToSource();
-        stop = true;
-        stepper.join();
+        simulator.pause();
     }
     return plugin.isConnected();
 }
@@ -102,9 +91,7 @@ Recording record(const SimulatorRun& run) {
     Recording recording;
     const QTemporaryDir folder;
     const std::string log = folder.filePath(u"laps.log"_s).toStdString();
-    std::vector<std::string> arguments = run.arguments;
-    arguments.insert(arguments.end(), {"--lockstep", "--log", log});
-    SimulatorProcess simulator(arguments);
+    SimulatorProcess simulator(testsupport::inLockStep(run.arguments, log));
     QPluginLoader loader(QStringLiteral(PLUGIN_MODULE));
     loader.setLoadHints({});  // of themselves they keep the library in the process
     std::unique_ptr<QObject> object(loader.instance());

@@ -156,7 +156,6 @@ std::optional<int> ChildProcess::exitStatus() const {
 // Ctrl-C reaches all who share the console, so it comes from a program that joins it for the moment
 // and can do without one of its own.
 void ChildProcess::askToEnd() {
-    constexpr DWORD kPatience = 60'000;  // milliseconds; only a hang takes as long
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION sender{};

@@ -1,20 +1,42 @@
 #include "tests/support/simulatorprocess.h"
 
+#include <chrono>
+
 namespace testsupport {
 
 SimulatorProcess::SimulatorProcess(const std::vector<std::string>& arguments, Console console)
     : ChildProcess(siblingProgram("rataip-simulator"), arguments, console) {}
 
+SimulatorProcess::~SimulatorProcess() {
+    pause();
+}
+
 bool SimulatorProcess::publishes() {
     return !readLineThatBegins("Publishing ").empty();
 }
 
-std::optional<int> SimulatorProcess::step(int ticks, int timeOut) {
+std::optional<int> SimulatorProcess::step(int ticks) {
     static const std::string kAnswer = "tick ";
     writeLine("step " + std::to_string(ticks));
     // Laps of the own car are told in lines of their own.
-    const std::string line = readLineThatBegins(kAnswer, timeOut);
+    const std::string line = readLineThatBegins(kAnswer);
     return line.empty() ? std::nullopt : std::optional(std::stoi(line.substr(kAnswer.size())));
+}
+
+void SimulatorProcess::goOn() {
+    static constexpr std::chrono::milliseconds kPace(8);
+    m_pace = std::jthread([this](const std::stop_token& stop) {
+        while (!stop.stop_requested() && step()) {
+            std::this_thread::sleep_for(kPace);
+        }
+    });
+}
+
+void SimulatorProcess::pause() {
+    if (m_pace.joinable()) {
+        m_pace.request_stop();
+        m_pace.join();
+    }
 }
 
 std::optional<int> SimulatorProcess::quit() {
@@ -25,6 +47,11 @@ std::optional<int> SimulatorProcess::quit() {
 std::vector<std::string> onShortTrack(int cars, const std::vector<std::string>& more) {
     std::vector<std::string> arguments{"--track", "short", "--cars", std::to_string(cars)};
     arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
+
+std::vector<std::string> inLockStep(std::vector<std::string> arguments, const std::string& log) {
+    arguments.insert(arguments.end(), {"--lockstep", "--log", log});
     return arguments;
 }
 

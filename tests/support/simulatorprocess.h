@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace testsupport {
@@ -13,15 +14,25 @@ class SimulatorProcess : public ChildProcess {
 public:
     explicit SimulatorProcess(const std::vector<std::string>& arguments,
                               Console console = Console::Shared);
+    ~SimulatorProcess();
+    SimulatorProcess(const SimulatorProcess&) = delete;
+    SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
     /** Waits until the objects are there; false when it has ended before. Not of a quiet one. */
     [[nodiscard]] bool publishes();
 
     /** Publishes ticks in lock step; the number of the last, or none once it has ended. */
-    std::optional<int> step(int ticks = 1, int timeOut = kPatience);
+    std::optional<int> step(int ticks = 1);
+
+    /** Publishes some hundred ticks a second in lock step, on a thread, until pause(). */
+    void goOn();
+    void pause();
 
     /** Ends it in order, after which its log is whole; its exit status. */
     [[nodiscard]] std::optional<int> quit();
+
+private:
+    std::jthread m_pace;
 };
 
 /**
@@ -30,5 +41,9 @@ public:
  */
 [[nodiscard]] std::vector<std::string> onShortTrack(int cars,
                                                     const std::vector<std::string>& more = {});
+
+/** The same to be moved tick by tick, with a log of the laps that are driven. */
+[[nodiscard]] std::vector<std::string> inLockStep(std::vector<std::string> arguments,
+                                                  const std::string& log);
 
 }  // namespace testsupport

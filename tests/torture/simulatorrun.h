@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace torture {
@@ -15,11 +14,11 @@ namespace torture {
  * to be ended in every bad way. It looks into the run's block by the link, which is one a process:
  * no other run may live at the same time.
  */
-class SimulatorRun {
+class SimulatorRun : public testsupport::SimulatorProcess {
 public:
     using Clock = std::chrono::steady_clock;
 
-    SimulatorRun(std::vector<std::string> arguments, const std::string& log);
+    SimulatorRun(const std::vector<std::string>& arguments, const std::string& log);
     ~SimulatorRun();
     SimulatorRun(const SimulatorRun&) = delete;
     SimulatorRun& operator=(const SimulatorRun&) = delete;
@@ -30,15 +29,8 @@ public:
     /** When the first tick of this run was published, or the first after a stall. */
     [[nodiscard]] Clock::time_point backSince() const { return m_backSince; }
 
-    /** Publishes the next tick; false when the simulator does not answer. */
-    [[nodiscard]] bool step();
-
     /** Sends a line whose answer is "ok", within `timeOut`; false when it is not. */
     [[nodiscard]] bool command(const std::string& line, std::chrono::milliseconds timeOut);
-
-    /** Publishes some hundred ticks a second, on a thread, until pause(). */
-    void goOn();
-    void pause();
 
     /** Sends the simulator off as fast as it can go, for ever. */
     void rush();
@@ -49,15 +41,10 @@ public:
      */
     bool killInMidWrite();
 
-    /** Ends it at once, wherever it is. */
-    void kill();
-
 private:
-    testsupport::SimulatorProcess m_process;
     std::string m_log;
     bool m_started = false;
     std::atomic<Clock::time_point> m_backSince{Clock::time_point()};
-    std::jthread m_pace;
 };
 
 }  // namespace torture

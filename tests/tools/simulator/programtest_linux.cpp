@@ -1,8 +1,6 @@
-#include "irsdk/irsdk.h"
 #include "irsdk/layout.h"
 #include "tests/support/drivenlaps.h"
 #include "tests/support/simulatorprocess.h"
-#include "tools/simulator/checksum.h"
 #include "tools/simulator/laplog.h"
 #include "tools/simulator/variabletable.h"
 #include "tools/simulator/world.h"
@@ -322,7 +320,7 @@ TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
     std::map<int, std::vector<float>> published;
     {
         SimulatorProcess process(
-            onShortTrack(6, {"--lockstep", "--log", log.string(), "--laps", "4"}));
+            testsupport::inLockStep(onShortTrack(6, {"--laps", "4"}), log.string()));
         ASSERT_TRUE(process.publishes());
         const MappedBlock block;
         const std::size_t times = table.find("CarIdxLastLapTime")->offset;
@@ -396,34 +394,4 @@ TEST(SimulatorProgram, KeepsPaceWithTheClock) {
         pace = ticks / passed.count();
     }
     EXPECT_NEAR(pace, kPace, kTolerance);
-}
-
-TEST(SimulatorProgram, PrintsTheBroadcastMessagesThatItGets) {
-    SimulatorProcess process(kLockstep);
-    ASSERT_TRUE(process.publishes());
-    irsdk_broadcastMsg(irsdk_BroadcastMsg{3}, -5, 70000);
-    const std::string line = process.readLineThatBegins("Broadcast message");
-    EXPECT_EQ(line.rfind("Broadcast message 3 (-5, 70000), number ", 0), 0U) << line;
-}
-
-TEST(SimulatorProgram, IsReadByTheLinkWithoutALostOrTornTick) {
-    Options options;
-    options.track = TrackChoice::Short;
-    options.cars = 6;
-    const std::size_t checksumAt = VariableTable(options).find(kChecksumName)->offset;
-    SimulatorProcess process(kLockstep);
-    ASSERT_TRUE(process.publishes());
-    ASSERT_TRUE(irsdk_startup());
-    std::vector<char> data(static_cast<std::size_t>(irsdk_getHeader()->bufferLength));
-    process.step();
-    EXPECT_FALSE(irsdk_getNewData(data.data())) << "the first look only notes the tick";
-    for (int tick = 2; tick < 300; ++tick) {
-        process.step();
-        ASSERT_TRUE(irsdk_getNewData(data.data()));
-        ASSERT_FALSE(irsdk_getNewData(data.data()));
-        std::int32_t checksum = 0;
-        std::memcpy(&checksum, data.data() + checksumAt, sizeof checksum);
-        EXPECT_EQ(snapshotChecksum(std::as_bytes(std::span(data)), checksumAt), checksum);
-    }
-    irsdk_shutdown();
 }
