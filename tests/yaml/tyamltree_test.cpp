@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <string>
+#include <vector>
+
 namespace {
 
 // The tree of `body` between a document's start and its end.
@@ -24,6 +28,116 @@ int indentationOf(const QString& line, bool& isListItem) {
 bool opensSection(QList<QString> lines) {
     return TYamlTree().isNewSection(lines.begin(), lines.end());
 }
+
+struct Example {
+    const char* body;
+    const char* tree;
+};
+
+/** A rule of the reader, said as a sentence, with what it makes of some texts. */
+struct Rule {
+    const char* name;
+    std::vector<Example> examples;
+};
+
+void PrintTo(const Rule& rule, std::ostream* out) {
+    *out << rule.name;
+}
+
+const Rule kRules[] = {
+    {"ReadsTheSimulatorsLayout",
+     {{"DriverInfo:\n"
+       " DriverCarIdx: 3\n"
+       " Drivers:\n"
+       " - CarIdx: 0\n"
+       "   UserName: A\n"
+       " - CarIdx: 3\n"
+       "   UserName: B\n",
+       "DriverInfo:\n"
+       "DriverInfo/DriverCarIdx=3\n"
+       "DriverInfo/Drivers:\n"
+       "DriverInfo/Drivers/0:\n"
+       "DriverInfo/Drivers/0/UserName=A\n"
+       "DriverInfo/Drivers/3:\n"
+       "DriverInfo/Drivers/3/UserName=B\n"}}},
+    {"StoresAValueUpToASecondSeparator",
+     {{"a: b: c: d\n", "a=b\n"},
+      {"a:: b\n", "a:=b\n"},
+      {"a: b:c\n", "a=b:c\n"},
+      {"a: : c\n", "a=\n"},
+      {": b\n", "=b\n"}}},
+    {"TrimsKeysAndNoValues",
+     {{"a  : b  \n", "a=b  \n"},
+      {"a:  b \r\n", "a= b \r\n"},
+      {"\ta\t: b\t\n", "a=b\t\n"},
+      // A no-break space is white space of a key.
+      {"\xA0 a: b\n", "a=b\n"}}},
+    {"KeepsACarriageReturnOutOfKeysOnly",
+     {// The return is the section line's last character no more once trimmed: the colon is.
+      {"A:\r\n b: 1\r\n", "A:\nA/b=1\r\n"},
+      {"L:\r\n- i: 5\r\n", "L:\nL/5:\n"},
+      // A line with nothing but a return is no empty line.
+      {"\r\n", "=\n"}}},
+    {"CutsTheLastCharacterOffASectionsName",
+     {{"Name\n b: 1\n", "Nam:\nNam/b=1\n"}, {"a: 5\n b: 1\n", "a: :\na: /b=1\n"}}},
+    {"StaysInTheNodeForASectionWithoutAName",
+     {{":\n b: 1\n", "b=1\n"},
+      {"A:\n x: 1\n :\n  b: 1\n", "A:\nA/b=1\nA/x=1\n"},
+      {"\t\n b: 1\n", "b=1\n"},
+      {"   \n b: 1\n", "b=1\n"}}},
+    {"ReusesASectionOfTheSameName", {{"A:\n b: 1\nA:\n c: 2\n", "A:\nA/b=1\nA/c=2\n"}}},
+    {"SkipsEmptyLines", {{"A:\n b: 1\n\n c: 2\n\n\nd: 3\n", "d=3\nA:\nA/b=1\nA/c=2\n"}}},
+    {"OpensNoSectionBeforeAnEmptyLine", {{"A:\n\n b: 1\n", "A:=\nb=1\n"}}},
+    {"GoesUpOneNodeAColumnWhereALineStandsFurtherOut",
+     {{"A:\n B:\n  C:\n   d: 1\n e: 2\nf: 3\n", "f=3\nA:\nA/e=2\nA/B:\nA/B/C:\nA/B/C/d=1\n"}}},
+    {"OpensASectionFurtherOut",
+     {{"A:\n B:\n  c: 1\n D:\n  e: 2\nF:\n g: 3\n",
+       "A:\nA/B:\nA/B/c=1\nA/D:\nA/D/e=2\nF:\nF/g=3\n"}}},
+    {"OpensAListEntryFurtherOut",
+     {{"L:\n - i: 0\n   S:\n    a: 1\n - i: 1\n   b: 2\n",
+       "L:\nL/0:\nL/0/S:\nL/0/S/a=1\nL/1:\nL/1/b=2\n"}}},
+    {"KeysAListEntryByTheTextAfterItsLastSeparator",
+     {{"L:\n - a: b: c \n", "L:\nL/c:\n"},
+      {"L:\n - a: \n", "L:\nL/:\n"},
+      {"L:\n - : x\n", "L:\nL/x:\n"}}},
+    {"KeysAListEntryWithoutSeparatorByItselfWithItsDash",
+     {{"L:\n - item \n", "L:\nL/- item:\n"}, {"L:\n -\n", "L:\nL/-:\n"}, {"-a:\n", "-a::\n"}}},
+    // Two entries at the same column: the second is opened within the first, as nothing leads up.
+    {"NestsListEntriesWithoutFieldsOfTheirOwn", {{"L:\n- i: 0\n- i: 1\n", "L:\nL/0:\nL/0/1:\n"}}},
+    {"TakesADeeperListEntryForAnEntryAndNoSection",
+     {{"L:\n- i: 0\n     b: 1\n", "L:\nL/0:\nL/0/b=1\n"}}},
+    // One node was opened for three columns, and going back these leads up three nodes. The root is
+    // where it ends.
+    {"DoesNotBalanceADeepJump",
+     {{"A:\n B:\n     c: 1\n d: 2\ne: 3\n", "d=2\ne=3\nA:\nA/B:\nA/B/c=1\n"},
+      {"A:\n B:\n  C:\n   D:\n     e: 1\n   f: 2\n",
+       "A:\nA/B:\nA/B/f=2\nA/B/C:\nA/B/C/D:\nA/B/C/D/e=1\n"}}},
+    {"StopsClimbingAtTheRoot", {{"         a: 1\nb: 2\nC:\n d: 3\n", "a=1\nb=2\nC:\nC/d=3\n"}}},
+    // A list directly below a top-level section with one leading blank: the line of spaces counts
+    // as an entry at no indentation and leads up to the root, where it leaves a child without name.
+    {"TakesALineOfSpacesAfterAListEntryForAnEntryWithoutName",
+     {{"L:\n - i: 0\n   \nb: 1\n", ":\n/b=1\nL:\nL/0:\n"}}},
+    {"LetsTheColumnsDecideWhereALineOfSpacesLeads",
+     {// As many nodes as columns: up to the root.
+      {"A:\n L:\n  - i: 0\n  \n", ":\nA:\nA/L:\nA/L/0:\n"},
+      // More nodes than columns: it stays within the list.
+      {"L:\n- i: 0\n  \n", "L:\nL/:\nL/0:\n"},
+      // More columns than nodes: the root ends the climb.
+      {"L:\n     - i: 0\n  \n", ":\nL:\nL/0:\n"}}},
+    {"TakesALineOfSpacesAfterAValueForAValueWithoutName",
+     {{"A:\n b: 1\n  \nc: 2\n", "=\nc=2\nA:\nA/b=1\n"}}},
+    {"TakesALineOfSpacesBeforeADeeperLineForASectionWithoutName",
+     {{"A:\n b: 1\n  \n c: 2\n", "c=2\nA:\nA/b=1\n"}}},
+    // Further out, being a list entry counts before being a section.
+    {"TakesALineOfSpacesAfterAnEntryForAnEntryThoughADeeperLineFollows",
+     {{"L:\n - i: 0\n  \n c: 2\n", ":\n/c=2\nL:\nL/0:\n"}}},
+    // At the same indentation, being a section counts before being a list entry.
+    {"TakesASecondLineOfSpacesForASectionWhereADeeperLineFollows",
+     {{"L:\n - i: 0\n  \n  \n c: 2\n", ":\n/c=2\nL:\nL/0:\n"},
+      {"L:\n - i: 0\n  \n  \nc: 2\n", ":\n/:\n//c=2\nL:\nL/0:\n"}}},
+    {"KeepsTheListFlagOverEmptyLines", {{"L:\n - i: 0\n\n\n   \nb: 1\n", ":\n/b=1\nL:\nL/0:\n"}}},
+    {"TakesALineOfTabsForAValue", {{"A:\n b: 1\n\t\t\n", "=\nA:\nA/b=1\n"}}},
+};
 
 }  // namespace
 
@@ -103,22 +217,16 @@ TEST(IsNewSection, TakesALineOfSpacesForNoIndentationAndNoListItem) {
     EXPECT_TRUE(opensSection({"", "- b"}));
 }
 
-TEST(TYamlTree, ReadsTheSimulatorsLayout) {
-    EXPECT_EQ(parsed("DriverInfo:\n"
-                     " DriverCarIdx: 3\n"
-                     " Drivers:\n"
-                     " - CarIdx: 0\n"
-                     "   UserName: A\n"
-                     " - CarIdx: 3\n"
-                     "   UserName: B\n"),
-              "DriverInfo:\n"
-              "DriverInfo/DriverCarIdx=3\n"
-              "DriverInfo/Drivers:\n"
-              "DriverInfo/Drivers/0:\n"
-              "DriverInfo/Drivers/0/UserName=A\n"
-              "DriverInfo/Drivers/3:\n"
-              "DriverInfo/Drivers/3/UserName=B\n");
+class TYamlTreeBy : public ::testing::TestWithParam<Rule> {};
+
+TEST_P(TYamlTreeBy, Rule) {
+    for (const Example& example : GetParam().examples) {
+        EXPECT_EQ(parsed(example.body), example.tree) << example.body;
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Every, TYamlTreeBy, ::testing::ValuesIn(kRules),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(TYamlTree, KeysAListEntryByItsFirstValueAndDoesNotStoreThat) {
     TYamlTree tree;
@@ -161,21 +269,6 @@ TEST(TYamlTree, ReadsEachByteAsOneLatin1Character) {
     EXPECT_EQ(tree.value(QString(QChar(0xE9))), "x");
 }
 
-TEST(TYamlTree, StoresAValueUpToASecondSeparator) {
-    EXPECT_EQ(parsed("a: b: c: d\n"), "a=b\n");
-    EXPECT_EQ(parsed("a:: b\n"), "a:=b\n");
-    EXPECT_EQ(parsed("a: b:c\n"), "a=b:c\n");
-    EXPECT_EQ(parsed("a: : c\n"), "a=\n");
-    EXPECT_EQ(parsed(": b\n"), "=b\n");
-}
-
-TEST(TYamlTree, TrimsKeysAndNoValues) {
-    EXPECT_EQ(parsed("a  : b  \n"), "a=b  \n");
-    EXPECT_EQ(parsed("a:  b \r\n"), "a= b \r\n");
-    EXPECT_EQ(parsed("\ta\t: b\t\n"), "a=b\t\n");
-    EXPECT_EQ(parsed("\xA0 a: b\n"), "a=b\n") << "a no-break space is white space of a key";
-}
-
 TEST(TYamlTree, StoresALineWithoutSeparatorUnderItselfWithAnEmptyText) {
     TYamlTree tree;
     tree.setYaml("---\n text\r\nempty:\nblank: \n");
@@ -183,128 +276,6 @@ TEST(TYamlTree, StoresALineWithoutSeparatorUnderItselfWithAnEmptyText) {
     EXPECT_TRUE(tree.value("text").isEmpty());
     EXPECT_FALSE(tree.value("text").isNull());
     EXPECT_FALSE(tree.value("blank").isNull());
-}
-
-TEST(TYamlTree, KeepsACarriageReturnOutOfKeysOnly) {
-    // The return is the section line's last character no more once trimmed: the colon is.
-    EXPECT_EQ(parsed("A:\r\n b: 1\r\n"), "A:\nA/b=1\r\n");
-    EXPECT_EQ(parsed("L:\r\n- i: 5\r\n"), "L:\nL/5:\n");
-    // A line with nothing but a return is no empty line.
-    EXPECT_EQ(parsed("\r\n"), "=\n");
-}
-
-TEST(TYamlTree, CutsTheLastCharacterOffASectionsName) {
-    EXPECT_EQ(parsed("Name\n b: 1\n"), "Nam:\nNam/b=1\n");
-    EXPECT_EQ(parsed("a: 5\n b: 1\n"), "a: :\na: /b=1\n");
-}
-
-TEST(TYamlTree, StaysInTheNodeForASectionWithoutAName) {
-    EXPECT_EQ(parsed(":\n b: 1\n"), "b=1\n");
-    EXPECT_EQ(parsed("A:\n x: 1\n :\n  b: 1\n"), "A:\nA/b=1\nA/x=1\n");
-    EXPECT_EQ(parsed("\t\n b: 1\n"), "b=1\n");
-    EXPECT_EQ(parsed("   \n b: 1\n"), "b=1\n");
-}
-
-TEST(TYamlTree, ReusesASectionOfTheSameName) {
-    EXPECT_EQ(parsed("A:\n b: 1\nA:\n c: 2\n"), "A:\nA/b=1\nA/c=2\n");
-}
-
-TEST(TYamlTree, SkipsEmptyLines) {
-    EXPECT_EQ(parsed("A:\n b: 1\n\n c: 2\n\n\nd: 3\n"), "d=3\nA:\nA/b=1\nA/c=2\n");
-}
-
-TEST(TYamlTree, OpensNoSectionBeforeAnEmptyLine) {
-    EXPECT_EQ(parsed("A:\n\n b: 1\n"), "A:=\nb=1\n");
-}
-
-TEST(TYamlTree, GoesUpOneNodeAColumnWhereALineStandsFurtherOut) {
-    EXPECT_EQ(parsed("A:\n B:\n  C:\n   d: 1\n e: 2\nf: 3\n"),
-              "f=3\nA:\nA/e=2\nA/B:\nA/B/C:\nA/B/C/d=1\n");
-}
-
-TEST(TYamlTree, OpensASectionFurtherOut) {
-    EXPECT_EQ(parsed("A:\n B:\n  c: 1\n D:\n  e: 2\nF:\n g: 3\n"),
-              "A:\nA/B:\nA/B/c=1\nA/D:\nA/D/e=2\nF:\nF/g=3\n");
-}
-
-TEST(TYamlTree, OpensAListEntryFurtherOut) {
-    EXPECT_EQ(parsed("L:\n - i: 0\n   S:\n    a: 1\n - i: 1\n   b: 2\n"),
-              "L:\nL/0:\nL/0/S:\nL/0/S/a=1\nL/1:\nL/1/b=2\n");
-}
-
-TEST(TYamlTree, KeysAListEntryByTheTextAfterItsLastSeparator) {
-    EXPECT_EQ(parsed("L:\n - a: b: c \n"), "L:\nL/c:\n");
-    EXPECT_EQ(parsed("L:\n - a: \n"), "L:\nL/:\n");
-    EXPECT_EQ(parsed("L:\n - : x\n"), "L:\nL/x:\n");
-}
-
-TEST(TYamlTree, KeysAListEntryWithoutSeparatorByItselfWithItsDash) {
-    EXPECT_EQ(parsed("L:\n - item \n"), "L:\nL/- item:\n");
-    EXPECT_EQ(parsed("L:\n -\n"), "L:\nL/-:\n");
-    EXPECT_EQ(parsed("-a:\n"), "-a::\n");
-}
-
-// Two entries at the same column: the second is opened within the first, as nothing leads up.
-TEST(TYamlTree, NestsListEntriesWithoutFieldsOfTheirOwn) {
-    EXPECT_EQ(parsed("L:\n- i: 0\n- i: 1\n"), "L:\nL/0:\nL/0/1:\n");
-}
-
-TEST(TYamlTree, TakesADeeperListEntryForAnEntryAndNoSection) {
-    EXPECT_EQ(parsed("L:\n- i: 0\n     b: 1\n"), "L:\nL/0:\nL/0/b=1\n");
-}
-
-// One node was opened for three columns, and going back the three columns leads up three nodes. The
-// root is where it ends.
-TEST(TYamlTree, DoesNotBalanceADeepJump) {
-    EXPECT_EQ(parsed("A:\n B:\n     c: 1\n d: 2\ne: 3\n"), "d=2\ne=3\nA:\nA/B:\nA/B/c=1\n");
-    EXPECT_EQ(parsed("A:\n B:\n  C:\n   D:\n     e: 1\n   f: 2\n"),
-              "A:\nA/B:\nA/B/f=2\nA/B/C:\nA/B/C/D:\nA/B/C/D/e=1\n");
-}
-
-TEST(TYamlTree, StopsClimbingAtTheRoot) {
-    EXPECT_EQ(parsed("         a: 1\nb: 2\nC:\n d: 3\n"), "a=1\nb=2\nC:\nC/d=3\n");
-}
-
-// A list directly below a top-level section with one leading blank: the line of spaces counts as an
-// entry at no indentation and leads up to the root, where it leaves a child without a name.
-TEST(TYamlTree, TakesALineOfSpacesAfterAListEntryForAnEntryWithoutName) {
-    EXPECT_EQ(parsed("L:\n - i: 0\n   \nb: 1\n"), ":\n/b=1\nL:\nL/0:\n");
-}
-
-TEST(TYamlTree, LetsTheColumnsDecideWhereALineOfSpacesLeads) {
-    // As many nodes as columns: up to the root.
-    EXPECT_EQ(parsed("A:\n L:\n  - i: 0\n  \n"), ":\nA:\nA/L:\nA/L/0:\n");
-    // More nodes than columns: it stays within the list.
-    EXPECT_EQ(parsed("L:\n- i: 0\n  \n"), "L:\nL/:\nL/0:\n");
-    // More columns than nodes: the root ends the climb.
-    EXPECT_EQ(parsed("L:\n     - i: 0\n  \n"), ":\nL:\nL/0:\n");
-}
-
-TEST(TYamlTree, TakesALineOfSpacesAfterAValueForAValueWithoutName) {
-    EXPECT_EQ(parsed("A:\n b: 1\n  \nc: 2\n"), "=\nc=2\nA:\nA/b=1\n");
-}
-
-TEST(TYamlTree, TakesALineOfSpacesBeforeADeeperLineForASectionWithoutName) {
-    EXPECT_EQ(parsed("A:\n b: 1\n  \n c: 2\n"), "c=2\nA:\nA/b=1\n");
-}
-
-// Further out, being a list entry counts before being a section.
-TEST(TYamlTree, TakesALineOfSpacesAfterAnEntryForAnEntryThoughADeeperLineFollows) {
-    EXPECT_EQ(parsed("L:\n - i: 0\n  \n c: 2\n"), ":\n/c=2\nL:\nL/0:\n");
-}
-
-// At the same indentation, being a section counts before being a list entry.
-TEST(TYamlTree, TakesASecondLineOfSpacesForASectionWhereADeeperLineFollows) {
-    EXPECT_EQ(parsed("L:\n - i: 0\n  \n  \n c: 2\n"), ":\n/c=2\nL:\nL/0:\n");
-    EXPECT_EQ(parsed("L:\n - i: 0\n  \n  \nc: 2\n"), ":\n/:\n//c=2\nL:\nL/0:\n");
-}
-
-TEST(TYamlTree, KeepsTheListFlagOverEmptyLines) {
-    EXPECT_EQ(parsed("L:\n - i: 0\n\n\n   \nb: 1\n"), ":\n/b=1\nL:\nL/0:\n");
-}
-
-TEST(TYamlTree, TakesALineOfTabsForAValue) {
-    EXPECT_EQ(parsed("A:\n b: 1\n\t\t\n"), "=\nA:\nA/b=1\n");
 }
 
 TEST(TYamlTreeAgain, ReplacesValuesAndReusesNodes) {
