@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <limits>
+#include <ostream>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -24,6 +25,8 @@ using Reconnection = ConnectedPluginTest;
 const QStringList refused{u"NotConnected"_s};
 const QStringList unavailable{u"ConnectivityAvailable false"_s};
 const QStringList available{u"ConnectivityAvailable true"_s};
+
+const StagedSession renamed{.drivers = {{StagedSimulator::fastCar, "Renamed Driver"}}};
 
 }  // namespace
 
@@ -64,8 +67,7 @@ TEST_F(Uninitialized, IgnoresItsSlots) {
 TEST_F(Uninitialized, OpensNothing) {
     simulator.publish();
     const OpenObjects before = OpenObjects::now();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
+    connectAndProbe();
     plugin->tick();
     EXPECT_EQ(OpenObjects::now(), before);
 }
@@ -82,58 +84,47 @@ TEST_F(Connection, StartsWithATimerOfTenMillisecondsThatDoesNotRun) {
 
 // --- No simulator, or none that delivers -------------------------------------------------------
 
-TEST_F(PluginTest, RefusesToConnectWithoutASimulator) {
+struct NoSource {
+    const char* name;
+    void (*publish)(StagedSimulator& simulator);
+};
+
+void PrintTo(const NoSource& source, std::ostream* out) {
+    *out << source.name;
+}
+
+const NoSource kNoSources[] = {
+    {"Nothing", [](StagedSimulator&) {}},
+    {"ABlockWithoutAnEvent",
+     [](StagedSimulator& simulator) { simulator.publisher.publishBlock(simulator.block); }},
+    {"AnEventWithoutABlock", [](StagedSimulator& simulator) { simulator.publisher.createEvent(); }},
+    {"ABlockTooSmallForItsHeader",
+     [](StagedSimulator& simulator) {
+         simulator.publisher.command("empty 60");
+         simulator.publisher.createEvent();
+     }},
+    {"ABlockOfZeros",
+     [](StagedSimulator& simulator) {
+         simulator.publisher.command("empty 65536");
+         simulator.publisher.createEvent();
+     }},
+};
+
+class WithoutASource : public PluginTest, public ::testing::WithParamInterface<NoSource> {};
+
+TEST_P(WithoutASource, RefusesAndLeavesNothingOpen) {
     initialize();
-    plugin->connectToSource();
-    EXPECT_EQ(host.heard(), refused);
+    GetParam().publish(simulator);
+    const OpenObjects before = OpenObjects::now();
+    connectAndProbe();
+    EXPECT_EQ(host.heard(), refused + unavailable);
     EXPECT_FALSE(plugin->isConnected());
     EXPECT_FALSE(timer()->isActive());
-}
-
-TEST_F(PluginTest, FindsNothingAvailableWithoutASimulator) {
-    initialize();
-    plugin->checkConnectionAvailability();
-    EXPECT_EQ(host.heard(), unavailable);
-    EXPECT_FALSE(plugin->isConnected());
-}
-
-TEST_F(PluginTest, RefusesABlockWithoutAnEventAndLeavesNothingOpen) {
-    initialize();
-    simulator.publisher.publishBlock(simulator.block);
-    const OpenObjects before = OpenObjects::now();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
-    EXPECT_EQ(host.heard(), refused + unavailable);
     EXPECT_EQ(OpenObjects::now(), before);
 }
 
-TEST_F(PluginTest, RefusesAnEventWithoutABlock) {
-    initialize();
-    simulator.publisher.createEvent();
-    const OpenObjects before = OpenObjects::now();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
-    EXPECT_EQ(host.heard(), refused + unavailable);
-    EXPECT_EQ(OpenObjects::now(), before);
-}
-
-TEST_F(PluginTest, RefusesABlockTooSmallForItsHeader) {
-    initialize();
-    simulator.publisher.command("empty 60");
-    simulator.publisher.createEvent();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
-    EXPECT_EQ(host.heard(), refused + unavailable);
-}
-
-TEST_F(PluginTest, RefusesABlockOfZeros) {
-    initialize();
-    simulator.publisher.command("empty 65536");
-    simulator.publisher.createEvent();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
-    EXPECT_EQ(host.heard(), refused + unavailable);
-}
+INSTANTIATE_TEST_SUITE_P(Plugin, WithoutASource, ::testing::ValuesIn(kNoSources),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(Connection, RefusesABlockWithoutFreshDataAfterAWait) {
     constexpr qint64 almostTheWait = 190;  // of 200 ms; clocks differ a little
@@ -155,8 +146,7 @@ TEST_F(Connection, FindsABlockWithoutFreshDataUnavailable) {
 TEST_F(Connection, RefusesASimulatorThatSaysItIsStopped) {
     simulator.publisher.setStatus(2);  // other bits mean nothing
     simulator.run();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
+    connectAndProbe();
     simulator.stand();
     EXPECT_EQ(host.heard(), refused + unavailable);
 }
@@ -164,15 +154,13 @@ TEST_F(Connection, RefusesASimulatorThatSaysItIsStopped) {
 TEST_F(Connection, RefusesWhatACrashedSimulatorLeftBehind) {
     simulator.nextTick();
     simulator.crash();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
+    connectAndProbe();
     EXPECT_EQ(host.heard(), refused + unavailable);
 }
 
 TEST_F(Connection, LeavesNothingOpenAfterARefusal) {
     const OpenObjects before = OpenObjects::now();
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
+    connectAndProbe();
     EXPECT_EQ(host.heard(), refused + unavailable);
     EXPECT_EQ(OpenObjects::now(), before);
 }
@@ -193,8 +181,7 @@ TEST_F(Connection, RefusesASimulatorForWhoseSnapshotsThereIsNoMemory) {
     simulator.run();
     {
         const testsupport::ScarceMemory memory(scarce);
-        plugin->connectToSource();
-        plugin->checkConnectionAvailability();
+        connectAndProbe();
     }
     simulator.stand();
     EXPECT_EQ(host.heard(), refused + unavailable);
@@ -211,8 +198,7 @@ class WrongBufferLength : public InitializedPluginTest,
 TEST_P(WrongBufferLength, IsABlockWithoutData) {
     simulator.run();
     simulator.publisher.poke(offsetof(irsdk_header, bufferLength), GetParam());
-    plugin->connectToSource();
-    plugin->checkConnectionAvailability();
+    connectAndProbe();
     simulator.stand();
     EXPECT_EQ(host.heard(), refused + unavailable);
     EXPECT_FALSE(plugin->isConnected());
@@ -543,8 +529,6 @@ TEST_F(Reconnection, SendsTheCarListWhenADriverJoinedMeanwhile) {
 }
 
 TEST_F(Connection, ReadsTheSessionOnceMoreInItsFirstTick) {
-    StagedSession renamed;
-    renamed.drivers = {{fastCar, "Renamed Driver"}};
     connectWhileRunning();
     simulator.overwriteSession(renamed);
     host.forget();
@@ -554,8 +538,6 @@ TEST_F(Connection, ReadsTheSessionOnceMoreInItsFirstTick) {
 }
 
 TEST_F(Reconnection, DoesNotReadTheSessionOnceMoreWhenItsCounterStoodStill) {
-    StagedSession renamed;
-    renamed.drivers = {{fastCar, "Renamed Driver"}};
     tick();
     plugin->disconnectFromSource();
     connectWhileRunning();
@@ -566,8 +548,6 @@ TEST_F(Reconnection, DoesNotReadTheSessionOnceMoreWhenItsCounterStoodStill) {
 }
 
 TEST_F(Reconnection, ReadsTheSessionOnceMoreWhenItsCounterMoved) {
-    StagedSession renamed;
-    renamed.drivers = {{fastCar, "Renamed Driver"}};
     tick();
     plugin->disconnectFromSource();
     simulator.setSessionUpdate(1000);
@@ -579,8 +559,6 @@ TEST_F(Reconnection, ReadsTheSessionOnceMoreWhenItsCounterMoved) {
 }
 
 TEST_F(Reconnection, ReadsTheSessionOnceMoreAfterASecondInitialization) {
-    StagedSession renamed;
-    renamed.drivers = {{fastCar, "Renamed Driver"}};
     plugin->initialize();
     connectWhileRunning();
     simulator.overwriteSession(renamed);

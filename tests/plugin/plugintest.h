@@ -37,6 +37,12 @@ protected:
         simulator.stand();
     }
 
+    /** Both ways to ask for a connection. */
+    void connectAndProbe() {
+        plugin->connectToSource();
+        plugin->checkConnectionAvailability();
+    }
+
     /** Connected, one tick done, nothing heard yet. */
     void connectAndTick() {
         connectWhileRunning();

@@ -15,7 +15,7 @@ struct StagedSession {
     };
 
     std::string simMode = "full";
-    std::string trackLength;  // such as "4.00 km"; none when empty
+    std::string trackLength = {};  // such as "4.00 km"; none when empty
     std::string type = "Practice";
     int ownCar = 2;
     std::vector<Driver> drivers = {{2, "Own Driver"}, {5, "Fast Driver"}, {9, "Slow Driver"}};

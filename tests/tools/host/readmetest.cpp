@@ -22,13 +22,13 @@ TEST(Readme, ShowsTheExampleHostAsItIsBuilt) {
 }
 
 TEST(ReadmeExample, EndsWhenTheSourceIsNotThere) {
-    const ProgramRun run = runProgram(QStringLiteral(EXAMPLE_PROGRAM), {fixture("quiet")});
+    const ProgramRun run = runProgram(EXAMPLE_PROGRAM, {fixture("quiet")});
     EXPECT_EQ(run.status, 1) << run.err;
     EXPECT_EQ(run.err, "");
 }
 
 TEST(ReadmeExample, SaysOfALapWithoutATimeThatItHasNone) {
-    const ProgramRun run = runProgram(QStringLiteral(EXAMPLE_PROGRAM), {fixture("threelaps")});
+    const ProgramRun run = runProgram(EXAMPLE_PROGRAM, {fixture("threelaps")});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.err.find("Ann Timed 00:01:37.743 3"), std::string::npos) << run.err;
     EXPECT_NE(run.err.find("Bob Untimed no time 2"), std::string::npos) << run.err;
@@ -36,7 +36,7 @@ TEST(ReadmeExample, SaysOfALapWithoutATimeThatItHasNone) {
 }
 
 TEST(ReadmeExample, SaysSoWhenThereIsNoPlugin) {
-    const ProgramRun run = runProgram(QStringLiteral(EXAMPLE_PROGRAM), {fixture("missing")});
+    const ProgramRun run = runProgram(EXAMPLE_PROGRAM, {fixture("missing")});
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.err.find("No live plugin:"), std::string::npos) << run.err;
 }

@@ -24,7 +24,7 @@ QString fixture(const char* name) {
 }
 
 ProgramRun runMonitor(const QStringList& arguments, const QString& folder = QString()) {
-    return runProgram(QStringLiteral(MONITOR_PROGRAM), arguments, folder);
+    return runProgram(MONITOR_PROGRAM, arguments, folder);
 }
 
 /** That the program ended with that status and one line on the standard error that holds `part`. */
@@ -37,22 +37,22 @@ void expectRefusal(const ProgramRun& run, int status, const std::string& part) {
 }
 
 TEST(MonitorProgram, ShowsItsHelp) {
-    const ProgramRun run = runMonitor({QStringLiteral("--help")});
+    const ProgramRun run = runMonitor({"--help"});
     EXPECT_EQ(run.status, Ok);
     EXPECT_NE(run.out.find("Exit status:"), std::string::npos) << run.out;
     EXPECT_EQ(run.err, "");
 }
 
 TEST(MonitorProgram, ShowsItsVersion) {
-    const ProgramRun run = runMonitor({QStringLiteral("--version")});
+    const ProgramRun run = runMonitor({"--version"});
     EXPECT_EQ(run.status, Ok);
     EXPECT_EQ(run.out, "rataip-monitor " PROJECT_VERSION "\n");
 }
 
 TEST(MonitorProgram, RefusesArgumentsThatMakeNoSense) {
-    expectRefusal(runMonitor({QStringLiteral("--laps"), QStringLiteral("none")}), BadArguments,
+    expectRefusal(runMonitor({"--laps", "none"}), BadArguments,
                   "--laps takes a whole number from 1 on, not \"none\" (see --help)");
-    expectRefusal(runMonitor({QStringLiteral("--colour")}), BadArguments, "colour");
+    expectRefusal(runMonitor({"--colour"}), BadArguments, "colour");
 }
 
 TEST(MonitorProgram, RefusesEveryKindOfBadPlugin) {
@@ -72,13 +72,12 @@ TEST(MonitorProgram, NamesBothVersionsOfAnInterfaceThatDoesNotFit) {
 TEST(MonitorProgram, SaysWhereItLookedForThePlugin) {
     const QTemporaryDir folder;
     const QString program = folder.filePath(QFileInfo(QStringLiteral(MONITOR_PROGRAM)).fileName());
-    ASSERT_TRUE(QFile::copy(QStringLiteral(MONITOR_PROGRAM), program));
+    ASSERT_TRUE(QFile::copy(MONITOR_PROGRAM, program));
     expectRefusal(runProgram(program, {}), PluginUnusable, "found no plugin at");
 }
 
 TEST(MonitorProgram, EndsWithoutDataWhenNoSourceComes) {
-    const ProgramRun run =
-        runMonitor({fixture("quiet"), QStringLiteral("--wait"), QStringLiteral("0")});
+    const ProgramRun run = runMonitor({fixture("quiet"), "--wait", "0"});
     EXPECT_EQ(run.status, NoData) << run.err;
     EXPECT_NE(run.out.find("Quiet Plugin 1.5 for Nothing"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("\nNo simulator delivers data; "), std::string::npos) << run.out;
@@ -87,11 +86,10 @@ TEST(MonitorProgram, EndsWithoutDataWhenNoSourceComes) {
 
 TEST(MonitorProgram, TriesTheFolderForLapsBeforeItWaits) {
     const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("taken")));
+    QFile file(folder.filePath("taken"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     // It waits for ever where it does not end here.
-    const ProgramRun run =
-        runMonitor({fixture("quiet"), QStringLiteral("--export"), file.fileName()});
+    const ProgramRun run = runMonitor({fixture("quiet"), "--export", file.fileName()});
     EXPECT_EQ(run.status, NotWritten);
     EXPECT_EQ(run.out, "");
     EXPECT_NE(run.err.find("rataip-monitor: cannot write into "), std::string::npos) << run.err;
@@ -101,16 +99,14 @@ TEST(MonitorProgram, TriesTheFolderForLapsBeforeItWaits) {
 }
 
 TEST(MonitorProgram, EndsAfterItsTimeWhileItWaits) {
-    const ProgramRun run =
-        runMonitor({fixture("quiet"), QStringLiteral("--duration"), QStringLiteral("0.3")});
+    const ProgramRun run = runMonitor({fixture("quiet"), "--duration", "0.3"});
     EXPECT_EQ(run.status, NoData) << run.err;
     EXPECT_NE(run.out.find("Waiting for the simulator"), std::string::npos) << run.out;
 }
 
 TEST(MonitorProgram, TakesAPathRelativeToItsFolder) {
     const QFileInfo plugin(fixture("quiet"));
-    const ProgramRun run = runMonitor(
-        {plugin.fileName(), QStringLiteral("--wait"), QStringLiteral("0")}, plugin.absolutePath());
+    const ProgramRun run = runMonitor({plugin.fileName(), "--wait", "0"}, plugin.absolutePath());
     EXPECT_EQ(run.status, NoData) << run.err;
 }
 

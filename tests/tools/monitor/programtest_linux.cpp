@@ -12,10 +12,8 @@ constexpr int notWritten = 5;
 
 TEST(MonitorProgram, SaysInOneSentenceThatItCannotDrawLaps) {
     const QTemporaryDir folder;
-    const ProgramRun run =
-        runProgram(QStringLiteral("env"),
-                   {QStringLiteral("--unset=DISPLAY"), QStringLiteral("QT_QPA_PLATFORM=xcb"),
-                    QStringLiteral(MONITOR_PROGRAM), QStringLiteral("--export"), folder.path()});
+    const ProgramRun run = runProgram("env", {"--unset=DISPLAY", "QT_QPA_PLATFORM=xcb",
+                                              MONITOR_PROGRAM, "--export", folder.path()});
     EXPECT_EQ(run.status, notWritten);
     EXPECT_EQ(run.err.rfind("rataip-monitor: laps cannot be drawn here, ", 0), 0U) << run.err;
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
@@ -23,9 +21,7 @@ TEST(MonitorProgram, SaysInOneSentenceThatItCannotDrawLaps) {
 
 TEST(MonitorProgram, SaysThatItsHelpGoesNowhere) {
     const ProgramRun run =
-        runProgram(QStringLiteral("sh"),
-                   {QStringLiteral("-c"), QStringLiteral("exec \"$0\" --help > /dev/full"),
-                    QStringLiteral(MONITOR_PROGRAM)});
+        runProgram("sh", {"-c", QStringLiteral("exec \"$0\" --help > /dev/full"), MONITOR_PROGRAM});
     EXPECT_EQ(run.status, notWritten);
     EXPECT_NE(run.err.find("rataip-monitor: the standard output does not take all"),
               std::string::npos)

@@ -1,3 +1,4 @@
+#include "tests/tools/simulator/shorttrack.h"
 #include "tools/simulator/feed.h"
 
 #include <gtest/gtest.h>
@@ -27,18 +28,11 @@ public:
     std::vector<std::int64_t> words;
 };
 
-Options fastOptions() {
-    Options options;
-    options.track = TrackChoice::Short;
-    options.cars = 6;
-    return options;
-}
-
 }  // namespace
 
 TEST(Feed, PublishesTheSameBytesAtEveryTickForTheSameSeed) {
-    MemoryFeed first(fastOptions());
-    MemoryFeed second(fastOptions());
+    MemoryFeed first(shortTrack());
+    MemoryFeed second(shortTrack());
     for (int tick = 0; tick < 3000; ++tick) {
         first.feed.publishNextTick();
         second.feed.publishNextTick();
@@ -47,7 +41,7 @@ TEST(Feed, PublishesTheSameBytesAtEveryTickForTheSameSeed) {
 }
 
 TEST(Feed, ShowsTheTextBeforeTheFirstSnapshot) {
-    MemoryFeed memory(fastOptions());
+    MemoryFeed memory(shortTrack());
     EXPECT_EQ(memory.header().status, irsdk_stConnected);
     EXPECT_EQ(memory.feed.tickCount(), 0);
     const std::string text =
@@ -58,7 +52,7 @@ TEST(Feed, ShowsTheTextBeforeTheFirstSnapshot) {
 }
 
 TEST(Feed, RewritesTheTextOnlyWhenSomethingInItChanged) {
-    MemoryFeed memory(fastOptions());
+    MemoryFeed memory(shortTrack());
     int updates = 0;
     std::int32_t last = memory.header().sessionInfoUpdate;
     for (int tick = 0; tick < 6000; ++tick) {
@@ -74,7 +68,7 @@ TEST(Feed, RewritesTheTextOnlyWhenSomethingInItChanged) {
 }
 
 TEST(Feed, RewritesTheTextInEveryTickWhenAsked) {
-    Options options = fastOptions();
+    Options options = shortTrack();
     options.sessionInfoEveryTick = true;
     MemoryFeed memory(options);
     for (int tick = 0; tick < 10; ++tick) {
@@ -85,7 +79,7 @@ TEST(Feed, RewritesTheTextInEveryTickWhenAsked) {
 }
 
 TEST(Feed, ClearsAndSetsTheStatusBit) {
-    MemoryFeed memory(fastOptions());
+    MemoryFeed memory(shortTrack());
     memory.feed.setRunning(false);
     EXPECT_EQ(memory.header().status & irsdk_stConnected, 0);
     memory.feed.setRunning(true);
@@ -93,7 +87,7 @@ TEST(Feed, ClearsAndSetsTheStatusBit) {
 }
 
 TEST(Feed, PlaysAReplayAtItsSpeed) {
-    Options options = fastOptions();
+    Options options = shortTrack();
     options.replay = true;
     options.cars = 1;
     MemoryFeed memory(options);

@@ -1,6 +1,7 @@
 #include "irsdk/layout.h"
 #include "tests/support/drivenlaps.h"
 #include "tests/support/simulatorprocess.h"
+#include "tests/tools/simulator/shorttrack.h"
 #include "tools/simulator/laplog.h"
 #include "tools/simulator/variabletable.h"
 #include "tools/simulator/world.h"
@@ -313,9 +314,7 @@ TEST(SimulatorProgram, PublishesTheSameBytesTwiceForTheSameSeed) {
 
 TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
     const std::filesystem::path log = temporary("laps.tsv");
-    Options options;
-    options.track = TrackChoice::Short;
-    options.cars = 6;
+    const Options options = shortTrack();
     const VariableTable table(options);
     std::map<int, std::vector<float>> published;
     {

@@ -1,4 +1,5 @@
 #include "tests/tools/simulator/outlinereader.h"
+#include "tests/tools/simulator/shorttrack.h"
 #include "tools/simulator/sessiontext.h"
 
 #include <gtest/gtest.h>
@@ -10,14 +11,6 @@ using namespace simulator;
 
 namespace {
 
-Options options(int cars, SessionChoice session = SessionChoice::Practice) {
-    Options options;
-    options.track = TrackChoice::Short;
-    options.session = session;
-    options.cars = cars;
-    return options;
-}
-
 void drive(World& world, double seconds) {
     for (Tick left = ticksOf(seconds); left > 0; --left) {
         world.advance();
@@ -27,7 +20,7 @@ void drive(World& world, double seconds) {
 }  // namespace
 
 TEST(SessionText, HasEveryPathThatALapIsFilledFrom) {
-    World world(options(8));
+    World world(shortTrack(8));
     drive(world, 60.0);
     const OutlineReader text(sessionText(world, false));
     for (const char* path : {"WeekendInfo/TrackDisplayName",
@@ -68,7 +61,7 @@ TEST(SessionText, HasEveryPathThatALapIsFilledFrom) {
 }
 
 TEST(SessionText, HasAllKeysOfEachDriver) {
-    World world(options(8));
+    World world(shortTrack(8));
     const OutlineReader text(sessionText(world, false));
     std::set<std::string> names;
     for (const Entrant& entrant : world.entrants()) {
@@ -88,7 +81,7 @@ TEST(SessionText, HasAllKeysOfEachDriver) {
 }
 
 TEST(SessionText, GivesTheResultsAsTheyStand) {
-    World world(options(8));
+    World world(shortTrack(8));
     drive(world, 120.0);
     const OutlineReader text(sessionText(world, false));
     const auto& lines = world.results().back().lines();
@@ -107,7 +100,7 @@ TEST(SessionText, GivesTheResultsAsTheyStand) {
 }
 
 TEST(SessionText, ListsAllSessionsOfAWeekendAndTheirResults) {
-    Options weekend = options(8, SessionChoice::Weekend);
+    Options weekend = shortTrack(8, SessionChoice::Weekend);
     weekend.sessionLength = 90.0;
     World world(weekend);
     while (world.weekend().number() < 3) {
@@ -135,7 +128,7 @@ TEST(SessionText, NamesEachKindOfSession) {
         {SessionChoice::Qualify, "Qualify"},
         {SessionChoice::Race, "Race"}};
     for (const auto& [choice, name] : kinds) {
-        const World world(options(2, choice));
+        const World world(shortTrack(2, choice));
         EXPECT_EQ(
             OutlineReader(sessionText(world, false)).value("SessionInfo/Sessions/0/SessionType"),
             name);
@@ -143,12 +136,12 @@ TEST(SessionText, NamesEachKindOfSession) {
 }
 
 TEST(SessionText, SaysWhenItIsAReplay) {
-    const World world(options(2));
+    const World world(shortTrack(2));
     EXPECT_EQ(OutlineReader(sessionText(world, true)).value("WeekendInfo/SimMode"), "replay");
 }
 
 TEST(SessionText, DropsADriverWhoHasLeftButKeepsTheResult) {
-    World world(options(8));
+    World world(shortTrack(8));
     drive(world, 120.0);
     const auto gone = std::find_if(world.entrants().begin(), world.entrants().end(),
                                    [](const Entrant& each) { return !each.present(); });
@@ -159,7 +152,7 @@ TEST(SessionText, DropsADriverWhoHasLeftButKeepsTheResult) {
 }
 
 TEST(SessionText, IsOfRealisticSizeInLatin1WithUnixLineEnds) {
-    World world(options(60));
+    World world(shortTrack(60));
     drive(world, 120.0);
     const std::string text = sessionText(world, false);
     EXPECT_GT(text.size(), 60000U);
@@ -173,7 +166,7 @@ TEST(SessionText, IsOfRealisticSizeInLatin1WithUnixLineEnds) {
 }
 
 TEST(SessionText, IndentsOneColumnALevel) {
-    World world(options(3));
+    World world(shortTrack(3));
     const std::string text = sessionText(world, false);
     EXPECT_NE(text.find("\nDriverInfo:\n DriverCarIdx: "), std::string::npos);
     EXPECT_NE(text.find("\n Drivers:\n - CarIdx: 0\n   UserName: "), std::string::npos);

@@ -1,3 +1,4 @@
+#include "tests/tools/simulator/shorttrack.h"
 #include "tools/simulator/sessiontext.h"
 #include "tools/simulator/world.h"
 #include "yaml/tyamltree.h"
@@ -11,10 +12,7 @@ using namespace simulator;
 namespace {
 
 Options options() {
-    Options options;
-    options.track = TrackChoice::Short;
-    options.cars = 12;
-    options.session = SessionChoice::Weekend;
+    Options options = shortTrack(12, SessionChoice::Weekend);
     options.sessionLength = 80.0;
     return options;
 }

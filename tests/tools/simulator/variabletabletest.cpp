@@ -1,3 +1,4 @@
+#include "tests/tools/simulator/shorttrack.h"
 #include "tools/simulator/checksum.h"
 #include "tools/simulator/variabletable.h"
 
@@ -47,13 +48,6 @@ public:
     VariableTable table;
     std::vector<std::byte> buffer;
 };
-
-Options shortTrack() {
-    Options options;
-    options.track = TrackChoice::Short;
-    options.cars = 6;
-    return options;
-}
 
 }  // namespace
 

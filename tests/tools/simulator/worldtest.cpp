@@ -1,3 +1,4 @@
+#include "tests/tools/simulator/shorttrack.h"
 #include "tools/simulator/world.h"
 
 #include <gtest/gtest.h>
@@ -11,11 +12,8 @@ using namespace simulator;
 
 namespace {
 
-Options shortTrack(SessionChoice session = SessionChoice::Practice, int cars = 8) {
-    Options options;
-    options.track = TrackChoice::Short;
-    options.session = session;
-    options.cars = cars;
+Options seeded(SessionChoice session = SessionChoice::Practice, int cars = 8) {
+    Options options = shortTrack(cars, session);
     options.seed = 5;
     return options;
 }
@@ -34,9 +32,9 @@ std::vector<LapRecord> drive(World& world, double seconds) {
 }  // namespace
 
 TEST(World, IsTheSameForTheSameSeedAndAnotherForAnother) {
-    World first(shortTrack());
-    World second(shortTrack());
-    Options changed = shortTrack();
+    World first(seeded());
+    World second(seeded());
+    Options changed = seeded();
     changed.seed = 6;
     World third(changed);
     const auto laps = drive(first, 200.0);
@@ -54,18 +52,18 @@ TEST(World, IsTheSameForTheSameSeedAndAnotherForAnother) {
 TEST(World, GivesTheOwnCarASlotThatIsNotAlwaysTheFirst) {
     std::set<int> slots;
     for (std::uint64_t seed = 0; seed < 20; ++seed) {
-        Options options = shortTrack();
+        Options options = seeded();
         options.seed = seed;
         slots.insert(World(options).ownSlot());
     }
     EXPECT_GT(slots.size(), 3U);
-    EXPECT_EQ(World(shortTrack(SessionChoice::Practice, 1)).ownSlot(), 0);
+    EXPECT_EQ(World(seeded(SessionChoice::Practice, 1)).ownSlot(), 0);
 }
 
 TEST(World, TakesEveryNumberOfCars) {
     for (const int cars : {1, 2, 3, 4, 63, 64}) {
         for (const SessionChoice session : {SessionChoice::Practice, SessionChoice::Race}) {
-            World world(shortTrack(session, cars));
+            World world(seeded(session, cars));
             EXPECT_EQ(world.entrants().size(), static_cast<std::size_t>(cars));
             drive(world, 120.0);
             EXPECT_GE(world.ownLapsCompleted(), 1) << cars;
@@ -74,7 +72,7 @@ TEST(World, TakesEveryNumberOfCars) {
 }
 
 TEST(World, SendsTheOwnCarOutOfTheGarageOverAnOutLapToFlyingLaps) {
-    World world(shortTrack());
+    World world(seeded());
     EXPECT_EQ(world.own().car().place(), Place::Garage);
     std::vector<LapRecord> own;
     for (const LapRecord& lap : drive(world, 100.0)) {
@@ -93,7 +91,7 @@ TEST(World, SendsTheOwnCarOutOfTheGarageOverAnOutLapToFlyingLaps) {
 }
 
 TEST(World, GivesEachCarAPaceOfItsOwn) {
-    World world(shortTrack());
+    World world(seeded());
     std::map<int, double> best;
     for (const LapRecord& lap : drive(world, 200.0)) {
         if (lap.kind == LapKind::Flying && lap.seconds) {
@@ -111,7 +109,7 @@ TEST(World, GivesEachCarAPaceOfItsOwn) {
 }
 
 TEST(World, MakesCarsStopInTheirStallsAndStandStillThere) {
-    World world(shortTrack());
+    World world(seeded());
     std::map<int, double> standing;
     std::map<int, int> longest;
     std::map<int, int> current;
@@ -134,7 +132,7 @@ TEST(World, MakesCarsStopInTheirStallsAndStandStillThere) {
 }
 
 TEST(World, RecordsACutShortLapWithoutATimeAndAnInLapAsSuch) {
-    World world(shortTrack());
+    World world(seeded());
     bool inLap = false;
     for (const LapRecord& lap : drive(world, 400.0)) {
         EXPECT_EQ(lap.complete, lap.kind != LapKind::In && (lap.complete));
@@ -157,7 +155,7 @@ TEST(World, RecordsACutShortLapWithoutATimeAndAnInLapAsSuch) {
 }
 
 TEST(World, LetsFuelFallOnTheTrackAndTyresWarmAndWear) {
-    World world(shortTrack());
+    World world(seeded());
     while (world.own().car().place() != Place::Track) {
         world.advance();
     }
@@ -177,7 +175,7 @@ TEST(World, LetsFuelFallOnTheTrackAndTyresWarmAndWear) {
 }
 
 TEST(World, TurnsTheCarWithTheTrack) {
-    World world(shortTrack());
+    World world(seeded());
     drive(world, 30.0);
     for (int checked = 0; checked < 600; ++checked) {
         world.advance();
@@ -188,7 +186,7 @@ TEST(World, TurnsTheCarWithTheTrack) {
 }
 
 TEST(World, LetsADriverJoinAndOneLeave) {
-    World world(shortTrack());
+    World world(seeded());
     const auto present = [&] {
         return std::count_if(world.entrants().begin(), world.entrants().end(),
                              [](const Entrant& each) { return each.present(); });
@@ -208,7 +206,7 @@ TEST(World, LetsADriverJoinAndOneLeave) {
 }
 
 TEST(World, PublishesResultsHalfASecondToTwoSecondsAfterTheLine) {
-    World world(shortTrack());
+    World world(seeded());
     std::map<std::pair<int, int>, Tick> lines;
     int seen = 0;
     for (Tick tick = 0; tick < ticksOf(200.0); ++tick) {
@@ -240,7 +238,7 @@ TEST(World, PublishesResultsHalfASecondToTwoSecondsAfterTheLine) {
 TEST(World, NeverShowsOtherLapCountsInTheResultsThanTheTimingDoes) {
     // A reader takes the count from the results as soon as the car is listed and from the timing
     // before; if the two disagreed at that moment, it would see a lap that nobody drove.
-    World world(shortTrack(SessionChoice::Race));
+    World world(seeded(SessionChoice::Race));
     std::set<int> listed;
     for (Tick tick = 0; tick < ticksOf(200.0); ++tick) {
         world.advance();
@@ -254,7 +252,7 @@ TEST(World, NeverShowsOtherLapCountsInTheResultsThanTheTimingDoes) {
 }
 
 TEST(World, StartsARaceFromTheGridOverAFormationLap) {
-    World world(shortTrack(SessionChoice::Race, 64));
+    World world(seeded(SessionChoice::Race, 64));
     ASSERT_EQ(world.weekend().state(), SessionState::GetInCar);
     std::set<double> slots;
     for (const Entrant& each : world.entrants()) {
@@ -293,7 +291,7 @@ TEST(World, StartsARaceFromTheGridOverAFormationLap) {
 }
 
 TEST(World, EndsARaceAfterItsLapsAndBeginsANewWeekend) {
-    Options options = shortTrack(SessionChoice::Race);
+    Options options = seeded(SessionChoice::Race);
     options.raceLaps = 3;
     World world(options);
     const auto identity = world.weekend().sessionId();
@@ -312,7 +310,7 @@ TEST(World, EndsARaceAfterItsLapsAndBeginsANewWeekend) {
 }
 
 TEST(World, RunsAWeekendThroughItsSessionsWithTheGridFromQualifying) {
-    Options options = shortTrack(SessionChoice::Weekend);
+    Options options = seeded(SessionChoice::Weekend);
     options.sessionLength = 90.0;
     World world(options);
     std::vector<SessionType> types;
@@ -339,7 +337,7 @@ TEST(World, RunsAWeekendThroughItsSessionsWithTheGridFromQualifying) {
 }
 
 TEST(World, KeepsDistancesRisingBetweenLines) {
-    World world(shortTrack());
+    World world(seeded());
     std::map<int, double> last;
     for (Tick tick = 0; tick < ticksOf(300.0); ++tick) {
         world.advance();

@@ -25,11 +25,9 @@ enum ExitStatus {
 };
 
 ProgramRun runWithoutDisplay(const QStringList& arguments) {
-    return runProgram(
-        QStringLiteral("env"),
-        QStringList{QStringLiteral("--unset=DISPLAY"), QStringLiteral("--unset=WAYLAND_DISPLAY"),
-                    QStringLiteral("--unset=QT_QPA_PLATFORM"), QStringLiteral(VIEWER_PROGRAM)} +
-            arguments);
+    return runProgram("env", QStringList{"--unset=DISPLAY", "--unset=WAYLAND_DISPLAY",
+                                         "--unset=QT_QPA_PLATFORM", VIEWER_PROGRAM} +
+                                 arguments);
 }
 
 TEST(ViewerProgramWithoutDisplay, SaysSoInOneSentence) {
@@ -40,8 +38,8 @@ TEST(ViewerProgramWithoutDisplay, SaysSoInOneSentence) {
 }
 
 TEST(ViewerProgramWithoutDisplay, HelpsAndComplainsAsWithOne) {
-    EXPECT_EQ(runWithoutDisplay({QStringLiteral("--help")}).status, Ok);
-    EXPECT_EQ(runWithoutDisplay({QStringLiteral("--colour")}).status, BadArguments);
+    EXPECT_EQ(runWithoutDisplay({"--help"}).status, Ok);
+    EXPECT_EQ(runWithoutDisplay({"--colour"}).status, BadArguments);
 }
 
 class ViewerProgramToEnd : public ::testing::Test {
@@ -64,7 +62,7 @@ protected:
         const QDir files(QStringLiteral("/proc/%1/fd").arg(viewer.id()));
         const QFileInfoList all = files.entryInfoList(QDir::Files | QDir::System);
         return std::any_of(all.cbegin(), all.cend(), [](const QFileInfo& file) {
-            return file.symLinkTarget().contains(QStringLiteral("signalfd"));
+            return file.symLinkTarget().contains("signalfd");
         });
     }
 
@@ -79,9 +77,8 @@ TEST_F(ViewerProgramToEnd, StoresItsLayoutAndSaysThatItWasAskedTo) {
     EXPECT_NE(viewer.output().find("rataip-viewer: closed, as it was asked to\n"),
               std::string::npos)
         << viewer.output();
-    const QSettings stored(settings.filePath(QStringLiteral("rataip/rataip-viewer.conf")),
-                           QSettings::IniFormat);
-    EXPECT_TRUE(stored.contains(QStringLiteral("window/layout")));
+    const QSettings stored(settings.filePath("rataip/rataip-viewer.conf"), QSettings::IniFormat);
+    EXPECT_TRUE(stored.contains("window/layout"));
 }
 
 TEST_F(ViewerProgramToEnd, MissesThePicturesOfTheEnd) {
