@@ -102,6 +102,9 @@ bool ChildProcess::writeLine(const std::string& line) {
 }
 
 bool ChildProcess::fill(int timeOut) {
+    if (m_process->output < 0) {
+        return false;
+    }
     pollfd ready{m_process->output, POLLIN, 0};
     const int events = poll(&ready, 1, timeOut);
     if (events <= 0) {

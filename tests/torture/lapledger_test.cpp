@@ -36,6 +36,14 @@ HandedLap piece(long long firstTick, long long lastTick) {
     return lap;
 }
 
+/** One that begins with so many samples of an earlier run. */
+HandedLap carried(bool isOwnCar, int foreignSamples) {
+    HandedLap lap = handed();
+    lap.isOwnCar = isOwnCar;
+    lap.foreignSamples = foreignSamples;
+    return lap;
+}
+
 LapLedger ledgerThatSaw(long long from, long long to) {
     LapLedger ledger;
     ledger.see(from, false);
@@ -43,21 +51,28 @@ LapLedger ledgerThatSaw(long long from, long long to) {
     return ledger;
 }
 
+/** Of a host that saw all and got these laps. */
+LapBalance balanceOf(const std::vector<HandedLap>& laps, Trust trust = Trust::AllCars,
+                     const std::vector<DrivenLap>& driven = {lap()}) {
+    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
+    for (const HandedLap& each : laps) {
+        ledger.hand(each);
+    }
+    return ledger.balance(driven, trust);
+}
+
 }  // namespace
 
 TEST(LapLedger, IsEvenWhenALapThatWasSeenWasHandedOver) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    ledger.hand(handed());
-    const LapBalance balance = ledger.balance({lap()}, Trust::AllCars);
+    const LapBalance balance = balanceOf({handed()});
     EXPECT_TRUE(balance.isEven());
     EXPECT_EQ(balance.driven, 1);
     EXPECT_EQ(balance.handedOver, 1);
 }
 
 TEST(LapLedger, MissesALapThatWasSeenAndNotHandedOver) {
-    const LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).lost, 1);
-    EXPECT_EQ(ledger.balance({lap(false)}, Trust::AllCars).lost, 1)
+    EXPECT_EQ(balanceOf({}).lost, 1);
+    EXPECT_EQ(balanceOf({}, Trust::AllCars, {lap(false)}).lost, 1)
         << "one that ended at the pits counts too";
 }
 
@@ -75,36 +90,26 @@ TEST(LapLedger, DoesNotMissALapWhoseEndOrResultNobodySaw) {
 TEST(LapLedger, DoesNotMissALapThatTheCarsVanishingEnded) {
     DrivenLap vanished = lap(false);
     vanished.kind = "flying";
-    const LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    EXPECT_EQ(ledger.balance({vanished}, Trust::AllCars).driven, 0);
+    EXPECT_EQ(balanceOf({}, Trust::AllCars, {vanished}).driven, 0);
     DrivenLap next = vanished;
     next.start = kFinish;
     next.finish = kFinish + 60;
-    EXPECT_EQ(ledger.balance({lap(), next}, Trust::AllCars).lost, 0);
+    EXPECT_EQ(balanceOf({}, Trust::AllCars, {lap(), next}).lost, 0);
 }
 
 TEST(LapLedger, FindsALapThatWasHandedOverTwice) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    ledger.hand(handed());
-    ledger.hand(handed());
-    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).twice, 1);
+    EXPECT_EQ(balanceOf({handed(), handed()}).twice, 1);
 }
 
 TEST(LapLedger, FindsALapWithTheWrongEnd) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    ledger.hand(handed(false));
-    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).wrongEnd, 1);
-    EXPECT_EQ(ledger.balance({lap(false)}, Trust::AllCars).wrongEnd, 0);
+    EXPECT_EQ(balanceOf({handed(false)}).wrongEnd, 1);
+    EXPECT_EQ(balanceOf({handed(false)}, Trust::AllCars, {lap(false)}).wrongEnd, 0);
 }
 
 TEST(LapLedger, FindsALapOfTwoRuns) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap mixed = handed();
-    mixed.isOwnCar = true;
-    mixed.foreignSamples = 500;
-    ledger.hand(mixed);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).mixed, 1);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).carriedOver, 0);
+    const LapBalance balance = balanceOf({carried(true, 500)});
+    EXPECT_EQ(balance.mixed, 1);
+    EXPECT_EQ(balance.carriedOver, 0);
 }
 
 TEST(LapLedger, DoesNotTakeALapOfAnEarlierRunForOneOfThisRun) {
@@ -119,57 +124,38 @@ TEST(LapLedger, DoesNotTakeALapOfAnEarlierRunForOneOfThisRun) {
 }
 
 TEST(LapLedger, LetsOtherCarsKeepALapOpenBehindResultsOfAnEarlierRun) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap carried = handed();
-    carried.isOwnCar = false;
-    carried.foreignSamples = 500;
-    ledger.hand(carried);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).mixed, 0);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).carriedOver, 1);
+    const LapBalance balance = balanceOf({carried(false, 500)}, Trust::OwnCar);
+    EXPECT_EQ(balance.mixed, 0);
+    EXPECT_EQ(balance.carriedOver, 1);
 }
 
 TEST(LapLedger, KnowsALapThatBeginsWithWhatWasRecordedBehindTheLineBeforeAFault) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap carried = handed();
-    carried.foreignSamples = 100;
-    ledger.hand(carried);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).mixed, 0);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::AllCars).carriedOver, 1);
+    const LapBalance balance = balanceOf({carried(false, 100)});
+    EXPECT_EQ(balance.mixed, 0);
+    EXPECT_EQ(balance.carriedOver, 1);
 }
 
 TEST(LapLedger, AllowsTheOwnCarForeignSamplesForAsLongAsAResultTakes) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap carried = handed();
-    carried.isOwnCar = true;
-    carried.foreignSamples = testsupport::kResultTicks;
-    ledger.hand(carried);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).mixed, 0);
-    ++carried.foreignSamples;
-    ledger.hand(carried);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).mixed, 1);
+    constexpr int kLongest = testsupport::kResultTicks;
+    EXPECT_EQ(balanceOf({carried(true, kLongest)}, Trust::OwnCar).mixed, 0);
+    EXPECT_EQ(balanceOf({carried(true, kLongest + 1)}, Trust::OwnCar).mixed, 1);
 }
 
 TEST(LapLedger, FindsACompletedLapThatNobodyDrove) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap invented = handed();
-    invented.lastTick = kFinish - 400;
-    ledger.hand(invented);
-    invented.completed = false;
-    ledger.hand(invented);
-    EXPECT_EQ(ledger.balance({}, Trust::AllCars).neverDriven, 1)
+    const HandedLap invented = piece(kStart, kFinish - 400);
+    HandedLap unfinished = invented;
+    unfinished.completed = false;
+    EXPECT_EQ(balanceOf({invented, unfinished}, Trust::AllCars, {}).neverDriven, 1)
         << "only the completed one is a claim";
 }
 
 TEST(LapLedger, AsksOfOtherCarsBehindAnEarlierRunThatNoSampleIsMissing) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    ledger.hand(piece(kStart, kStart + 300));
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).cutShort, 1) << "the rest is open";
-    LapLedger whole = ledger;
-    whole.hand(piece(kStart + 302, kFinish + 90));
-    EXPECT_EQ(whole.balance({lap()}, Trust::OwnCar).inPieces, 1);
-    EXPECT_EQ(whole.balance({lap()}, Trust::OwnCar).neverDriven, 0);
-    ledger.hand(piece(kStart + 400, kFinish + 90));
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1);
+    const HandedLap first = piece(kStart, kStart + 300);
+    EXPECT_EQ(balanceOf({first}, Trust::OwnCar).cutShort, 1) << "the rest is open";
+    const LapBalance whole = balanceOf({first, piece(kStart + 302, kFinish + 90)}, Trust::OwnCar);
+    EXPECT_EQ(whole.inPieces, 1);
+    EXPECT_EQ(whole.neverDriven, 0);
+    EXPECT_EQ(balanceOf({first, piece(kStart + 400, kFinish + 90)}, Trust::OwnCar).lost, 1);
 }
 
 TEST(LapLedger, AsksForNoPieceThatWasDrivenWhileTheHostDidNotLook) {
@@ -193,9 +179,7 @@ TEST(LapLedger, DoesNotMissAPieceThatWasOpenWhenTheHostStoppedLooking) {
 }
 
 TEST(LapLedger, SaysWhatIsNotEven) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    ledger.hand(piece(kStart, kStart + 300));
-    const LapBalance balance = ledger.balance({lap()}, Trust::AllCars);
+    const LapBalance balance = balanceOf({piece(kStart, kStart + 300)});
     ASSERT_EQ(balance.complaints.size(), 2U);
     EXPECT_EQ(balance.complaints.front(),
               "lost: flying lap 0 of car 4, ticks 1000 to 2000; seen: 1000 to 2200; handed over: "
@@ -204,19 +188,16 @@ TEST(LapLedger, SaysWhatIsNotEven) {
 }
 
 TEST(LapLedger, AsksOfTheOwnCarThatItsLapsEndWhereTheyWereDriven) {
-    LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    HandedLap part = handed();
+    HandedLap part = piece(kStart, kStart + 300);
     part.isOwnCar = true;
-    part.lastTick = kStart + 300;
-    ledger.hand(part);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 1);
-    EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).neverDriven, 1);
+    const LapBalance balance = balanceOf({part}, Trust::OwnCar);
+    EXPECT_EQ(balance.lost, 1);
+    EXPECT_EQ(balance.neverDriven, 1);
 }
 
 TEST(LapLedger, AddsUpTheRuns) {
-    const LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
-    LapBalance sum = ledger.balance({lap()}, Trust::AllCars);
-    sum += ledger.balance({lap(), lap(false)}, Trust::AllCars);
+    LapBalance sum = balanceOf({});
+    sum += balanceOf({}, Trust::AllCars, {lap(), lap(false)});
     EXPECT_EQ(sum.lost, 3);
     EXPECT_FALSE(sum.isEven());
 }
