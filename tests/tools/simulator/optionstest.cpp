@@ -2,10 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <sstream>
+
 using namespace simulator;
 using Action = CommandLine::Action;
 
 namespace {
+
+std::vector<std::string> wordsOf(const std::string& text) {
+    std::istringstream words(text);
+    return {std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()};
+}
 
 std::string complaintOf(const std::vector<std::string>& arguments) {
     const CommandLine line = readCommandLine(arguments);
@@ -26,37 +34,11 @@ TEST(Options, HaveDefaultsThatRun) {
 }
 
 TEST(Options, TakeAllTheirValues) {
-    const CommandLine line = readCommandLine({"--cars",
-                                              "64",
-                                              "--session",
-                                              "race",
-                                              "--track",
-                                              "short",
-                                              "--session-length",
-                                              "90.5",
-                                              "--race-laps",
-                                              "12",
-                                              "--replay",
-                                              "--seed",
-                                              "77",
-                                              "--speed",
-                                              "20",
-                                              "--laps",
-                                              "4",
-                                              "--duration",
-                                              "600",
-                                              "--log",
-                                              "laps.tsv",
-                                              "--quiet",
-                                              "--commands",
-                                              "--buffer-count",
-                                              "4",
-                                              "--extra-vars",
-                                              "5",
-                                              "--shuffle-vars",
-                                              "--pad-buffer",
-                                              "100",
-                                              "--session-info-every-tick"});
+    const CommandLine line = readCommandLine(
+        wordsOf("--cars 64 --session race --track short --session-length 90.5 --race-laps 12 "
+                "--replay --seed 77 --speed 20 --laps 4 --duration 600 --log laps.tsv --quiet "
+                "--commands --buffer-count 4 --extra-vars 5 --shuffle-vars --pad-buffer 100 "
+                "--session-info-every-tick"));
     ASSERT_EQ(line.action, Action::Run) << line.complaint;
     const Options& options = line.options;
     EXPECT_EQ(options.cars, 64);

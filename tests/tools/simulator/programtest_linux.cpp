@@ -341,7 +341,9 @@ TEST(SimulatorProgram, PublishesTheLapsThatItsLogTellsOf) {
         EXPECT_EQ(process.waitForExit(), 0);
     }
     int compared = 0;
-    for (const DrivenLap& lap : testsupport::readDrivenLaps(log.string()).value()) {
+    const auto driven = testsupport::readDrivenLaps(log.string());
+    ASSERT_TRUE(driven.has_value());
+    for (const DrivenLap& lap : *driven) {
         EXPECT_EQ(lap.published, static_cast<float>(lap.seconds));
         const std::vector<float>& times = published[lap.car];
         const auto index = static_cast<std::size_t>(lap.lap);
