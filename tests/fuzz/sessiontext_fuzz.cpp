@@ -50,7 +50,8 @@ void readIntoTrees(const char* text) {
     fuzz::require(areSameTrees(once, plain), "a tree is what the rules say, line by line");
     twice.setYaml(text);
     twice.setYaml(text);
-    fuzz::require(areSameTrees<TStringTree>(once, twice), "the same text again leaves the tree as it is");
+    fuzz::require(areSameTrees<TStringTree>(once, twice),
+                  "the same text again leaves the tree as it is");
 }
 
 void readIntoReader(const char* text) {

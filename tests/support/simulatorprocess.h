@@ -35,10 +35,7 @@ private:
     std::jthread m_pace;
 };
 
-/**
- * Arguments for a race of so many cars on the short track, where first laps are over within a
- * minute, and `more` arguments.
- */
+/** Arguments for so many cars on the short track, where laps take half a minute, and `more`. */
 [[nodiscard]] std::vector<std::string> onShortTrack(int cars,
                                                     const std::vector<std::string>& more = {});
 
