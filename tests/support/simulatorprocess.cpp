@@ -7,10 +7,6 @@ namespace testsupport {
 SimulatorProcess::SimulatorProcess(const std::vector<std::string>& arguments, Console console)
     : ChildProcess(siblingProgram("rataip-simulator"), arguments, console) {}
 
-SimulatorProcess::~SimulatorProcess() {
-    pause();
-}
-
 bool SimulatorProcess::publishes() {
     return !readLineThatBegins("Publishing ").empty();
 }
@@ -33,10 +29,8 @@ void SimulatorProcess::goOn() {
 }
 
 void SimulatorProcess::pause() {
-    if (m_pace.joinable()) {
-        m_pace.request_stop();
-        m_pace.join();
-    }
+    // The thread that is replaced is asked to stop and joined.
+    m_pace = std::jthread();
 }
 
 std::optional<int> SimulatorProcess::quit() {

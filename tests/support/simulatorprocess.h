@@ -14,9 +14,6 @@ class SimulatorProcess : public ChildProcess {
 public:
     explicit SimulatorProcess(const std::vector<std::string>& arguments,
                               Console console = Console::Shared);
-    ~SimulatorProcess();
-    SimulatorProcess(const SimulatorProcess&) = delete;
-    SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
     /** Waits until the objects are there; false when it has ended before. Not of a quiet one. */
     [[nodiscard]] bool publishes();
@@ -35,7 +32,7 @@ private:
     std::jthread m_pace;
 };
 
-/** Arguments for so many cars on the short track, where laps take half a minute, and `more`. */
+/** Arguments for so many cars on the short track, where a lap takes some 22 s, and `more`. */
 [[nodiscard]] std::vector<std::string> onShortTrack(int cars,
                                                     const std::vector<std::string>& more = {});
 
