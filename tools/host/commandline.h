@@ -68,7 +68,17 @@ private:
     QString m_error;
 };
 
-/** What a timer can tell from nothing: the least that a duration can be, in seconds. */
+/** A command line as it was understood, with the options of the program's own. */
+template <typename Options>
+struct ParsedArguments {
+    using Request = CommandLine::Request;
+
+    Request request = Request::Run;
+    Options options;
+    QString error;  // one sentence when the arguments make no sense, else empty
+};
+
+/** The shortest duration, in seconds: one step of a timer. */
 constexpr double shortestDurationSeconds = 0.001;
 
 }  // namespace rataip::host

@@ -1,11 +1,12 @@
 #include "tools/lapimage/lappicture.h"
 
-#include "sdk/utilities.h"
 #include "tools/host/laptext.h"
 #include "tools/lapimage/scale.h"
 #include "tools/lapimage/ticks.h"
 #include "tools/laps/displayunit.h"
+#include "tools/laps/newfile.h"
 
+#include <QBuffer>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPen>
@@ -17,10 +18,12 @@
 
 namespace rataip::lapimage {
 
+using laps::Range;
 using TLM::SDK::Lap;
 
 namespace {
 
+constexpr QSize sheetSize(1280, 800);
 constexpr int textHeight = 15;
 constexpr int titleHeight = 21;
 constexpr double margin = 18.0;
@@ -67,11 +70,6 @@ QList<QPointF> shownPoints(const QList<QPointF>& points, double factor) {
     return shown;
 }
 
-struct Range {
-    double low = 0.0;
-    double high = 0.0;
-};
-
 /** From zero, where every one of the quantities begins, to the highest point. */
 Range heightOf(const QList<LapPicture::Curve>& curves) {
     Range range;
@@ -89,17 +87,6 @@ bool hasWholeNumbers(const QList<LapPicture::Curve>& curves) {
         return std::all_of(curve.points.cbegin(), curve.points.cend(),
                            [](const QPointF& point) { return point.y() == std::floor(point.y()); });
     });
-}
-
-Range widthOf(const laps::AxisValues& axis) {
-    Range range;
-    for (const double value : axis.values) {
-        if (TLM::SDK::isValidValue(value) && std::isfinite(value)) {
-            range.low = std::min(range.low, value);
-            range.high = std::max(range.high, value);
-        }
-    }
-    return range;
 }
 
 QPen penOf(Role role) {
@@ -126,6 +113,14 @@ AcrossScale acrossScale(const Range& width) {
     ticks.values.removeIf(
         [&width](double value) { return value < width.low || value > width.high; });
     return {ticks, width};
+}
+
+// Through memory, because the image writer hides the device's error.
+bool writePng(const Lap& lap, QIODevice& device) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    return LapPicture(lap, sheetSize).image().save(&buffer, "PNG") &&
+           laps::writeAll(device, buffer.data());
 }
 
 }  // namespace
@@ -204,7 +199,9 @@ void LapPicture::addPanel(const Lap& lap, const QRectF& area, const QString& nam
     const Range height = heightOf(panel.curves);
     const Scale up = scaleFor(height.low, height.high, marksUp,
                               hasWholeNumbers(panel.curves) ? Numbers::Whole : Numbers::Any);
-    const AcrossScale across = acrossScale(widthOf(m_axis));
+    Range width;
+    laps::widen(width, m_axis);
+    const AcrossScale across = acrossScale(width);
     for (Curve& curve : panel.curves) {
         for (const QPointF& point : curve.points) {
             curve.line.append(
@@ -315,6 +312,10 @@ void LapPicture::paint(QPainter& painter) const {
             painter.drawText(text.box, static_cast<int>(text.alignment), text.text);
         }
     }
+}
+
+laps::LapFormat pngFormat() {
+    return {QStringLiteral("png"), &writePng};
 }
 
 }  // namespace rataip::lapimage

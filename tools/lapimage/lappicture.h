@@ -3,6 +3,7 @@
 #include "sdk/lap.h"
 #include "tools/lapimage/colours.h"
 #include "tools/laps/curve.h"
+#include "tools/laps/lapformat.h"
 
 #include <QFont>
 #include <QImage>
@@ -101,5 +102,8 @@ private:
     QList<Text> m_texts;
     QList<Panel> m_panels;
 };
+
+/** A LapPicture as a format, suffix "png". Needs a QGuiApplication. */
+[[nodiscard]] laps::LapFormat pngFormat();
 
 }  // namespace rataip::lapimage

@@ -8,18 +8,12 @@
 namespace rataip::laps {
 
 using TLM::SDK::Channel;
-using TLM::SDK::isValidValue;
 using TLM::SDK::Lap;
 
 namespace {
 
 constexpr double metresPerKilometre = 1000.0;
 constexpr double percent = 100.0;
-
-/** A point that is neither missing nor beyond what can be drawn. */
-bool isReading(double value) {
-    return isValidValue(value) && std::isfinite(value);
-}
 
 QList<double> scaled(const Channel& channel, double factor) {
     QList<double> values = channel.samples;
@@ -74,8 +68,21 @@ void appendExtremes(QList<QPointF>& curve, QList<QPointF>::const_iterator begin,
 
 }  // namespace
 
+bool isReading(double value) {
+    return TLM::SDK::isValidValue(value) && std::isfinite(value);
+}
+
 AxisValues axisOf(const Lap& lap, Axis axis) {
     return axis == Axis::Distance ? distanceOf(lap) : timeOf(lap);
+}
+
+void widen(Range& range, const AxisValues& axis) {
+    for (const double value : axis.values) {
+        if (isReading(value)) {
+            range.low = std::min(range.low, value);
+            range.high = std::max(range.high, value);
+        }
+    }
 }
 
 QList<QPointF> curveOf(const Channel& channel, const AxisValues& axis) {

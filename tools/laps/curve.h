@@ -14,6 +14,15 @@ enum class Axis {
     Time,      // since the lap's first sample
 };
 
+/** Whether there is a reading that can be drawn: not a missing one, nor NaN or an infinity. */
+[[nodiscard]] bool isReading(double value);
+
+/** A span of numbers on an axis. */
+struct Range {
+    double low = 0.0;
+    double high = 0.0;
+};
+
 /** One number for each sample of a lap, to draw its channels over. */
 struct AxisValues {
     QList<double> values;
@@ -28,6 +37,9 @@ struct AxisValues {
  * that says it. A missing reading is missing in the axis, too (see TLM::SDK::isValidValue()).
  */
 [[nodiscard]] AxisValues axisOf(const TLM::SDK::Lap& lap, Axis axis);
+
+/** Widens a range so that all readings of the axis lie in it. */
+void widen(Range& range, const AxisValues& axis);
 
 /**
  * A channel as points over an axis, sample by sample. Samples without a reading, of the channel or

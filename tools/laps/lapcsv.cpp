@@ -1,6 +1,6 @@
 #include "tools/laps/lapcsv.h"
 
-#include "tools/laps/writeall.h"
+#include "tools/laps/newfile.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,7 +1,7 @@
 #include "tools/laps/lapjson.h"
 
 #include "tools/host/laptext.h"
-#include "tools/laps/writeall.h"
+#include "tools/laps/newfile.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,7 +1,6 @@
 #include "tools/laps/newfile.h"
 
 #include "sdk/utilities.h"
-#include "tools/laps/writeall.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -139,6 +138,18 @@ NewFiles writeNewFiles(const QDir& folder, const QString& name,
         written.paths.append(files[i]->fileName());
     }
     return written;
+}
+
+bool writeAll(QIODevice& device, const QByteArray& bytes) {
+    qint64 written = 0;
+    while (written < bytes.size()) {
+        const qint64 taken = device.write(bytes.constData() + written, bytes.size() - written);
+        if (taken <= 0) {
+            return false;
+        }
+        written += taken;
+    }
+    return true;
 }
 
 }  // namespace rataip::laps

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDir>
 #include <QIODevice>
 #include <QList>
@@ -43,5 +44,11 @@ struct NewFiles {
  */
 [[nodiscard]] NewFiles writeNewFiles(const QDir& folder, const QString& name,
                                      const QList<FileContent>& contents);
+
+/**
+ * Writes all bytes; false when the device cannot, with its error text saying why. A disk that is
+ * nearly full takes a part of them without an error; only writing the rest reports it.
+ */
+[[nodiscard]] bool writeAll(QIODevice& device, const QByteArray& bytes);
 
 }  // namespace rataip::laps

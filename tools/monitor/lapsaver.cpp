@@ -1,6 +1,6 @@
 #include "tools/monitor/lapsaver.h"
 
-#include "tools/lapimage/pngformat.h"
+#include "tools/lapimage/lappicture.h"
 #include "tools/laps/lapcsv.h"
 #include "tools/laps/lapjson.h"
 

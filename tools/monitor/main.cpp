@@ -7,11 +7,9 @@
 #include "tools/laps/newfile.h"
 #include "tools/monitor/account.h"
 #include "tools/monitor/console.h"
-#include "tools/monitor/exitstatus.h"
 #include "tools/monitor/goal.h"
 #include "tools/monitor/lapsaver.h"
 #include "tools/monitor/options.h"
-#include "tools/monitor/screen.h"
 #include "tools/monitor/terminal.h"
 
 #include <QCoreApplication>

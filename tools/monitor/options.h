@@ -19,14 +19,7 @@ struct Options {
     QString exportFolder;  // empty: laps are not saved
 };
 
-/** A command line as it was understood. */
-struct ParsedArguments {
-    using Request = host::CommandLine::Request;
-
-    Request request = Request::Run;
-    Options options;
-    QString error;  // one sentence when the arguments make no sense, else empty
-};
+using ParsedArguments = host::ParsedArguments<Options>;
 
 /** Reads the command line; `arguments` begins with the program's name. */
 [[nodiscard]] ParsedArguments parseArguments(const QStringList& arguments);

@@ -12,4 +12,10 @@ void prepareStandardOutput();
 /** Whether a person sees the standard output as it is written. */
 [[nodiscard]] bool isStandardOutputTerminal();
 
+/**
+ * Lets an application object with fonts be made where there is no screen. To be called before the
+ * object is made. Leaves a platform alone that the environment asks for.
+ */
+void doWithoutScreen();
+
 }  // namespace rataip::monitor

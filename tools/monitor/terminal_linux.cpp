@@ -1,5 +1,8 @@
 #include "tools/monitor/terminal.h"
 
+#include <QByteArray>
+#include <QtGlobal>
+
 #include <csignal>
 #include <unistd.h>
 
@@ -11,6 +14,13 @@ void prepareStandardOutput() {
 
 bool isStandardOutputTerminal() {
     return isatty(STDOUT_FILENO) == 1;
+}
+
+void doWithoutScreen() {
+    constexpr char platform[] = "QT_QPA_PLATFORM";
+    if (!qEnvironmentVariableIsSet(platform)) {
+        qputenv(platform, QByteArrayLiteral("offscreen"));
+    }
 }
 
 }  // namespace rataip::monitor

@@ -14,4 +14,7 @@ bool isStandardOutputTerminal() {
     return _isatty(_fileno(stdout)) != 0;
 }
 
+// Every session has a screen, and the platform plugin that is usually installed draws on it.
+void doWithoutScreen() {}
+
 }  // namespace rataip::monitor

@@ -1,10 +1,10 @@
 #include "tools/simulator/console.h"
+#include "tools/simulator/text.h"
 
 #include <array>
 #include <csignal>
 #include <poll.h>
 #include <unistd.h>
-#include <utility>
 
 namespace simulator {
 
@@ -23,16 +23,7 @@ class Console::Input {
 public:
     bool ended() const { return m_ended && m_pending.empty(); }
 
-    std::optional<std::string> takeLine() {
-        const std::size_t end = m_pending.find('\n');
-        if (end == std::string::npos) {
-            return m_ended && !m_pending.empty() ? std::optional(std::exchange(m_pending, {}))
-                                                 : std::nullopt;
-        }
-        std::string line = m_pending.substr(0, end);
-        m_pending.erase(0, end + 1);
-        return line;
-    }
+    std::optional<std::string> takeLine() { return simulator::takeLine(m_pending, m_ended); }
 
     void read(std::chrono::milliseconds atMost) {
         pollfd input{STDIN_FILENO, POLLIN, 0};

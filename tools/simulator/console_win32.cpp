@@ -1,4 +1,5 @@
 #include "tools/simulator/console.h"
+#include "tools/simulator/text.h"
 
 #include <array>
 #include <atomic>
@@ -65,14 +66,7 @@ public:
     std::optional<std::string> takeLine(std::chrono::milliseconds atMost) {
         std::unique_lock lock(m_mutex);
         m_arrived.wait_for(lock, atMost, [this] { return m_ended || hasLine(); });
-        const std::size_t end = m_pending.find('\n');
-        if (end == std::string::npos) {
-            return m_ended && !m_pending.empty() ? std::optional(std::exchange(m_pending, {}))
-                                                 : std::nullopt;
-        }
-        std::string line = m_pending.substr(0, end);
-        m_pending.erase(0, end + 1);
-        return line;
+        return simulator::takeLine(m_pending, m_ended);
     }
 
 private:

@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace simulator {
 
@@ -48,6 +49,16 @@ bool readNumber(std::string_view text, double& value) {
     }
     value = read;
     return true;
+}
+
+std::optional<std::string> takeLine(std::string& text, bool isWhole) {
+    const std::size_t end = text.find('\n');
+    if (end == std::string::npos) {
+        return isWhole && !text.empty() ? std::optional(std::exchange(text, {})) : std::nullopt;
+    }
+    std::string line = text.substr(0, end);
+    text.erase(0, end + 1);
+    return line;
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,12 @@ bool readWhole(std::string_view text, long long& value);
 
 /** Reads all of `text` as a finite number; false (and `value` untouched) when it is none. */
 bool readNumber(std::string_view text, double& value);
+
+/**
+ * Takes the first line out of `text`, without its end. An unfinished line counts as one only when
+ * `isWhole` says that nothing follows.
+ */
+std::optional<std::string> takeLine(std::string& text, bool isWhole);
 
 /** `text` without blanks, tabs and carriage returns at both ends. */
 std::string_view trimmed(std::string_view text);

@@ -1,6 +1,5 @@
 #include "tools/viewer/lapwindow.h"
 
-#include "sdk/utilities.h"
 #include "tools/viewer/lapvalues.h"
 
 #include <QAction>
@@ -15,7 +14,6 @@
 #include <QToolBar>
 
 #include <algorithm>
-#include <cmath>
 
 namespace rataip::viewer {
 
@@ -32,53 +30,6 @@ constexpr qsizetype thisLine = 1;
 constexpr QSize usualSize(1100, 760);
 // Among the laps to compare with, the first is none.
 constexpr int noOtherLap = 0;
-
-QString sizeKey() {
-    return QStringLiteral("lap/size");
-}
-QString splitterKey() {
-    return QStringLiteral("lap/splitter");
-}
-QString overTimeKey() {
-    return QStringLiteral("lap/overTime");
-}
-QString channelsKey() {
-    return QStringLiteral("lap/channels");
-}
-QString calculatedMark() {
-    return QStringLiteral("calculated:");
-}
-
-QStringList toTexts(const QList<ChannelName>& names) {
-    QStringList texts;
-    for (const ChannelName& name : names) {
-        texts.append(name.isCalculated ? calculatedMark() + name.name : name.name);
-    }
-    return texts;
-}
-
-QList<ChannelName> fromTexts(const QStringList& texts) {
-    QList<ChannelName> names;
-    for (const QString& text : texts) {
-        const bool isCalculated = text.startsWith(calculatedMark());
-        names.append({isCalculated ? text.mid(calculatedMark().size()) : text, isCalculated});
-    }
-    return names;
-}
-
-struct Range {
-    double low = 0.0;
-    double high = 0.0;
-};
-
-void widen(Range& range, const AxisValues& axis) {
-    for (const double value : axis.values) {
-        if (TLM::SDK::isValidValue(value) && std::isfinite(value)) {
-            range.low = std::min(range.low, value);
-            range.high = std::max(range.high, value);
-        }
-    }
-}
 
 QString lineSample(const QColor& colour, const QString& strokes) {
     return QStringLiteral("<span style=\"color:%1\"><b>%2</b></span> ").arg(colour.name(), strokes);
@@ -284,26 +235,23 @@ QList<ChannelName> LapWindow::channelsToHandOn() const {
     return names;
 }
 
-void LapWindow::rememberLayoutIn(QSettings& settings) {
+void LapWindow::rememberLayoutIn(Settings& settings) {
     m_settings = &settings;
-    const QSize size = settings.value(sizeKey()).toSize();
-    if (size.isValid()) {
-        resize(size);
+    const LapLayout layout = settings.lapLayout();
+    if (layout.size.isValid()) {
+        resize(layout.size);
     }
-    m_splitter->restoreState(settings.value(splitterKey()).toByteArray());
-    setAxis(settings.value(overTimeKey()).toBool() ? Axis::Time : Axis::Distance);
-    if (settings.contains(channelsKey())) {
-        m_handedOn = fromTexts(settings.value(channelsKey()).toStringList());
+    m_splitter->restoreState(layout.splitter);
+    setAxis(layout.axis);
+    if (layout.channels) {
+        m_handedOn = *layout.channels;
         m_channels->chooseOnly(m_handedOn);
     }
 }
 
 void LapWindow::closeEvent(QCloseEvent* event) {
     if (m_settings != nullptr) {
-        m_settings->setValue(sizeKey(), size());
-        m_settings->setValue(splitterKey(), m_splitter->saveState());
-        m_settings->setValue(overTimeKey(), m_axis == Axis::Time);
-        m_settings->setValue(channelsKey(), toTexts(channelsToHandOn()));
+        m_settings->storeLapLayout({size(), m_splitter->saveState(), m_axis, channelsToHandOn()});
     }
     QMainWindow::closeEvent(event);
 }
@@ -409,9 +357,9 @@ void LapWindow::rebuildPanels() {
 void LapWindow::drawPanels() {
     const AxisValues axis = laps::axisOf(*m_lap, m_axis);
     const AxisValues otherAxis = m_other ? laps::axisOf(*m_other, m_axis) : AxisValues();
-    Range range;
-    widen(range, axis);
-    widen(range, otherAxis);
+    laps::Range range;
+    laps::widen(range, axis);
+    laps::widen(range, otherAxis);
     for (qsizetype i = 0; i < m_panels.size(); ++i) {
         PlotPanel& panel = *m_panels.at(i);
         const ChannelName& name = m_channels->chosen().at(i);

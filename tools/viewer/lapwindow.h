@@ -5,6 +5,7 @@
 #include "tools/viewer/laplistmodel.h"
 #include "tools/viewer/outcomeline.h"
 #include "tools/viewer/plotpanel.h"
+#include "tools/viewer/settings.h"
 
 #include <QComboBox>
 #include <QKeySequence>
@@ -12,7 +13,6 @@
 #include <QLineEdit>
 #include <QList>
 #include <QMainWindow>
-#include <QSettings>
 #include <QSharedPointer>
 #include <QSortFilterProxyModel>
 #include <QSplitter>
@@ -52,10 +52,10 @@ public:
     void compareWith(const LapPointer& other);
 
     /**
-     * Takes size, axis and chosen channels over from the lap window that was closed last, and hands
-     * its own on when it is closed itself. The settings must outlive the window.
+     * Takes the layout over from the lap window that was closed last, and stores its own when it is
+     * closed itself. The settings must outlive the window.
      */
-    void rememberLayoutIn(QSettings& settings);
+    void rememberLayoutIn(Settings& settings);
 
     /** Shows what became of saving. */
     void showOutcome(const QString& sentence);
@@ -109,7 +109,7 @@ private:
     QAction* m_overDistance = nullptr;
     QAction* m_overTime = nullptr;
     QList<PlotPanel*> m_panels;  // one for each channel chosen, owned by their layout's widget
-    QSettings* m_settings = nullptr;
+    Settings* m_settings = nullptr;
     QList<ChannelName> m_handedOn;  // chosen in the lap window before; this lap may lack some
 };
 

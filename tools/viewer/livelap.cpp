@@ -1,14 +1,13 @@
 #include "tools/viewer/livelap.h"
 
-#include "sdk/utilities.h"
 #include "tools/laps/curve.h"
 #include "tools/laps/displayunit.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace rataip::viewer {
 
+using laps::isReading;
 using TLM::SDK::DynamicData;
 using TLM::SDK::Lap;
 
@@ -16,15 +15,6 @@ namespace {
 
 constexpr double percent = 100.0;
 constexpr double dropOfANewLap = 0.5;
-
-bool isReading(double value) {
-    return TLM::SDK::isValidValue(value) && std::isfinite(value);
-}
-
-bool isPreviousFlyingLap(const Lap& lap) {
-    return lap.detailedTelemetry() && lap.completed() &&
-           lap.lapType() == TLM::SDK::LapType::FlyingLap;
-}
 
 laps::AxisValues percentOfLap(const Lap& lap) {
     laps::AxisValues axis;
@@ -62,6 +52,11 @@ void addPoint(QList<QPointF>& curve, const QPointF& point) {
 
 }  // namespace
 
+bool isOwnFlyingLap(const Lap& lap) {
+    return lap.detailedTelemetry() && lap.completed() &&
+           lap.lapType() == TLM::SDK::LapType::FlyingLap;
+}
+
 void LiveLap::add(const DynamicData& values) {
     bool isNumber = false;
     const double share = values.value(QStringLiteral("lapdistpct")).value.toDouble(&isNumber);
@@ -84,7 +79,7 @@ void LiveLap::add(const DynamicData& values) {
 }
 
 void LiveLap::addFinished(const Lap& lap) {
-    if (!isPreviousFlyingLap(lap)) {
+    if (!isOwnFlyingLap(lap)) {
         return;
     }
     const laps::AxisValues axis = percentOfLap(lap);

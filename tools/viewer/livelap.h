@@ -26,6 +26,9 @@ inline constexpr std::array<Trace, 5> liveTraces = {{{"speed", "Speed"},
 /** The curves of one lap, in the order of `liveTraces`, over the share of the lap in percent. */
 using TraceCurves = std::array<QList<QPointF>, liveTraces.size()>;
 
+/** Whether the own car drove the lap as a flying lap, to its end. */
+[[nodiscard]] bool isOwnFlyingLap(const TLM::SDK::Lap& lap);
+
 /**
  * The lap that the own car is on, tick by tick, and its previous flying lap.
  *

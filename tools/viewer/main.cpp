@@ -58,8 +58,7 @@ void loadPlugin(Session& session, const QString& requestedPath) {
 QList<LapStore::LapPointer> ownFlyingLaps(const MainWindow& window) {
     QList<LapStore::LapPointer> laps;
     for (const LapStore::LapPointer& lap : window.laps().laps()) {
-        if (lap->detailedTelemetry() && lap->completed() &&
-            lap->lapType() == TLM::SDK::LapType::FlyingLap) {
+        if (rataip::viewer::isOwnFlyingLap(*lap)) {
             laps.prepend(lap);
         }
     }

@@ -1,13 +1,8 @@
 #include "tools/viewer/mainwindow.h"
 
 #include "tools/host/tickmeter.h"
-#include "tools/lapimage/pngformat.h"
-#include "tools/laps/lapcsv.h"
-#include "tools/laps/lapjson.h"
-#include "tools/viewer/lapvalues.h"
 
 #include <QCloseEvent>
-#include <QDir>
 #include <QEvent>
 #include <QFileDialog>
 #include <QHeaderView>
@@ -41,21 +36,6 @@ constexpr QSize usualSize(1500, 920);
 constexpr int mostMessages = 1000;
 // A row of the cars with names of the usual length.
 constexpr int charactersOfACar = 112;
-// Stored with the layout: one of another arrangement of panes is not restored.
-constexpr int layoutVersion = 1;
-
-QString geometryKey() {
-    return QStringLiteral("window/geometry");
-}
-QString layoutKey() {
-    return QStringLiteral("window/layout");
-}
-QString columnsKey(const QWidget& table) {
-    return QStringLiteral("window/columns/") + table.objectName();
-}
-QString folderKey() {
-    return QStringLiteral("laps/folder");
-}
 
 QString keyLines(const QString& heading, const QList<KeyText>& keys) {
     QString lines =
@@ -101,11 +81,11 @@ MainWindow::MainWindow(Session& session, QSettings& settings)
     makePanes();
     makeToolBar();
     resize(usualSize.boundedTo(screen()->availableSize()));
-    restoreLayout();
+    m_isArranged = m_settings.restoreWindow(*this, {m_carTable, m_lapTable});
 
     connect(&m_session, &Session::stateChanged, this, &MainWindow::showState);
     connect(&m_session, &Session::message, this, &MainWindow::showMessage);
-    connect(this, &MainWindow::saveEnded, this, &MainWindow::showOutcome);
+    connect(&m_saving, &LapSaving::ended, this, &MainWindow::showOutcome);
     connect(&m_session, &Session::lapArrived, this, &MainWindow::addLap);
     connect(&m_session, &Session::probed, this, [this](bool isThere) {
         showMessage(isThere ? QStringLiteral("A simulator is there and delivers data.")
@@ -118,8 +98,6 @@ MainWindow::MainWindow(Session& session, QSettings& settings)
     m_readTimer.start(readInterval);
     showState();
 }
-
-MainWindow::~MainWindow() = default;
 
 QAction* MainWindow::addCommand(const QString& text, const QKeySequence& shortcut,
                                 const QString& tip) {
@@ -156,9 +134,8 @@ void MainWindow::makeCommands() {
     connect(m_connect, &QAction::triggered, &m_session, &Session::connectToSource);
     connect(m_disconnect, &QAction::triggered, &m_session, &Session::disconnectFromSource);
     connect(m_openPlugin, &QAction::triggered, this, &MainWindow::askForPlugin);
-    connect(openLap, &QAction::triggered, this, &MainWindow::openCurrentLap);
-    connect(saveLapFiles, &QAction::triggered, this,
-            [this] { askAndSaveLap(currentLap(), *this); });
+    connect(openLap, &QAction::triggered, this, &MainWindow::openSelectedLap);
+    connect(saveLapFiles, &QAction::triggered, this, &MainWindow::saveSelectedLap);
     connect(quit, &QAction::triggered, this, &QWidget::close);
     connect(keys, &QAction::triggered, this, &MainWindow::showKeys);
 
@@ -267,7 +244,7 @@ void MainWindow::makePanes() {
     m_messagePane = addPane(QStringLiteral("Messages"), QStringLiteral("Ctrl+4"), m_messages,
                             Qt::BottomDockWidgetArea);
 
-    connect(m_lapTable, &QTableView::activated, this, &MainWindow::openCurrentLap);
+    connect(m_lapTable, &QTableView::activated, this, &MainWindow::openSelectedLap);
     connect(&m_laps, &LapListModel::rowsInserted, this, &MainWindow::fitLapColumns);
     connect(&m_cars, &CarTableModel::modelReset, this, [this] {
         for (int column = 0; column < CarTableModel::ColumnCount; ++column) {
@@ -303,24 +280,8 @@ void MainWindow::showEvent(QShowEvent* event) {
     }
 }
 
-void MainWindow::restoreLayout() {
-    restoreGeometry(m_settings.value(geometryKey()).toByteArray());
-    m_isArranged = restoreState(m_settings.value(layoutKey()).toByteArray(), layoutVersion);
-    for (QTableView* table : {m_carTable, m_lapTable}) {
-        table->horizontalHeader()->restoreState(m_settings.value(columnsKey(*table)).toByteArray());
-    }
-}
-
-void MainWindow::storeLayout() {
-    m_settings.setValue(geometryKey(), saveGeometry());
-    m_settings.setValue(layoutKey(), saveState(layoutVersion));
-    for (const QTableView* table : {m_carTable, m_lapTable}) {
-        m_settings.setValue(columnsKey(*table), table->horizontalHeader()->saveState());
-    }
-}
-
 void MainWindow::closeEvent(QCloseEvent* event) {
-    storeLayout();
+    m_settings.storeWindow(*this, {m_carTable, m_lapTable});
     const QList<LapWindow*> windows = findChildren<LapWindow*>(Qt::FindDirectChildrenOnly);
     for (LapWindow* window : windows) {
         window->close();
@@ -443,9 +404,14 @@ void MainWindow::fitLapColumns() {
     }
 }
 
-LapPointer MainWindow::currentLap() const {
+/** Null, and the user is told, when no lap is selected. */
+LapPointer MainWindow::selectedLap() {
     const QModelIndex index = m_sortedLaps.mapToSource(m_lapTable->currentIndex());
-    return index.isValid() ? m_laps.lap(index.row()) : LapPointer();
+    if (!index.isValid()) {
+        showOutcome(QStringLiteral("Select a lap in the list first."));
+        return {};
+    }
+    return m_laps.lap(index.row());
 }
 
 LapWindow* MainWindow::openLap(const LapPointer& lap) {
@@ -453,52 +419,22 @@ LapWindow* MainWindow::openLap(const LapPointer& lap) {
     window->setWindowFlag(Qt::Window);
     window->setAttribute(Qt::WA_DeleteOnClose);
     connect(window, &LapWindow::saveRequested, this,
-            [this, window](const LapPointer& asked) { askAndSaveLap(asked, *window); });
-    connect(this, &MainWindow::saveEnded, window, &LapWindow::showOutcome);
+            [this, window](const LapPointer& asked) { m_saving.askAndSave(asked, *window); });
+    connect(&m_saving, &LapSaving::ended, window, &LapWindow::showOutcome);
     window->rememberLayoutIn(m_settings);
     window->show();
     return window;
 }
 
-void MainWindow::openCurrentLap() {
-    if (const LapPointer lap = currentLap()) {
+void MainWindow::openSelectedLap() {
+    if (const LapPointer lap = selectedLap()) {
         openLap(lap);
-    } else {
-        showOutcome(QStringLiteral("Select a lap in the list first."));
     }
 }
 
-laps::LapExporter& MainWindow::exporterFor(const QString& folder) {
-    std::unique_ptr<laps::LapExporter>& exporter = m_exporters[folder];
-    if (!exporter) {
-        exporter = std::make_unique<laps::LapExporter>(
-            QDir(folder), QList{laps::csvFormat(), laps::jsonFormat(), lapimage::pngFormat()});
-        connect(exporter.get(), &laps::LapExporter::written, this,
-                [this](const QStringList& paths) {
-                    emit saveEnded(QStringLiteral("Saved ") + paths.join(QStringLiteral(", ")));
-                });
-        connect(exporter.get(), &laps::LapExporter::failed, this, [this](const QString& sentence) {
-            emit saveEnded(QStringLiteral("The lap was not saved: %1.").arg(sentence));
-        });
-    }
-    return *exporter;
-}
-
-void MainWindow::saveLap(const LapPointer& lap, const QString& folder) {
-    exporterFor(folder).add(lap);
-}
-
-void MainWindow::askAndSaveLap(const LapPointer& lap, QWidget& asking) {
-    if (!lap) {
-        showOutcome(QStringLiteral("Select a lap in the list first."));
-        return;
-    }
-    const QString folder =
-        QFileDialog::getExistingDirectory(&asking, QStringLiteral("Folder for the lap's files"),
-                                          m_settings.value(folderKey()).toString());
-    if (!folder.isEmpty()) {
-        m_settings.setValue(folderKey(), folder);
-        saveLap(lap, folder);
+void MainWindow::saveSelectedLap() {
+    if (const LapPointer lap = selectedLap()) {
+        m_saving.askAndSave(lap, *this);
     }
 }
 

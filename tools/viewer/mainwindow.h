@@ -1,13 +1,14 @@
 #pragma once
 
-#include "tools/laps/lapexporter.h"
 #include "tools/viewer/cartablemodel.h"
 #include "tools/viewer/lamp.h"
 #include "tools/viewer/laplistmodel.h"
+#include "tools/viewer/lapsaving.h"
 #include "tools/viewer/lapwindow.h"
 #include "tools/viewer/livetraces.h"
 #include "tools/viewer/outcomeline.h"
 #include "tools/viewer/session.h"
+#include "tools/viewer/settings.h"
 #include "tools/viewer/trackstrip.h"
 
 #include <QAction>
@@ -19,9 +20,6 @@
 #include <QSortFilterProxyModel>
 #include <QTableView>
 #include <QTimer>
-
-#include <map>
-#include <memory>
 
 namespace rataip::viewer {
 
@@ -35,25 +33,18 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /** Both must outlive the window. The layout is read from the settings and stored there. */
+    /** Both must outlive the window, which keeps its layout in the settings. */
     MainWindow(Session& session, QSettings& settings);
-    ~MainWindow() override;
 
     /** Opens a window for a lap. It closes with this one. */
     LapWindow* openLap(const LapStore::LapPointer& lap);
-
-    /** Writes a lap's files into a folder; the messages tell what came of it. */
-    void saveLap(const LapStore::LapPointer& lap, const QString& folder);
 
     /** Draws everything as it is now. */
     void refresh();
 
     [[nodiscard]] const LapListModel& laps() const { return m_laps; }
+    [[nodiscard]] LapSaving& saving() { return m_saving; }
     [[nodiscard]] QString noticeText() const { return m_notice->text(); }
-
-signals:
-    /** A lap is saved, or is not: a sentence for people. */
-    void saveEnded(const QString& sentence);
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -69,8 +60,6 @@ private:
                          Qt::DockWidgetArea area);
     QTableView* makeTable(const QString& name, QSortFilterProxyModel& sorted);
     void arrangePanes();
-    void restoreLayout();
-    void storeLayout();
 
     void drawMoving();
     void drawReadable();
@@ -81,21 +70,19 @@ private:
     void addLap(const LapStore::LapPointer& lap);
     void fitLapColumns();
     [[nodiscard]] QString notice() const;
-    [[nodiscard]] LapStore::LapPointer currentLap() const;
-    [[nodiscard]] laps::LapExporter& exporterFor(const QString& folder);
-    void openCurrentLap();
-    /** The dialog belongs to the window that asks: one of another would lift that over it. */
-    void askAndSaveLap(const LapStore::LapPointer& lap, QWidget& asking);
+    [[nodiscard]] LapStore::LapPointer selectedLap();
+    void openSelectedLap();
+    void saveSelectedLap();
     void askForPlugin();
     void showKeys();
 
     Session& m_session;
-    QSettings& m_settings;
+    Settings m_settings;
+    LapSaving m_saving{m_settings};
     CarTableModel m_cars;
     LapListModel m_laps;
     QSortFilterProxyModel m_sortedCars;
     QSortFilterProxyModel m_sortedLaps;
-    std::map<QString, std::unique_ptr<laps::LapExporter>> m_exporters;  // by folder
 
     QAction* m_probe = nullptr;
     QAction* m_connect = nullptr;

@@ -1,6 +1,5 @@
 #include "tests/tools/laps/samplelap.h"
 #include "tools/lapimage/lappicture.h"
-#include "tools/lapimage/pngformat.h"
 
 #include <QBuffer>
 #include <QFontMetricsF>

@@ -25,6 +25,7 @@ using rataip::viewer::KeyText;
 using rataip::viewer::LapListModel;
 using rataip::viewer::LapWindow;
 using rataip::viewer::PlotPanel;
+using rataip::viewer::Settings;
 using TLM::SDK::Channel;
 using TLM::SDK::Lap;
 
@@ -151,7 +152,8 @@ TEST_F(LapView, NoLongerOffersLapsThatWereLetGoButKeepsTheOneInSight) {
 
 TEST_F(LapView, HandsItsLayoutOnToTheNext) {
     const QTemporaryDir folder;
-    QSettings settings(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    QSettings stored(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    Settings settings(stored);
     window->rememberLayoutIn(settings);
     window->resize(1234, 777);
     window->setAxis(Axis::Time);
@@ -191,7 +193,8 @@ TEST_F(LapView, ShowsAndHidesItsBarByTheKey) {
 
 TEST_F(LapView, HandsChannelsOnThatItsLapLacks) {
     const QTemporaryDir folder;
-    QSettings settings(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    QSettings stored(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    Settings settings(stored);
     {
         LapWindow first(lap, laps);
         first.rememberLayoutIn(settings);

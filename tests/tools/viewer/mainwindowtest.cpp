@@ -264,7 +264,7 @@ TEST_F(Window, OpensTheSelectedLapByItsKey) {
 TEST_F(Window, SavesALapAsThreeFilesAndSaysWhere) {
     showWindow();
     const QString target = folder.filePath(QStringLiteral("laps"));
-    window->saveLap(ownLap(), target);
+    window->saving().save(ownLap(), target);
     ASSERT_TRUE(saysInTime(QStringLiteral("Saved ")));
     EXPECT_EQ(QDir(target).entryList(QDir::Files).size(), 3);
 }
@@ -274,11 +274,11 @@ TEST_F(Window, SaysInASentenceWhyALapCannotBeSavedAndGoesOn) {
     const QString target = folder.filePath(QStringLiteral("taken"));
     QFile file(target);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    window->saveLap(ownLap(), target);
+    window->saving().save(ownLap(), target);
     ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved: cannot write into")));
     connectSource();
     EXPECT_EQ(session.state(), Session::State::Connected);
-    window->saveLap(ownLap(), target);
+    window->saving().save(ownLap(), target);
     ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved"), 2));
 }
 
@@ -293,7 +293,7 @@ TEST_F(Window, ShowsAFailedSaveAlsoWhileTheMessagesAreHidden) {
     const QString target = folder.filePath(QStringLiteral("taken"));
     QFile file(target);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    window->saveLap(ownLap(), target);
+    window->saving().save(ownLap(), target);
     ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved")));
     EXPECT_TRUE(line->text().startsWith(QStringLiteral("The lap was not saved: cannot write")));
     EXPECT_TRUE(line->isVisible());
@@ -333,7 +333,7 @@ TEST_F(Window, AsksForAFolderInTheWindowWhoseLapIsSaved) {
 TEST_F(Window, TellsTheWindowOfALapWhatBecameOfSavingIt) {
     showWindow();
     const LapWindow& view = *window->openLap(ownLap());
-    window->saveLap(ownLap(), folder.filePath(QStringLiteral("laps")));
+    window->saving().save(ownLap(), folder.filePath(QStringLiteral("laps")));
     ASSERT_TRUE(saysInTime(QStringLiteral("Saved ")));
     QStringList shown;
     const QList<QLabel*> labels = view.findChildren<QLabel*>();

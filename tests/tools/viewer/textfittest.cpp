@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace {
 
 using rataip::viewer::LapWindow;
@@ -18,6 +20,16 @@ using rataip::viewer::Session;
 // The scale of the screen comes from the environment: the same cases run at several.
 class TextFit : public ::testing::TestWithParam<QSize> {
 protected:
+    /** A window of the size to test, connected to a source. */
+    [[nodiscard]] std::unique_ptr<MainWindow> connectedWindow() {
+        session.setSource(source);
+        session.connectToSource();
+        auto window = std::make_unique<MainWindow>(session, settings);
+        window->resize(GetParam());
+        window->show();
+        return window;
+    }
+
     QTemporaryDir folder;
     QSettings settings{folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat};
     HandSource source;
@@ -31,20 +43,16 @@ std::string cutOff(QWidget& window) {
 }
 
 TEST_P(TextFit, InTheWindowWithAFullField) {
-    session.setSource(source);
-    session.connectToSource();
-    MainWindow window(session, settings);
-    window.resize(GetParam());
-    window.show();
+    const auto window = connectedWindow();
     source.sendCars(64, 3);
     source.sendTick(64, 3, 1, 0.5);
     for (int number = 1; number <= 12; ++number) {
         emit source.dataEmitter()->sendTelemetryLap(ownLap(number));
         emit source.dataEmitter()->sendTelemetryLap(otherLap(number));
     }
-    window.refresh();
-    EXPECT_EQ(cutOff(window), "");
-    EXPECT_EQ(window.size(), GetParam());
+    window->refresh();
+    EXPECT_EQ(cutOff(*window), "");
+    EXPECT_EQ(window->size(), GetParam());
 }
 
 TEST_P(TextFit, InTheWindowWithoutAPlugin) {
@@ -61,13 +69,9 @@ TEST_P(TextFit, InTheWindowWithoutAPlugin) {
 
 TEST_P(TextFit, InTheWindowThatWaits) {
     source.isThere = false;
-    session.setSource(source);
-    session.connectToSource();
-    MainWindow window(session, settings);
-    window.resize(GetParam());
-    window.show();
-    EXPECT_EQ(cutOff(window), "");
-    EXPECT_EQ(window.size(), GetParam());
+    const auto window = connectedWindow();
+    EXPECT_EQ(cutOff(*window), "");
+    EXPECT_EQ(window->size(), GetParam());
 }
 
 TEST_P(TextFit, InALapWithAnother) {
@@ -85,20 +89,16 @@ TEST_P(TextFit, InALapWithAnother) {
 }
 
 TEST_P(TextFit, InTheWindowThatTellsAFailedSave) {
-    session.setSource(source);
-    session.connectToSource();
-    MainWindow window(session, settings);
-    window.resize(GetParam());
-    window.show();
+    const auto window = connectedWindow();
     source.sendCars(20, 3);
     source.sendTick(20, 3, 1, 0.5);
-    emit window.saveEnded(QStringLiteral(
+    emit window->saving().ended(QStringLiteral(
         "The lap was not saved: cannot write "
         "/a/rather/long/path/to/a/folder/of/laps/"
         "car03_Ada-Berg_practice_lap4_flying_1m34s512.csv: No space left on device."));
-    window.refresh();
-    EXPECT_EQ(cutOff(window), "");
-    EXPECT_EQ(window.size(), GetParam());
+    window->refresh();
+    EXPECT_EQ(cutOff(*window), "");
+    EXPECT_EQ(window->size(), GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, TextFit,
