@@ -43,38 +43,46 @@ TEST_F(StoredSettings, KeepCalculatedChannelsApartFromRecordedOnesOfTheSameName)
     EXPECT_EQ(settings.lapLayout().channels, channels);
 }
 
-/** The folder that the dialog offers at first; `answer` then answers the dialog. */
+/** Lets the user be asked for a folder; `answer` is given the dialog until it is closed. */
 template <typename Answer>
-QString offeredFolder(LapSaving& saving, const Answer& answer) {
+void askAndSave(LapSaving& saving, const Answer& answer) {
     QWidget asking;
-    QString offered;
     QTimer answering;
-    QObject::connect(&answering, &QTimer::timeout, [&] {
+    QObject::connect(&answering, &QTimer::timeout, [&answer] {
         if (auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
-            offered = dialog->directory().absolutePath();
             answer(*dialog);
         }
     });
     answering.start(10);
     saving.askAndSave(ownLap(), asking);
-    return offered;
 }
 
-TEST_F(StoredSettings, OfferTheFolderOfTheLastLapThatWasSaved) {
-    const QDir target(folder.path());
-    ASSERT_TRUE(target.mkdir(QStringLiteral("laps")));
-    const QString chosen = target.filePath(QStringLiteral("laps"));
+TEST_F(StoredSettings, OfferTheFolderInWhichALapWasSavedLast) {
+    const QDir parent(folder.path());
+    const QString before = parent.filePath(QStringLiteral("before"));
+    const QString chosen = parent.filePath(QStringLiteral("chosen"));
+    ASSERT_TRUE(parent.mkdir(before) && parent.mkdir(chosen));
+    settings.storeLapFolder(before);
     LapSaving saving(settings);
     QSignalSpy ended(&saving, &LapSaving::ended);
-    offeredFolder(saving, [&chosen](QFileDialog& dialog) {
+    QString offered;
+    askAndSave(saving, [&](QFileDialog& dialog) {
+        offered = dialog.directory().absolutePath();
         dialog.setDirectory(chosen);
         static_cast<QDialog&>(dialog).accept();
     });
+    EXPECT_EQ(offered, before);
+    EXPECT_EQ(settings.lapFolder(), chosen);
     ASSERT_TRUE(ended.wait(generousMs));
     EXPECT_TRUE(ended.constFirst().constFirst().toString().startsWith(QStringLiteral("Saved ")));
-    const QString offered = offeredFolder(saving, [](QFileDialog& dialog) { dialog.reject(); });
-    EXPECT_EQ(offered, chosen);
-    EXPECT_EQ(QDir(chosen).entryList(QDir::Files).size(), 3) << "a cancelled dialog saves nothing";
+    EXPECT_EQ(QDir(chosen).entryList(QDir::Files).size(), 3);
+}
+
+TEST_F(StoredSettings, KeepTheFolderWhenTheDialogIsCancelled) {
+    settings.storeLapFolder(folder.path());
+    LapSaving saving(settings);
+    askAndSave(saving, [](QFileDialog& dialog) { dialog.reject(); });
+    EXPECT_EQ(settings.lapFolder(), folder.path());
 }
 
 }  // namespace
