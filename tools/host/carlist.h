@@ -10,16 +10,16 @@
 namespace rataip::host {
 
 /**
- * The cars of a session that have a name, kept up to date from the lists that a plugin sends.
+ * The named cars of a session, kept up to date from the lists that a plugin sends.
  *
- * A plugin lists all the slots that its source has and sends the whole list whenever anything in
- * it changes, the cars' status included, many times a lap. This class tells which of it is news.
+ * A plugin sends the list of all slots of its source whenever anything in it changes. That includes
+ * the cars' status, so it happens many times a lap. This class finds what is new in a list.
  */
 class CarList {
 public:
     /**
-     * Takes a new list over. Returns the named cars, in the list's order, that were not there
-     * before or whose driver, team, car or class is another now; a new status alone is no news.
+     * Replaces the list. Returns the named cars that are new or whose driver, team, car or class
+     * has changed, in the order of the list. A new status alone does not count.
      */
     QList<TLM::SDK::CarInfo> update(const TLM::SDK::LivePluginInfo& info);
 
@@ -29,7 +29,7 @@ public:
     /** How many of the named cars are out on the track. */
     [[nodiscard]] qsizetype countOnTrack() const;
 
-    /** How many of the named cars are in the pit lane or stand in a pit stall. */
+    /** How many of the named cars are in the pit lane or in a pit stall. */
     [[nodiscard]] qsizetype countInPits() const;
 
 private:

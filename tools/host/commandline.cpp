@@ -9,7 +9,7 @@ namespace {
 // A week: far beyond any use, and its milliseconds fit every timer.
 constexpr double longestSeconds = 7.0 * 24.0 * 3600.0;
 
-/** The parser's sentences end in a full stop; ours go on. */
+/** The parser's sentences end in a full stop, ours do not. */
 QString withoutFullStop(QString sentence) {
     if (sentence.endsWith(QLatin1Char('.'))) {
         sentence.chop(1);

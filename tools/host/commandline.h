@@ -13,10 +13,10 @@ namespace rataip::host {
 
 /**
  * The command line of a program that loads the plugin: --help, --version, the plugin's file as the
- * one positional argument, and the program's own options with their values checked.
+ * only positional argument, and the program's own options with checked values.
  *
- * Nothing here fails aloud: the first thing that makes no sense is kept as a sentence in error(),
- * and the value that was asked for is then as if it had not been given.
+ * The first mistake is kept as a sentence in error(). A value that makes no sense is treated as not
+ * given.
  */
 class CommandLine {
 public:
@@ -31,13 +31,13 @@ public:
     /** Reads the arguments, which begin with the program's name. */
     void parse(const QStringList& arguments);
 
-    /** What is asked for; Run also when there is an error. */
+    /** What the user asked for. Run when there is an error. */
     [[nodiscard]] Request request() const;
 
-    /** One sentence without a full stop, or empty when all arguments so far make sense. */
+    /** One sentence without a full stop, or empty while no mistake was found. */
     [[nodiscard]] QString error() const { return m_error; }
 
-    /** Keeps a complaint of the program's own, unless there is an earlier one. */
+    /** Reports a mistake found by the program. An earlier one takes precedence. */
     void complain(const QString& sentence);
 
     [[nodiscard]] bool isSet(const QCommandLineOption& option) const;
@@ -45,20 +45,20 @@ public:
     /** The option's text, or empty when it is not set. */
     [[nodiscard]] QString text(const QCommandLineOption& option) const;
 
-    /** The plugin's file, or empty for the standard places. */
+    /** The plugin's file, or empty to search the standard places. */
     [[nodiscard]] QString pluginPath();
 
-    /** A span of `least` seconds to a week, to the millisecond. */
+    /** A duration from `least` seconds to a week, in milliseconds. */
     [[nodiscard]] std::optional<std::chrono::milliseconds> seconds(const QCommandLineOption& option,
                                                                    double least);
 
-    /** A whole number from 1 on. */
+    /** A whole number of at least 1. */
     [[nodiscard]] std::optional<int> count(const QCommandLineOption& option);
 
-    /** A folder's path, which need not exist. */
+    /** The path of a folder, which need not exist. */
     [[nodiscard]] QString folder(const QCommandLineOption& option);
 
-    /** The text of --help, with what the program does in front. */
+    /** The text of --help, which begins with `description`. */
     [[nodiscard]] QString helpText(const QString& description);
 
 private:
@@ -68,7 +68,7 @@ private:
     QString m_error;
 };
 
-/** A command line as it was understood, with the options of the program's own. */
+/** A command line that was read, with the program's own options. */
 template <typename Options>
 struct ParsedArguments {
     using Request = CommandLine::Request;

@@ -19,7 +19,7 @@ struct Message {
     QString text;
 };
 
-// Qt hands its messages to a plain function, on any thread.
+// Static, because Qt passes its messages to a plain function. It may do so on any thread.
 struct Held {
     std::mutex lock;
     QList<Message> messages;
@@ -33,7 +33,7 @@ Held& held() {
     return all;
 }
 
-/** The first complaint is the cause; the last one only says that nothing else is left to try. */
+/** The first message states the cause; the last only says that everything was tried. */
 QString reason(const QList<Message>& messages, const QString& last) {
     const QString text = messages.isEmpty() ? last : messages.constFirst().text;
     return text.section(QLatin1Char('\n'), 0, 0).trimmed();
@@ -48,7 +48,7 @@ void hold(QtMsgType type, const QMessageLogContext& context, const QString& text
     std::fprintf(stderr, "%s (%s)\n", held().sentence.c_str(),
                  qPrintable(reason(held().messages, text)));
     std::fflush(stderr);
-    // Half an application object is no ground for an ending in order.
+    // A normal exit would run destructors on a half-constructed application object.
     std::_Exit(held().exitStatus);
 }
 

@@ -5,13 +5,13 @@
 namespace rataip::host {
 
 /**
- * While it lives, an application object that finds no display ends the program with one sentence
- * and an exit status; Qt alone would abort after several. Other messages come out when the guard
- * goes. At most one at a time.
+ * While this object exists, creating an application object without a display ends the program with
+ * one sentence and an exit status; Qt by itself would print several messages and abort. Other
+ * messages are held back until the guard is destroyed. At most one may exist at a time.
  */
 class DisplayGuard {
 public:
-    /** `sentence` says what cannot be done; the reason follows it in parentheses. */
+    /** `sentence` says what cannot be done. The reason is added in parentheses. */
     DisplayGuard(const std::string& sentence, int exitStatus);
     ~DisplayGuard();
     DisplayGuard(const DisplayGuard&) = delete;

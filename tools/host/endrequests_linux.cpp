@@ -16,7 +16,7 @@ sigset_t endRequests() {
     sigemptyset(&requests);
     sigaddset(&requests, SIGINT);
     sigaddset(&requests, SIGTERM);
-    // One that is held back arrives even when it is ignored.
+    // A blocked signal would be delivered by signalfd even when it is ignored.
     if (!isIgnored(SIGHUP)) {
         sigaddset(&requests, SIGHUP);
     }

@@ -5,8 +5,8 @@
 namespace rataip::host {
 
 /**
- * The signals that ask the program to end: Ctrl-C, a request of the system, and the end of the
- * terminal, but for the last one where whoever started the program (nohup) has it ignored.
+ * The signals that ask the program to end: SIGINT (Ctrl-C), SIGTERM, and SIGHUP unless it is
+ * ignored (as by nohup).
  */
 [[nodiscard]] sigset_t endRequests();
 

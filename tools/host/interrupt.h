@@ -7,12 +7,13 @@
 namespace rataip::host {
 
 /**
- * Turns the user's Ctrl-C (and a request to end that the system sends, or the end of the terminal)
- * into a signal in the event loop, so that the program ends in order. When the system refuses to be
- * listened to, Ctrl-C ends the program at once, as it does any other.
+ * Reports Ctrl-C, the system's request to end and the end of the terminal as a signal in the event
+ * loop, so that the program can end in order. If it cannot be set up, Ctrl-C ends the program at
+ * once, as usual.
  *
- * The first request is reported; a second Ctrl-C ends the program at once, even when it hangs.
- * Threads that are there before it must be DeafThreads. At most one at a time.
+ * Only the first request is reported. A second Ctrl-C ends the program at once, even when it hangs.
+ * Start threads that must exist earlier under an EndRequestBlocker. At most one Interrupt may exist
+ * at a time.
  */
 class Interrupt : public QObject {
     Q_OBJECT

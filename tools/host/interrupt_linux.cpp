@@ -9,7 +9,7 @@
 
 namespace rataip::host {
 
-/** Holds the signals back from their ordinary delivery and reads them from a descriptor instead. */
+/** Blocks the normal delivery of the signals and reads them from a descriptor instead. */
 class Interrupt::Listener {
 public:
     explicit Listener(Interrupt& interrupt)
@@ -32,7 +32,7 @@ public:
     ~Listener() {
         if (m_descriptor >= 0) {
             m_notifier.reset();
-            // What was asked for in the meantime has been answered by ending in order.
+            // Drops requests that arrived while the program was ending in order.
             while (takeSignal()) {
             }
             pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
@@ -44,14 +44,14 @@ public:
     Listener& operator=(const Listener&) = delete;
 
 private:
-    // A signal that is not taken would end the program once it is no longer held back.
+    // A signal that is not read would end the program as soon as it is unblocked.
     [[nodiscard]] bool takeSignal() const {
         signalfd_siginfo information{};
         const ssize_t size = read(m_descriptor, &information, sizeof information);
         return size == static_cast<ssize_t>(sizeof information);
     }
 
-    // Not the other signals: who ends a group of processes often sends them more than one.
+    // Not the other signals, because a process group is often ended with several of them.
     void letSecondCtrlCThrough() {
         m_notifier->setEnabled(false);
         sigset_t ctrlC;

@@ -10,8 +10,8 @@ namespace rataip::host {
 
 namespace {
 
-// The system calls the handler on a thread of its own and passes nothing of ours along. The lock
-// keeps the object alive while the handler tells it something.
+// The system calls the handler on a thread of its own and without an argument of ours. The lock
+// keeps the object alive while the handler uses it.
 std::mutex listenerLock;
 Interrupt* listening = nullptr;
 
@@ -27,8 +27,9 @@ bool passOn() {
     return true;
 }
 
-// After a closed console or a log-off the process is killed as soon as the handler returns, so it
-// stays until the program has ended in order, for about as long as the system lets it.
+// After the console is closed or the user logs off, the system kills the process as soon as the
+// handler returns. So it waits until the program has ended in order, within the time that the
+// system allows.
 void waitForTheEnd() {
     constexpr int kSteps = 400;
     constexpr DWORD kStepMilliseconds = 10;
@@ -54,7 +55,7 @@ void listenWith(Interrupt* interrupt) {
 
 }  // namespace
 
-/** Is registered with the console for as long as it lives. */
+/** Registered with the console during its lifetime. */
 class Interrupt::Listener {
 public:
     explicit Listener(Interrupt& interrupt) {
@@ -65,7 +66,7 @@ public:
 
     ~Listener() {
         listenWith(nullptr);
-        // First, since the system may make the next call wait for a handler that runs.
+        // First, because the next call may wait for a running handler.
         ended = true;
         SetConsoleCtrlHandler(onConsoleEvent, FALSE);
     }

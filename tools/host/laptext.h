@@ -9,12 +9,12 @@
 namespace rataip::host {
 
 /**
- * False for a time that is not set, and for the 59:59.000 that the plugin writes for a lap
- * without a time of its own (an out lap, a lap not driven to its end).
+ * False for a time that is not set, and for 59:59.000, which the plugin writes for a lap without a
+ * time (an out lap, an incomplete lap).
  */
 [[nodiscard]] bool hasLapTime(const QTime& time);
 
-/** "1:23.456" (with the hour in front where there is one), or "no time". */
+/** "1:23.456", "1:01:23.456" from an hour on, or "no time". */
 [[nodiscard]] QString lapTimeText(const QTime& time);
 
 /** "out", "flying" or "unknown". */
@@ -23,7 +23,7 @@ namespace rataip::host {
 /** "completed" or "not completed". */
 [[nodiscard]] QString completionText(bool completed);
 
-/** Recorded and calculated channels together. */
+/** The number of recorded and calculated channels. */
 [[nodiscard]] qsizetype channelCount(const TLM::SDK::Lap& lap);
 
 }  // namespace rataip::host

@@ -15,17 +15,17 @@ QString requiredInterface() {
     return QString::fromLatin1(qobject_interface_iid<TLM::SDK::PluginInterfaceLive*>());
 }
 
-/** What stands after the last slash of an interface identifier. */
+/** The part of an interface identifier after its last slash. */
 QString interfaceVersion(const QString& identifier) {
     return identifier.mid(identifier.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
-/** What stands before the last slash of an interface identifier, the slash included. */
+/** The part of an interface identifier up to and including its last slash. */
 QString interfaceName(const QString& identifier) {
     return identifier.left(identifier.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
-/** Why there is no readable file at `path`; an empty text when there is one. */
+/** Why the file at `path` cannot be read, or an empty text. */
 QString complaintAboutFile(const QString& path) {
     const QFileInfo file(path);
     if (!file.exists()) {
@@ -40,7 +40,7 @@ QString complaintAboutFile(const QString& path) {
     return {};
 }
 
-/** Why the library's metadata does not announce this build's interface; empty when it does. */
+/** Why the library's metadata does not match this build's interface, or an empty text. */
 QString complaintAboutMetadata(const QPluginLoader& loader) {
     const QJsonObject metadata = loader.metaData();
     if (metadata.isEmpty()) {
@@ -76,7 +76,7 @@ LivePlugin::LoadResult LivePlugin::load(const QString& path) {
                                        .arg(QDir::toNativeSeparators(path), reason)};
     };
 
-    // An absolute path keeps the loader from searching its own folders and from guessing suffixes.
+    // With an absolute path the loader does not search other folders or guess suffixes.
     const QString absolutePath = QFileInfo(path).absoluteFilePath();
     const QString fileComplaint = complaintAboutFile(absolutePath);
     if (!fileComplaint.isEmpty()) {

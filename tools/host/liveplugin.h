@@ -10,23 +10,23 @@
 namespace rataip::host {
 
 /**
- * A live-source plugin that was loaded from a library file, and its one plugin object.
+ * A live-source plugin loaded from a library file, and its plugin object.
  *
- * Loading fails without side effects: the library of another interface version, of another kind or
- * of another Qt is told apart by its embedded metadata, before any code of it runs.
+ * Loading fails without side effects: a library of another interface version, another kind or
+ * another Qt is detected by its embedded metadata, before any of its code runs.
  *
- * Lifetime: the object disconnects from its source and deletes the plugin's object when it is
- * destroyed; the library itself stays in the process, because laps and samples that the host still
- * holds run code of the library when they are released. Nothing may use source() after that.
+ * Lifetime: the destructor disconnects from the source and deletes the plugin's object; source()
+ * MUST NOT be used after that. The library itself stays in the process, because laps and samples
+ * that the host still holds run its code when they are released.
  */
 class LivePlugin {
 public:
     struct LoadResult;
 
     /**
-     * Loads the plugin from `path` (relative paths start at the current folder) and checks it:
-     * that the file exists, is a plugin library, names this build's interface identifier in its
-     * metadata, loads, and hands out an object with the interface. The object is not initialised.
+     * Loads the plugin from `path`, which is relative to the current folder unless absolute. Checks
+     * that the file exists, is a plugin library, has this build's interface identifier in its
+     * metadata, can be loaded, and returns an object with the interface. Does not initialise it.
      */
     [[nodiscard]] static LoadResult load(const QString& path);
 
@@ -34,7 +34,7 @@ public:
     LivePlugin(const LivePlugin&) = delete;
     LivePlugin& operator=(const LivePlugin&) = delete;
 
-    /** The plugin's object, valid as long as this object is. */
+    /** The plugin's object, valid during the lifetime of this object. */
     [[nodiscard]] TLM::SDK::PluginInterfaceLive& source() const { return *m_source; }
 
     /** The absolute path of the library file. */
@@ -44,10 +44,10 @@ private:
     LivePlugin(std::unique_ptr<QPluginLoader> loader, TLM::SDK::PluginInterfaceLive* source);
 
     std::unique_ptr<QPluginLoader> m_loader;
-    TLM::SDK::PluginInterfaceLive* m_source;  // part of the object that m_loader owns
+    TLM::SDK::PluginInterfaceLive* m_source;  // owned by m_loader
 };
 
-/** Either a plugin, or the reason why there is none: one sentence that names the file. */
+/** A plugin, or one sentence that names the file and says why it cannot be used. */
 struct LivePlugin::LoadResult {
     std::unique_ptr<LivePlugin> plugin;
     QString error;

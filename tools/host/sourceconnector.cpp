@@ -6,14 +6,14 @@ namespace rataip::host {
 
 namespace {
 
-// Short enough that a restarted source is back on the screen at once. An attempt at a source that
-// is not there costs next to nothing.
+// Short enough that a restarted source appears at once. An attempt without a source costs almost
+// nothing.
 constexpr std::chrono::milliseconds shortestInterval{250};
 constexpr std::chrono::milliseconds longestInterval{1000};
 
-// An attempt at a source that is there but silent (what a crashed simulator left) waits for its
-// data and keeps its thread from everything else meanwhile, a window's drawing among it. So the
-// thread is left alone for a multiple of the time that the attempt took.
+// An attempt blocks its thread while it waits for the data of a silent source, such as the one that
+// a crashed simulator leaves. The pause after it is a multiple of its duration, so that the thread
+// can do its other work, such as drawing a window.
 constexpr int intervalsForAnAttempt = 3;
 
 }  // namespace
@@ -40,7 +40,7 @@ void SourceConnector::start() {
 void SourceConnector::stop() {
     m_active = false;
     m_nextAttempt.stop();
-    // The next start() begins a time of waiting of its own.
+    // The next start() begins a new wait.
     m_waitingSince.invalidate();
     m_source.disconnectFromSource();
 }
@@ -71,8 +71,8 @@ void SourceConnector::waitForSource() {
         const std::chrono::milliseconds left = *m_patience - timeWaited();
         untilNext = std::clamp(left, std::chrono::milliseconds::zero(), untilNext);
     }
-    // By the timer even when it is due at once: the plugin has not finished the call or the tick
-    // that brought us here.
+    // By the timer even when it is due at once, because the plugin is still in the call or the tick
+    // that emitted the signal.
     m_nextAttempt.start(untilNext);
 }
 

@@ -12,46 +12,46 @@
 namespace rataip::host {
 
 /**
- * Keeps a plugin connected to its source: tries again and again while the source is not there, and
- * anew after it was lost.
+ * Keeps a plugin connected to its source: retries while the source is not available, and connects
+ * again after losing it.
  *
- * When the source stays away for longer than the patience given, the connector says so once with
- * gaveUp() and makes no further attempt; without a patience it goes on trying. The last attempt is
- * made when the patience is over, so a patience of zero means one attempt.
+ * When the source stays away for longer than `patience`, the connector emits gaveUp() and stops
+ * trying. Without a patience it never stops. The last attempt is made when the patience ends, so a
+ * patience of zero means one attempt.
  */
 class SourceConnector : public QObject {
     Q_OBJECT
 
 public:
     /**
-     * `source` must outlive the connector and must be initialised before start(). An empty
-     * `patience` means trying for ever.
+     * `source` must outlive the connector and must be initialised before start(). Without a
+     * `patience` the connector tries forever.
      */
     SourceConnector(TLM::SDK::PluginInterfaceLive& source,
                     std::optional<std::chrono::milliseconds> patience);
 
-    /** Makes the first attempt, before it returns. The whole patience begins anew. */
+    /** Makes the first attempt before it returns. The patience starts again. */
     void start();
 
     /**
-     * Disconnects and makes no further attempt. Not to be called from within a slot of the
-     * plugin's signals, which would end the tick that emits them.
+     * Disconnects and makes no further attempt. Must not be called from a slot of the plugin's
+     * signals, because that would end the tick that emits them.
      */
     void stop();
 
 signals:
     /**
-     * The source is not there, or no longer there; attempts go on. Once for each time of waiting.
+     * The source is not available, or was lost; attempts continue. Emitted once per wait.
      */
     void waiting();
 
-    /** The source did not come in time; no further attempt is made. */
+    /** The source did not appear in time. No further attempt is made. */
     void gaveUp();
 
 private:
     void attempt();
     [[nodiscard]] std::chrono::milliseconds timeWaited() const;
-    /** How long to leave the source alone after the attempt that is being made. */
+    /** How long to wait after the current attempt. */
     [[nodiscard]] std::chrono::milliseconds interval() const;
     void waitForSource();
     void onConnected();

@@ -11,16 +11,16 @@
 namespace rataip::host {
 
 /**
- * The simulator's running number of the tick that the samples were taken in (their value
- * "sessiontick"); nothing while the plugin does not know the own car yet.
+ * The simulator's number of the tick in which the samples were taken: their value "sessiontick". No
+ * value until the plugin knows the own car.
  */
 [[nodiscard]] std::optional<quint64> sessionTick(const QList<TLM::SDK::Sample>& samples);
 
 /**
- * Counts the ticks that arrive, how fast they come, and how many the source made that did not.
+ * Counts the ticks that arrive and those that were lost, and measures their rate.
  *
- * A tick number that stays or goes back begins a new count (another session, a replay rewound) and
- * counts as nothing lost; ticks without a number are counted as received only.
+ * A tick number that stays the same or decreases (another session, a rewound replay) starts a new
+ * sequence and loses nothing. Ticks without a number only count as received.
  */
 class TickMeter {
 public:
@@ -31,12 +31,12 @@ public:
     /** A tick has arrived. */
     void add(std::optional<quint64> sessionTick);
 
-    /** A new connection begins: the gap to the tick before it is not a loss. */
+    /** A new connection begins. Ticks missed before it do not count as lost. */
     void beginConnection(Clock::time_point now);
 
     /**
-     * Ticks received a second since the last call, or since the connection began. Zero when no
-     * time has passed.
+     * Ticks per second since the last call, or since the connection began. Zero when no time has
+     * passed.
      */
     [[nodiscard]] double takeRate(Clock::time_point now);
 

@@ -4,13 +4,13 @@
 
 namespace rataip::lapimage {
 
-/** What a colour stands for, the same in every window and picture. */
+/** What a colour stands for in all windows and pictures. */
 enum class Role {
     OwnCar,
     OtherCar,
     CarInPits,
-    ThisLap,   // the lap looked at, the lap being driven
-    OtherLap,  // the lap that it is compared with
+    ThisLap,   // the lap shown, or being driven
+    OtherLap,  // the lap it is compared with
     Throttle,
     Brake,
     Good,  // data arrives
@@ -20,10 +20,10 @@ enum class Role {
 /**
  * The colour of a role on a light or a dark ground.
  *
- * All of them come from a set of eight that people with any of the usual kinds of colour blindness
- * tell apart (blue, vermilion, orange, sky blue, ...), and no two roles that stand side by side
- * differ by red and green alone. Colour never is the only difference: lines are dashed, marks have
- * shapes, lamps have words.
+ * All colours come from a set of eight that people with any of the common kinds of colour blindness
+ * can distinguish (blue, vermilion, orange, sky blue, ...). Adjacent roles never differ only by red
+ * and green. Colour is never the only difference: lines are dashed, marks have shapes, lamps have
+ * texts.
  */
 [[nodiscard]] QColor colour(Role role, bool isGroundDark);
 

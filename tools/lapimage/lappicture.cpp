@@ -28,16 +28,16 @@ constexpr int textHeight = 15;
 constexpr int titleHeight = 21;
 constexpr double margin = 18.0;
 constexpr double titleSpace = 66.0;
-constexpr double leftSpace = 96.0;  // of the marks' numbers and the upright label
-constexpr double headSpace = 26.0;  // above each panel, of its legend
-constexpr double footSpace = 56.0;  // below the lowest panel, of the axis
-constexpr double belowPlot = 12.0;  // clear of the lowest number beside it
+constexpr double leftSpace = 96.0;  // for the marks' numbers and the vertical label
+constexpr double headSpace = 26.0;  // above each panel, for its legend
+constexpr double footSpace = 56.0;  // below the lowest panel, for the axis
+constexpr double belowPlot = 12.0;  // keeps clear of the lowest number beside the plot
 constexpr double markLabelWidth = 60.0;
 constexpr double markLabelHeight = 20.0;
 constexpr double legendLineLength = 26.0;
 constexpr int marksAcross = 12;
 constexpr int marksUp = 5;
-// Speed takes half of the height, pedals and gear share the rest.
+// Speed gets half of the height, pedals and gear share the rest.
 constexpr double panelShares[] = {0.5, 0.28, 0.22};
 constexpr qsizetype panelCount = std::size(panelShares);
 constexpr QRgb gridGrey = qRgb(214, 214, 214);
@@ -70,7 +70,7 @@ QList<QPointF> shownPoints(const QList<QPointF>& points, double factor) {
     return shown;
 }
 
-/** From zero, where every one of the quantities begins, to the highest point. */
+/** From zero, or from the lowest point below it, to the highest point. */
 Range heightOf(const QList<LapPicture::Curve>& curves) {
     Range range;
     for (const LapPicture::Curve& curve : curves) {
@@ -98,13 +98,13 @@ double shareOf(double value, const Range& range) {
     return (value - range.low) / (range.high - range.low);
 }
 
-/** The marks of the axis across, and the range that it shows. */
+/** The marks of the horizontal axis and the range that it shows. */
 struct AcrossScale {
     Ticks ticks;
     Range range;
 };
 
-/** Ends where the lap ends, so that nothing stays empty; an axis without a width ends at marks. */
+/** Ends at the end of the lap so that no space is wasted. An empty range ends at marks. */
 AcrossScale acrossScale(const Range& width) {
     Ticks ticks = ticksFor(width.low, width.high, marksAcross);
     if (!(width.low < width.high)) {

@@ -19,13 +19,13 @@ class QPainter;
 namespace rataip::lapimage {
 
 /**
- * A lap on one sheet: speed, pedals and gear over distance, each in a panel of its own.
+ * A picture of a lap: speed, pedals and gear over distance, each in a panel of its own.
  *
- * The sheet is laid out when the object is made and drawn when it is asked for, so that what stands
- * where can be read without looking at pixels. A panel whose channels the lap lacks (other cars'
- * pedals are not known) says so; a lap without distance yields three such panels.
+ * The constructor computes the layout, which can be read without looking at pixels; image() draws
+ * it. A panel says so when the lap lacks its channels (the pedals of other cars are unknown), and
+ * in a lap without distance all three do.
  *
- * Needs a QGuiApplication: texts are measured.
+ * Needs a QGuiApplication to measure texts.
  */
 class LapPicture {
 public:
@@ -46,7 +46,7 @@ public:
         QPolygonF line;         // on the sheet
     };
 
-    /** A piece of line beside a legend's text. */
+    /** A sample of a line beside its text in the legend. */
     struct Key {
         QPointF start;
         QPointF end;
@@ -73,7 +73,7 @@ public:
     [[nodiscard]] const QList<Panel>& panels() const { return m_panels; }
     [[nodiscard]] QSize size() const { return m_size; }
 
-    /** The sheet, `scale` pixels for each of its units. */
+    /** Draws the picture with `scale` pixels for each of its units. */
     [[nodiscard]] QImage image(double scale = 1.0) const;
 
 private:
@@ -103,7 +103,7 @@ private:
     QList<Panel> m_panels;
 };
 
-/** A LapPicture as a format, suffix "png". Needs a QGuiApplication. */
+/** The format "png": a LapPicture. Needs a QGuiApplication. */
 [[nodiscard]] laps::LapFormat pngFormat();
 
 }  // namespace rataip::lapimage

@@ -9,23 +9,23 @@ namespace rataip::lapimage {
 
 namespace {
 
-// A hair of room, so that an end that is a mark stays one in spite of rounding.
-constexpr double room = 1e-9;
-// Added to a zero it takes the sign away, which would be seen in front of it.
+// Tolerates rounding, so that an end at a mark stays there.
+constexpr double tolerance = 1e-9;
+// Adding it removes the sign of a negative zero, which would be displayed.
 constexpr double plainZero = 0.0;
 
 double below(double value, double step) {
-    return std::floor(value / step + room) * step + plainZero;
+    return std::floor(value / step + tolerance) * step + plainZero;
 }
 
 double above(double value, double step) {
-    return std::ceil(value / step - room) * step + plainZero;
+    return std::ceil(value / step - tolerance) * step + plainZero;
 }
 
 QList<double> marksWithin(double low, double high, double step) {
     QList<double> marks;
-    const double first = std::ceil(low / step - room);
-    const auto count = static_cast<int>(std::floor(high / step + room) - first) + 1;
+    const double first = std::ceil(low / step - tolerance);
+    const auto count = static_cast<int>(std::floor(high / step + tolerance) - first) + 1;
     for (int i = 0; i < count; ++i) {
         marks.append((first + i) * step + plainZero);
     }

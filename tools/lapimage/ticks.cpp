@@ -7,13 +7,13 @@ namespace rataip::lapimage {
 
 namespace {
 
-/** The smallest of 1, 2, 5 times a power of ten that is not below `raw`. */
+/** The smallest step of 1, 2 or 5 times a power of ten that is at least `raw`. */
 double roundStep(double raw) {
     const double power = std::pow(10.0, std::floor(std::log10(raw)));
-    // A hair of room, so that a step of exactly 2 stays 2 in spite of rounding.
-    constexpr double room = 1e-9;
+    // Tolerates rounding, so that a step of exactly 2 stays 2.
+    constexpr double tolerance = 1e-9;
     for (const double factor : {1.0, 2.0, 5.0}) {
-        if (raw <= factor * power * (1.0 + room)) {
+        if (raw <= factor * power * (1.0 + tolerance)) {
             return factor * power;
         }
     }
@@ -25,14 +25,14 @@ struct Range {
     double high;
 };
 
-/** Some range with a width that doubles can step through. */
+/** A range wide enough for steps in doubles. */
 Range drawable(double low, double high) {
     if (!std::isfinite(low) || !std::isfinite(high) || low > high || !std::isfinite(high - low)) {
         return {0.0, 1.0};
     }
     const double magnitude = std::max(std::abs(low), std::abs(high));
     constexpr double narrowest = 1e-9;
-    // Below this a step loses its digits, and in the end is 0.
+    // A smaller step loses digits or becomes 0.
     constexpr double smallest = 1e-290;
     if (high - low <= std::max(magnitude * narrowest, smallest)) {
         const double margin = magnitude > smallest ? magnitude * 0.1 : 1.0;

@@ -55,7 +55,7 @@ AxisValues timeOf(const Lap& lap) {
     return {values, name, clock->unit()};
 }
 
-/** The lowest and the highest point of a run, in the order in which they come. */
+/** Appends the lowest and the highest point of a run in their original order. */
 void appendExtremes(QList<QPointF>& curve, QList<QPointF>::const_iterator begin,
                     QList<QPointF>::const_iterator end) {
     const auto [lowest, highest] = std::minmax_element(

@@ -8,13 +8,13 @@
 
 namespace rataip::laps {
 
-/** What a lap is drawn over. */
+/** The horizontal axis of a lap's plots. */
 enum class Axis {
     Distance,  // from the line
     Time,      // since the lap's first sample
 };
 
-/** Whether there is a reading that can be drawn: not a missing one, nor NaN or an infinity. */
+/** Whether a value can be drawn: neither a missing reading nor NaN or an infinity. */
 [[nodiscard]] bool isReading(double value);
 
 /** A span of numbers on an axis. */
@@ -23,7 +23,7 @@ struct Range {
     double high = 0.0;
 };
 
-/** One number for each sample of a lap, to draw its channels over. */
+/** The axis of a lap: one number for each sample. */
 struct AxisValues {
     QList<double> values;
     QString name;
@@ -31,10 +31,12 @@ struct AxisValues {
 };
 
 /**
- * The axis of a lap. Distance is the channel "lapdist" in its unit; where there is none it is
- * "lapdistpct" times the lap value "Track length", in metres, or in percent without that value.
- * Time is the channel "sessiontime" less its first reading. No values when the lap has no channel
- * that says it. A missing reading is missing in the axis, too (see TLM::SDK::isValidValue()).
+ * The axis of a lap, without values when the lap lacks the channels for it.
+ *
+ * Distance is the channel "lapdist" in its unit. Without that channel it is "lapdistpct" times the
+ * lap value "Track length" in metres, or "lapdistpct" in percent when that value is missing, too.
+ * Time is the channel "sessiontime" less its first reading. Missing readings stay missing (see
+ * TLM::SDK::isValidValue()).
  */
 [[nodiscard]] AxisValues axisOf(const TLM::SDK::Lap& lap, Axis axis);
 
@@ -42,15 +44,15 @@ struct AxisValues {
 void widen(Range& range, const AxisValues& axis);
 
 /**
- * A channel as points over an axis, sample by sample. Samples without a reading, of the channel or
- * of the axis, have no point, nor have those beyond the end of the shorter one.
+ * A channel as points over an axis, sample by sample. A sample has no point when the channel or the
+ * axis has no reading there, or has already ended.
  */
 [[nodiscard]] QList<QPointF> curveOf(const TLM::SDK::Channel& channel, const AxisValues& axis);
 
 /**
- * The curve with at most 2 * `columns` + 2 of its points, chosen so that a drawing `columns` wide
- * looks the same: of each run of points the lowest and the highest stay, and so do the first and
- * the last point. A curve that has no more points is returned as it is.
+ * The curve reduced to at most 2 * `columns` + 2 of its points, so that a drawing `columns` wide
+ * looks the same. Keeps the lowest and the highest point of each run, and the first and the last
+ * point of the curve. A curve with no more points than that is returned unchanged.
  */
 [[nodiscard]] QList<QPointF> thinned(const QList<QPointF>& curve, qsizetype columns);
 

@@ -17,9 +17,9 @@ using TLM::SDK::Lap;
 namespace {
 
 constexpr char lineEnd[] = "\r\n";
-// A lap has millions of digits: they go out in pieces of about this many bytes.
+// A lap has millions of digits. They are written in pieces of about this many bytes.
 constexpr qsizetype pieceSize = 1 << 16;
-// "-2.2250738585072014e-308" is the longest there is.
+// The longest is "-2.2250738585072014e-308".
 constexpr std::size_t longestNumber = 32;
 
 struct Column {
@@ -72,7 +72,7 @@ void appendReading(QByteArray& line, const Channel& channel, qsizetype row) {
     }
 }
 
-/** A table of one column would show an empty cell as a blank line, which readers skip. */
+/** Quotes the empty cell of a one-column table, since readers would skip a blank line. */
 void endLine(QByteArray& text, qsizetype lineStart) {
     if (text.size() == lineStart) {
         text.append("\"\"");
@@ -96,7 +96,7 @@ void appendLine(QByteArray& text, const QList<Column>& columns, const AppendCell
 
 bool writePiece(QByteArray& text, QIODevice& device) {
     const bool isWritten = writeAll(device, text);
-    text.resize(0);  // keeps the room
+    text.resize(0);  // keeps the capacity
     return isWritten;
 }
 

@@ -8,16 +8,16 @@
 namespace rataip::laps {
 
 /**
- * Writes a lap's channels as a table: a line of names, a line of units, then a line a sample. The
- * recorded channels come first, then the calculated ones, whose names carry " (calculated)".
+ * Writes a lap's channels as a table: a line of names, a line of units, then a line per sample. The
+ * recorded channels come first, then the calculated ones, whose names end in " (calculated)".
  *
- * Cells follow RFC 4180 (comma, quotes where needed, CR LF), texts are UTF-8. Numbers are written
- * with a point, whatever the locale, and with as many digits as it takes to read the same double
- * back. A missing reading is an empty cell, and so is what a shorter channel lacks at its end.
+ * The format is RFC 4180 (comma, quotes where needed, CR LF) in UTF-8. Numbers have a decimal point
+ * in every locale and enough digits to read back the same double. A cell is empty where a reading
+ * is missing or the channel is shorter than others.
  */
 [[nodiscard]] bool writeCsv(const TLM::SDK::Lap& lap, QIODevice& device);
 
-/** writeCsv() as a format, suffix "csv". */
+/** The format "csv", written by writeCsv(). */
 [[nodiscard]] LapFormat csvFormat();
 
 }  // namespace rataip::laps

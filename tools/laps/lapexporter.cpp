@@ -18,11 +18,11 @@ LapExporter::LapExporter(const QDir& folder, const QList<LapFormat>& formats)
 }
 
 LapExporter::~LapExporter() {
-    // Queued behind the laps, so that they come first.
+    // Queued, so that the thread quits after writing the laps.
     QMetaObject::invokeMethod(
         &m_writer, [this] { m_thread.quit(); }, Qt::QueuedConnection);
     m_thread.wait();
-    // Whoever holds the exporter may be about to leave the program.
+    // The program may be about to end.
     if (m_end) {
         m_end->wait();
     }

@@ -18,13 +18,12 @@
 namespace rataip::laps {
 
 /**
- * Writes laps as files into a folder, a file for each format and all of a lap under one name, on a
- * thread of its own: a lap has millions of digits, and whoever receives it must be back before the
- * next tick.
+ * Writes laps into a folder, as one file per format with a common name. It does so on a thread of
+ * its own: a lap has millions of digits, and its receiver must return before the next tick.
  *
- * What cannot be written is told by failed(), and the next lap is tried like any other.
+ * A lap that cannot be written is reported by failed(). The next one is tried all the same.
  *
- * Every lap that was added is written before the object is gone, and so is its thread.
+ * The destructor waits until all laps are written and the thread has ended.
  */
 class LapExporter : public QObject {
     Q_OBJECT
@@ -34,19 +33,19 @@ public:
     ~LapExporter() override;
 
     /**
-     * Takes a lap over to write it; the lap MUST NOT be changed any more. Laps without channels
-     * (a source closes those of empty slots, too) are left out.
+     * Queues a lap for writing. The lap MUST NOT be changed any more. Laps without channels are
+     * ignored; a source also closes the laps of empty slots.
      */
     void add(const QSharedPointer<TLM::SDK::Lap>& lap);
 
-    /** Waits until every lap is written; all signals are out when it returns. */
+    /** Waits until every lap is written and its signal emitted. */
     void finish();
 
 signals:
-    /** A lap is written: the paths of its files in the order of the formats. */
+    /** A lap was written. The paths are in the order of the formats. */
     void written(const QStringList& paths);
 
-    /** A lap is not written, not in part either: one sentence why, without a full stop. */
+    /** No file of a lap was written. One sentence says why, without a full stop. */
     void failed(const QString& sentence);
 
 private:
@@ -57,7 +56,7 @@ private:
     QDir m_folder;
     QList<LapFormat> m_formats;
     QThread m_thread;
-    QObject m_writer;                  // lives on m_thread, so that calls queued to it run there
+    QObject m_writer;                  // lives on m_thread, where calls queued to it run
     std::unique_ptr<ThreadEnd> m_end;  // of m_thread
 };
 

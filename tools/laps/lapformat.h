@@ -9,13 +9,13 @@
 
 namespace rataip::laps {
 
-/** A kind of file that a lap can be written as. */
+/** A file format for laps. */
 struct LapFormat {
     /** The file's suffix without its dot. */
     QString suffix;
     /**
-     * Writes the whole file; false when it could not, with the device's error text saying why.
-     * Runs on any thread, one lap at a time, and only reads the lap.
+     * Writes the whole file. Returns false on failure, with the reason in the device's error text.
+     * Called on any thread, for one lap at a time. Must only read the lap.
      */
     std::function<bool(const TLM::SDK::Lap& lap, QIODevice& device)> write;
 };

@@ -40,16 +40,12 @@ QString sessionText(TLM::SDK::Session session) {
     return QStringLiteral("unknown");
 }
 
-/** Numbers, truths and texts as they are (QJsonValue knows times and ids as texts, too). */
-QJsonValue valueJson(const QVariant& value) {
-    return QJsonValue::fromVariant(value);
-}
-
 QJsonObject valuesJson(const DynamicData& values) {
     QJsonObject json;
     for (auto value = values.data().cbegin(); value != values.data().cend(); ++value) {
-        json.insert(value.key(), QJsonObject{{QStringLiteral("value"), valueJson(value->value)},
-                                             {QStringLiteral("unit"), value->unit()}});
+        json.insert(value.key(),
+                    QJsonObject{{QStringLiteral("value"), QJsonValue::fromVariant(value->value)},
+                                {QStringLiteral("unit"), value->unit()}});
     }
     return json;
 }

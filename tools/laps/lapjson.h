@@ -12,15 +12,15 @@ namespace rataip::laps {
  * "values" (each with "value" and "unit") and "channels" (each with "name", "unit", "samples" and
  * whether it is "calculated").
  *
- * A lap time that is not set, or stands for "no time", is null, else in milliseconds. Ids and dates
- * are texts. A number that JSON cannot hold (NaN, infinite) is null.
+ * A lap time is in milliseconds, or null when it is not set or means "no time". Ids and dates are
+ * texts. NaN and infinities, which JSON does not have, are null.
  */
 [[nodiscard]] QJsonObject lapJson(const TLM::SDK::Lap& lap);
 
-/** The part "header" alone. */
+/** Only the part "header". */
 [[nodiscard]] QJsonObject lapHeaderJson(const TLM::SDK::LapHeader& lap);
 
-/** lapJson() as a format, indented, suffix "json". */
+/** The format "json": lapJson(), indented. */
 [[nodiscard]] LapFormat jsonFormat();
 
 }  // namespace rataip::laps

@@ -12,7 +12,7 @@ using TLM::SDK::Session;
 namespace {
 
 constexpr qsizetype slotWidth = 2;
-// File systems take 255 bytes a name; a letter can take three.
+// File systems accept names of 255 bytes. A letter may take three bytes.
 constexpr qsizetype longestPart = 32;
 
 /** Letters and digits stay; each run of anything else becomes one "-". */

@@ -7,9 +7,9 @@
 namespace rataip::laps {
 
 /**
- * A name for files of a lap, without a suffix and without any dot: slot, driver, session, lap,
- * kind and time, "car03_Ada-Berg_practice_lap4_flying_1m34s512". It holds letters, digits, "-" and
- * "_" only, so every file system takes it, whatever the driver is called.
+ * The file name of a lap without its suffix: slot, driver, session, lap, type and time, as in
+ * "car03_Ada-Berg_practice_lap4_flying_1m34s512". It contains only letters, digits, "-" and "_", so
+ * that every file system accepts it.
  */
 [[nodiscard]] QString lapFileName(const TLM::SDK::LapHeader& lap);
 

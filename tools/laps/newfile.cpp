@@ -14,8 +14,8 @@ namespace rataip::laps {
 
 namespace {
 
-// More than a folder holds of one name: who finds them all taken counts for ever.
-constexpr int mostNumbers = 100'000;
+// Stops the search where every number appears to be taken. No folder has as many files of one name.
+constexpr int maxAttempts = 100'000;
 
 using OpenedFiles = std::vector<std::unique_ptr<QFile>>;
 
@@ -28,7 +28,7 @@ bool writeWhole(QFile& file, const std::function<bool(QIODevice&)>& write) {
     return write(file) && file.flush() && file.error() == QFileDevice::NoError;
 }
 
-/** The first name to try is free for the first of the files, which mostly is all that it takes. */
+/** The first candidate is free for the first file, and so usually for all of them. */
 QString candidateName(const QDir& folder, const QString& name, const QString& firstSuffix,
                       int attempt) {
     if (attempt > 0) {
@@ -40,19 +40,18 @@ QString candidateName(const QDir& folder, const QString& name, const QString& fi
 }
 
 /**
- * Makes the files of a name, up to the first that cannot be made, which is then the last of them.
- * An empty text when all were made, else why that one was not.
+ * Creates the files of a name. Stops at the first failure; that file is then the last of `files`.
+ * Returns an empty text, or why that file could not be created.
  *
- * The file system alone knows which names it holds for the same, so it is asked to make each file
- * and not to list those that are there.
+ * Tries to create each file instead of looking at the files in the folder, because only the file
+ * system knows which names it treats as equal.
  */
 QString openAll(OpenedFiles& files, const QDir& folder, const QString& name,
                 const QList<FileContent>& contents) {
     for (const FileContent& content : contents) {
         const QString path = folder.absoluteFilePath(name + QLatin1Char('.') + content.suffix);
         files.push_back(std::make_unique<QFile>(path));
-        // What a buffer holds back cannot be written to a full disk in the end, and a file with
-        // such a rest is not removed.
+        // Unbuffered, because a file with a rest in its buffer cannot be removed on a full disk.
         if (!files.back()->open(QIODevice::WriteOnly | QIODevice::NewOnly |
                                 QIODevice::Unbuffered)) {
             return complaint(*files.back());
@@ -61,12 +60,12 @@ QString openAll(OpenedFiles& files, const QDir& folder, const QString& name,
     return {};
 }
 
-/** Whether a file could not be made because somebody else's is there. */
+/** Whether a file could not be created because one with its name exists. */
 bool isTaken(const QFile& file) {
     return !file.isOpen() && file.exists();
 }
 
-/** What was made of the files; a file that is not ours is not open. */
+/** Removes the files created here. Files of others are not open. */
 void removeAll(const OpenedFiles& files) {
     for (const std::unique_ptr<QFile>& file : files) {
         if (file->isOpen()) {
@@ -86,7 +85,7 @@ QString makeFolder(const QString& path) {
     if (folder.exists()) {
         return QStringLiteral("cannot write into %1: it is not a folder").arg(shown);
     }
-    // Unlike QDir, this says what is in the way.
+    // Unlike QDir, this reports the reason of a failure.
     std::error_code failure;
     std::filesystem::create_directories(folder.filesystemFilePath(), failure);
     return failure ? QStringLiteral("cannot make the folder %1: %2")
@@ -99,7 +98,7 @@ QString tryFolder(const QString& path) {
     if (!error.isEmpty()) {
         return error;
     }
-    // A disk that is full still takes a name.
+    // Writes some bytes, because a full disk still accepts an empty file.
     const NewFiles trial = writeNewFiles(
         QDir(path), QStringLiteral("trial"),
         {{QStringLiteral("tmp"), [](QIODevice& device) { return writeAll(device, "trial"); }}});
@@ -113,7 +112,7 @@ NewFiles writeNewFiles(const QDir& folder, const QString& name,
                        const QList<FileContent>& contents) {
     OpenedFiles files;
     QString error;
-    for (int attempt = 0; attempt < mostNumbers && !contents.isEmpty(); ++attempt) {
+    for (int attempt = 0; attempt < maxAttempts && !contents.isEmpty(); ++attempt) {
         files.clear();
         const QString candidate =
             candidateName(folder, name, contents.constFirst().suffix, attempt);

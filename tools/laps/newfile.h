@@ -11,43 +11,43 @@
 
 namespace rataip::laps {
 
-/** One of the files that are written under the same name. */
+/** One of several files that are written under the same name. */
 struct FileContent {
-    /** What the file's name ends in, without the dot. */
+    /** The file's suffix without its dot. */
     QString suffix;
-    /** Writes the whole file; false when it could not, with the device's error text saying why. */
+    /** Writes the whole file. Returns false on failure, with the reason in the error text. */
     std::function<bool(QIODevice&)> write;
 };
 
-/** The files that were written, or the reason why there are none. */
+/** The files that were written, or the reason why none were. */
 struct NewFiles {
     QStringList paths;  // in the order of the contents
     QString error;      // one sentence that names the file, without a full stop; else empty
 };
 
-/** Makes the folder and those above it. An empty text, or one sentence why it cannot be. */
+/** Makes a folder and its parents. Returns an empty text, or one sentence why it failed. */
 [[nodiscard]] QString makeFolder(const QString& path);
 
 /**
- * Makes the folder and a file in it, which goes again. An empty text, or one sentence why files
- * cannot be written there: only the attempt tells what rights, disks and networks allow.
+ * Makes a folder and writes a trial file into it, which is then removed: only the attempt shows
+ * what permissions, disks and networks allow. Returns an empty text, or one sentence why it failed.
  */
 [[nodiscard]] QString tryFolder(const QString& path);
 
 /**
- * Writes files that were not there before and that differ in their suffix only: "lap.csv" and
- * "lap.json". When one of them is taken, all get the next number behind their name ("lap_1.csv",
- * "lap_1.json"), also when somebody else takes it at this very moment, or under a name that only
- * the file system holds for the same. Nothing is ever overwritten.
+ * Writes new files that differ only in their suffix, such as "lap.csv" and "lap.json". When one of
+ * the names is taken, all get the next number ("lap_1.csv", "lap_1.json"). This also holds when
+ * another program takes a name at the same moment, or when the file system treats two different
+ * names as equal. Existing files are never overwritten.
  *
- * When one cannot be written (no rights, a full disk), nothing is left of any of them.
+ * When one file cannot be written (no permission, a full disk), all of them are removed.
  */
 [[nodiscard]] NewFiles writeNewFiles(const QDir& folder, const QString& name,
                                      const QList<FileContent>& contents);
 
 /**
- * Writes all bytes; false when the device cannot, with its error text saying why. A disk that is
- * nearly full takes a part of them without an error; only writing the rest reports it.
+ * Writes all bytes. Returns false on failure, with the reason in the device's error text. A nearly
+ * full disk accepts a part of the bytes without an error; only writing the rest reports it.
  */
 [[nodiscard]] bool writeAll(QIODevice& device, const QByteArray& bytes);
 

@@ -5,9 +5,9 @@
 namespace rataip::laps {
 
 /**
- * The end of the thread that makes it, as the system sees it. QThread::wait() may return while the
- * thread still tidies up behind its last event; a program that ends at this very moment can be
- * caught in the runtime of some compilers for Windows.
+ * Waits for the system's end of the thread that creates the object. QThread::wait() may return
+ * while the thread is still cleaning up after its last event. A program that ends at this moment
+ * can hang in the runtime of some compilers for Windows.
  */
 class ThreadEnd {
 public:
@@ -16,7 +16,7 @@ public:
     ThreadEnd(const ThreadEnd&) = delete;
     ThreadEnd& operator=(const ThreadEnd&) = delete;
 
-    /** Returns when nothing of the thread is left; to be called by another one. */
+    /** Returns when the thread has ended. Call it from another thread. */
     void wait();
 
 private:

@@ -2,7 +2,7 @@
 
 namespace rataip::laps {
 
-// Here a program may end beside a thread that tidies up.
+// On Linux a program may end while one of its threads is still cleaning up.
 struct ThreadEnd::Thread {};
 
 ThreadEnd::ThreadEnd() = default;

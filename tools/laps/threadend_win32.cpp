@@ -9,7 +9,7 @@ struct ThreadEnd::Thread {
 };
 
 ThreadEnd::ThreadEnd() : m_thread(std::make_unique<Thread>()) {
-    // The thread's own name for itself means another one to everybody else.
+    // GetCurrentThread() is a pseudo handle, which means the calling thread in every thread.
     DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &m_thread->handle,
                     SYNCHRONIZE, FALSE, 0);
 }

@@ -19,7 +19,7 @@ namespace {
 using Clock = host::TickMeter::Clock;
 
 constexpr std::chrono::milliseconds statusIntervalOnTerminal{500};
-// Lines that pile up in a log come less often.
+// Less often, because the lines pile up in a log.
 constexpr std::chrono::milliseconds statusIntervalElsewhere{5000};
 
 constexpr qsizetype carIdWidth = 2;
@@ -32,7 +32,7 @@ constexpr qsizetype completionWidth = 13;
 constexpr qsizetype timeWidth = 11;
 constexpr qsizetype samplesWidth = 5;
 
-/** "* 7  Driver": the own car, whose telemetry is complete, carries the star. */
+/** "* 7  Driver": the star marks the own car, the only one with complete telemetry. */
 QString carText(const CarInfo& car) {
     const QChar mark = car.detailedTelemetry() ? QLatin1Char('*') : QLatin1Char(' ');
     return mark + car.carId().rightJustified(carIdWidth) + QStringLiteral("  ") +
@@ -44,7 +44,7 @@ QString carListText(const CarInfo& car) {
         QStringLiteral("  %1  %2  %3  %4")
             .arg(carText(car), car.teamName().leftJustified(teamWidth),
                  car.carName().leftJustified(carWidth), car.className().leftJustified(classWidth));
-    // A source lists its cars before it knows what they do; that is not worth a word.
+    // A source lists its cars before it knows their status.
     if (car.status() != TLM::SDK::CarStatus::Undefined) {
         text += QStringLiteral("  ") + TLM::SDK::carStatusToString(car.status());
     }
@@ -120,7 +120,7 @@ void Account::onDisconnected() {
     m_console.setStatus({});
 }
 
-// An attempt that failed is told by showWaiting(), once for many of them.
+// showWaiting() reports failed attempts, once for many of them.
 void Account::onNotConnected() {}
 
 void Account::onConnectivityAvailable(bool available) {
@@ -161,7 +161,7 @@ void Account::onSamples(const QList<Sample>& samples) {
     m_ticks.add(host::sessionTick(samples));
 }
 
-// The record is empty: what is known of the session comes with the laps.
+// The record is empty; laps carry what is known about the session.
 void Account::onSessionInfo() {}
 
 void Account::onMessage(const QString& message) {

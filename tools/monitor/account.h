@@ -11,11 +11,11 @@
 namespace rataip::monitor {
 
 /**
- * The running account on the console of what a plugin delivers: its messages, the cars that are
- * new or changed, a line for every finished lap, and a status line while it is connected.
+ * Prints what a plugin delivers: its messages, new and changed cars, a line for every finished lap,
+ * and a status line while it is connected.
  *
- * Listens to all twelve signals of the plugin's emitter and only reads what they carry. Laps
- * without any sample (a source closes those of empty slots, too) are not worth a line.
+ * Listens to all twelve signals of the plugin's emitter and only reads their data. Laps without
+ * samples are ignored; a source also closes the laps of empty slots.
  */
 class Account : public QObject {
     Q_OBJECT
@@ -27,10 +27,10 @@ public:
     /** Says that the simulator is being waited for. */
     void showWaiting();
 
-    /** Says that there is no simulator and that nobody waits for it any longer. */
+    /** Says that there is no simulator and that the program stops waiting. */
     void showNoSimulator();
 
-    /** Sums up what has arrived, below everything else. */
+    /** Prints a summary as the last line. */
     void showSummary();
 
 private:

@@ -22,7 +22,7 @@ void Console::setStatus(const QString& text) {
     m_out.flush();
 }
 
-// With blanks instead of a control sequence: every terminal understands those.
+// Overwrites with spaces, because not every terminal understands control sequences.
 void Console::eraseStatus() {
     if (!m_status.isEmpty()) {
         m_out << '\r' << QString(m_status.size(), QLatin1Char(' ')) << '\r';

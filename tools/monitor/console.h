@@ -8,27 +8,27 @@ namespace rataip::monitor {
 /**
  * Lines of text with one status line below them.
  *
- * On a terminal the status line is rewritten in place and stays the last; elsewhere every status
- * is a line of its own. Everything written is flushed at once, so that a pipe's reader sees it
- * when it happens. A stream that no longer takes text is written to in vain, which isComplete()
- * tells (for a pipe that takes prepareStandardOutput()).
+ * On a terminal the status line is rewritten in place and stays the last line; elsewhere every
+ * status is a line of its own. All output is flushed at once for the readers of pipes. When the
+ * stream no longer accepts output, isComplete() returns false (for pipes only after
+ * prepareStandardOutput()).
  */
 class Console {
 public:
-    /** `out` must outlive the console. `isTerminal` chooses the way the status is shown. */
+    /** `out` must outlive the console. `isTerminal` decides how the status is shown. */
     Console(QTextStream& out, bool isTerminal) : m_out(out), m_isTerminal(isTerminal) {}
 
     [[nodiscard]] bool isTerminal() const { return m_isTerminal; }
 
-    /** Whether the stream has taken everything so far. */
+    /** Whether the stream has accepted everything so far. */
     [[nodiscard]] bool isComplete() const { return m_out.status() == QTextStream::Ok; }
 
     /**
-     * Writes `text` as lines of their own, above the status line. An empty text is an empty line.
+     * Writes `text` as separate lines above the status line. An empty text is an empty line.
      */
     void print(const QString& text);
 
-    /** Replaces the status line. An empty text takes it away. */
+    /** Replaces the status line. An empty text removes it. */
     void setStatus(const QString& text);
 
 private:
@@ -36,7 +36,7 @@ private:
 
     QTextStream& m_out;
     bool m_isTerminal;
-    QString m_status;  // what the terminal's last line shows
+    QString m_status;  // shown on the terminal's last line
 };
 
 }  // namespace rataip::monitor

@@ -5,7 +5,7 @@ namespace rataip::monitor {
 Goal::Goal(std::optional<int> laps, std::optional<std::chrono::milliseconds> duration)
     : m_laps(laps), m_duration(duration) {
     m_timeOver.setSingleShot(true);
-    m_timeOver.setTimerType(Qt::PreciseTimer);  // the default one may be early
+    m_timeOver.setTimerType(Qt::PreciseTimer);  // a coarse timer may fire early
     connect(&m_timeOver, &QTimer::timeout, this, &Goal::onTimeOver);
 }
 

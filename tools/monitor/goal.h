@@ -8,22 +8,22 @@
 
 namespace rataip::monitor {
 
-/** How the program ends; part of what scripts rely on. */
+/** How the program ended. Scripts rely on the numbers. */
 enum class ExitStatus {
-    Ok = 0,              // got what was asked for
+    Ok = 0,              // reached what was asked for
     BadArguments = 1,    // the command line makes no sense
-    PluginUnusable = 2,  // the plugin was not found or does not fit
+    PluginUnusable = 2,  // the plugin was not found or cannot be used
     NoData = 3,          // no data of a simulator ever arrived
     FellShort = 4,       // data arrived, but it ended before the laps or the time asked for
-    NotWritten = 5,      // something is missing of the laps to save or of the output, whatever else
+    NotWritten = 5,      // laps or output could not be written; takes precedence over all others
 };
 
 /**
- * Knows what the user asked for and tells, once, when and how the program is to end.
+ * Knows what the user asked for and reports once when and how the program has to end.
  *
- * With a number of laps it is got when they are there. With a time alone it is got when the time
- * is over and data has arrived. With neither, watching until the user or the simulator ends it is
- * all that was asked, as long as data has arrived.
+ * With a number of laps, the goal is reached when they have arrived. With only a duration, it is
+ * reached when the time is over and data has arrived. With neither, it is reached when the user or
+ * the simulator ends the run and data has arrived.
  */
 class Goal : public QObject {
     Q_OBJECT
@@ -31,10 +31,10 @@ class Goal : public QObject {
 public:
     Goal(std::optional<int> laps, std::optional<std::chrono::milliseconds> duration);
 
-    /** The time begins. */
+    /** Starts the time. */
     void start();
 
-    /** Samples of a tick have arrived. */
+    /** The samples of a tick have arrived. */
     void onTick() { m_hasData = true; }
 
     /** A finished lap has arrived. */
@@ -43,12 +43,12 @@ public:
     /** The user, or the system, asks the program to end. */
     void onInterrupted();
 
-    /** There is no simulator and nobody waits for it any longer. */
+    /** There is no simulator and the program stops waiting. */
     void onSourceGone();
 
 signals:
     /**
-     * Emitted once, and to queued connections too: it may come in the middle of a plugin's tick.
+     * Emitted once, possibly in the middle of a plugin's tick. Connect queued to stop the plugin.
      */
     void ended(rataip::monitor::ExitStatus status);
 

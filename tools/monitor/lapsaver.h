@@ -10,9 +10,9 @@
 namespace rataip::monitor {
 
 /**
- * Saves every finished lap as files into a folder and tells the console only what goes wrong; see
- * laps::LapExporter. Laps that cannot be saved stop nothing. What lasts (a full disk) is told once,
- * and again only after a lap could be saved in between. Needs a QGuiApplication.
+ * Saves every finished lap into a folder and prints failures on the console; see laps::LapExporter.
+ * Goes on after a failure. Repeated failures (a full disk) are printed once, and again only after a
+ * lap could be saved in between. Needs a QGuiApplication.
  */
 class LapSaver : public QObject {
     Q_OBJECT
@@ -21,10 +21,10 @@ public:
     /** Both must outlive the saver. */
     LapSaver(const TLM::SDK::DataEmitter& emitter, Console& console, const QString& folder);
 
-    /** Waits for the laps that are still being written and sums up. */
+    /** Waits for the laps that are still being written and prints a summary. */
     void finish();
 
-    /** Whether every lap so far could be saved. */
+    /** Whether every lap so far was saved. */
     [[nodiscard]] bool hasSavedAll() const { return m_lost == 0; }
 
 private:

@@ -1,5 +1,5 @@
-#include "tools/host/deafthreads.h"
 #include "tools/host/displayguard.h"
+#include "tools/host/endrequestblocker.h"
 #include "tools/host/interrupt.h"
 #include "tools/host/liveplugin.h"
 #include "tools/host/pluginfile.h"
@@ -23,8 +23,8 @@
 
 namespace {
 
-using rataip::host::DeafThreads;
 using rataip::host::DisplayGuard;
+using rataip::host::EndRequestBlocker;
 using rataip::host::Interrupt;
 using rataip::host::LivePlugin;
 using rataip::host::SourceConnector;
@@ -52,7 +52,7 @@ int failToPrint() {
                                "it to a place with room"));
 }
 
-/** Prints a text that is all there is to do. */
+/** Prints a text and returns the program's exit status. */
 int print(const QString& text) {
     QTextStream out(stdout);
     out << text << Qt::flush;
@@ -68,7 +68,7 @@ LivePlugin::LoadResult loadPlugin(const QString& requestedPath) {
     return LivePlugin::load(file.path);
 }
 
-/** Ends the account. The exit status: what is missing of it comes before all else. */
+/** Prints the summary. Missing output takes precedence over `status` in the exit status. */
 int sumUp(ExitStatus status, Account& account, const Console& console, LapSaver* saver) {
     if (saver != nullptr) {
         saver->finish();
@@ -81,7 +81,7 @@ int sumUp(ExitStatus status, Account& account, const Console& console, LapSaver*
     return exitCode(isSaved ? status : ExitStatus::NotWritten);
 }
 
-/** Lets the plugin run until the goal says that it is over. */
+/** Runs the plugin until the goal has ended. */
 int watch(LivePlugin& plugin, const Options& options) {
     Interrupt interrupt;
     QTextStream out(stdout);
@@ -107,14 +107,14 @@ int watch(LivePlugin& plugin, const Options& options) {
                              goal.onLap();
                          }
                      });
-    // Queued, so that what the plugin says of its end stands before it.
+    // Queued, so that the plugin's own message about the disconnection comes first.
     QObject::connect(&connector, &SourceConnector::waiting, &account, &Account::showWaiting,
                      Qt::QueuedConnection);
     QObject::connect(&connector, &SourceConnector::gaveUp, &account, &Account::showNoSimulator,
                      Qt::QueuedConnection);
     QObject::connect(&connector, &SourceConnector::gaveUp, &goal, &Goal::onSourceGone);
     QObject::connect(&interrupt, &Interrupt::requested, &goal, &Goal::onInterrupted);
-    // Queued, so that the plugin's tick is over and the event loop runs.
+    // Queued, because the event loop must be running and the plugin's tick over.
     QObject::connect(
         &goal, &Goal::ended, &connector,
         [&](ExitStatus status) {
@@ -129,9 +129,9 @@ int watch(LivePlugin& plugin, const Options& options) {
     return QCoreApplication::exec();
 }
 
-/** The pictures of laps take fonts, everything else goes without. */
+/** Only the pictures of laps need fonts. */
 std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
-    const DeafThreads deafThreads;
+    const EndRequestBlocker blocker;
     if (rataip::monitor::asksForExport(argc, argv)) {
         rataip::monitor::doWithoutScreen();
         const DisplayGuard guard("rataip-monitor: laps cannot be drawn here, unset QT_QPA_PLATFORM",
@@ -146,8 +146,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
 int main(int argc, char* argv[]) {
     const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
     rataip::monitor::prepareStandardOutput();
-    // The plugin's diagnostics would cut the account to pieces; the environment can bring them
-    // back.
+    // The plugin's diagnostics would clutter the output. The environment can enable them.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 
     const ParsedArguments parsed = rataip::monitor::parseArguments(QCoreApplication::arguments());

@@ -12,8 +12,8 @@ namespace rataip::monitor {
 
 /** What the command line asks for. */
 struct Options {
-    QString pluginPath;                             // empty: the standard places
-    std::optional<std::chrono::milliseconds> wait;  // none: for as long as it takes
+    QString pluginPath;                             // empty: search the standard places
+    std::optional<std::chrono::milliseconds> wait;  // no value: wait forever
     std::optional<std::chrono::milliseconds> duration;
     std::optional<int> laps;
     QString exportFolder;  // empty: laps are not saved
@@ -25,8 +25,8 @@ using ParsedArguments = host::ParsedArguments<Options>;
 [[nodiscard]] ParsedArguments parseArguments(const QStringList& arguments);
 
 /**
- * Whether the command line asks for laps to be saved, which takes another kind of application
- * object. Looks at the arguments as the system gave them, before there is any such object.
+ * Whether the command line asks to save laps, which needs another kind of application object. Reads
+ * the system's arguments, because there is no such object yet.
  */
 [[nodiscard]] bool asksForExport(int count, const char* const* arguments);
 

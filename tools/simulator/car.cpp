@@ -11,10 +11,10 @@ namespace simulator {
 
 namespace {
 
-// On pit road the driver is gentle, m/s^2.
+// Gentle acceleration and braking on pit road, m/s^2.
 constexpr double kPitBraking = 4.0;
 
-// Share of the track's speed in a formation lap, and its ceiling in m/s.
+// Share of the track's speed in a formation lap, and its limit in m/s.
 constexpr double kFormationShare = 0.55;
 constexpr double kFormationCeiling = 32.0;
 
@@ -27,7 +27,7 @@ constexpr double kRefuelLitersPerTick = 2.4 * kSecondsPerTick;
 constexpr double kLitersPerMeterCoasting = 0.00022;
 constexpr double kLitersPerMeterFlatOut = 0.00060;
 constexpr double kIdleLitersPerTick = 0.0005 * kSecondsPerTick;
-constexpr double kPedalShare = 0.30;  // how far a pedal moves towards its aim in a tick
+constexpr double kPedalShare = 0.30;  // part of the way to its target that a pedal moves in a tick
 
 }  // namespace
 
@@ -198,7 +198,7 @@ void Car::operate() {
     m_throttle += kPedalShare * (throttleAim - m_throttle);
     m_brake += kPedalShare * (brakeAim - m_brake);
     const double wheelAim = moving ? m_track->curvature(m_distance) * kSteeringPerCurvature : 0.0;
-    m_steering += 0.4 * (wheelAim - m_steering) + (moving ? 0.002 * m_random.heaped() : 0.0);
+    m_steering += 0.4 * (wheelAim - m_steering) + (moving ? 0.002 * m_random.bellShaped() : 0.0);
     shift();
 }
 
@@ -212,7 +212,7 @@ void Car::shift() {
     if (m_speed <= 0.0) {
         m_gear = 0;
         m_clutch = 0.0;
-        m_rpm += 0.2 * (kIdleRpm + 15.0 * m_random.heaped() - m_rpm);
+        m_rpm += 0.2 * (kIdleRpm + 15.0 * m_random.bellShaped() - m_rpm);
         return;
     }
     const int before = m_gear;
@@ -225,8 +225,8 @@ void Car::shift() {
     }
     m_ticksOfShift = before != m_gear ? kTicksPerShift : std::max(0, m_ticksOfShift - 1);
     m_clutch = m_ticksOfShift > 0 ? 1.0 - 0.15 * m_ticksOfShift : 1.0;
-    const double geared =
-        kShiftRpm * m_speed / kGearTop[static_cast<std::size_t>(m_gear)] + 6.0 * m_random.heaped();
+    const double geared = kShiftRpm * m_speed / kGearTop[static_cast<std::size_t>(m_gear)] +
+                          6.0 * m_random.bellShaped();
     m_rpm += 0.45 * (std::max(kIdleRpm, geared) - m_rpm);
 }
 
@@ -238,7 +238,7 @@ void Car::burn(double meters) {
 }
 
 void Car::drawForm() {
-    m_form = 1.0 + 0.006 * m_random.heaped();
+    m_form = 1.0 + 0.006 * m_random.bellShaped();
     m_wobblePhase = m_random.fraction();
 }
 

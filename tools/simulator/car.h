@@ -8,7 +8,7 @@
 
 namespace simulator {
 
-/** Where a car is; decides how it moves. */
+/** Where a car is. Determines how it moves. */
 enum class Place {
     OutOfWorld,  // not loaded: no position
     Garage,      // parked in its stall, nobody in it
@@ -19,7 +19,7 @@ enum class Place {
     Track,       // driving on the track
 };
 
-/** How a car is to be driven in a tick. */
+/** How to drive a car in a tick. */
 struct Orders {
     bool formation = false;   // follow the leader slowly, no racing
     double paceFactor = 1.0;  // 1 on a flying lap, less on cold tyres or while cooling down
@@ -33,9 +33,9 @@ struct CarStep {
 };
 
 /**
- * One car as a moving point on the track with an engine, pedals and a tank. It is moved by ticks of
- * simulated time and owns all that can be told without its timing: position, speed, pedals, gear,
- * engine speed, heading and fuel.
+ * A car as a moving point on the track with an engine, pedals and a tank. It moves by ticks of
+ * simulated time and owns everything except its timing: position, speed, pedals, gear, engine
+ * speed, heading and fuel.
  */
 class Car {
 public:
@@ -52,7 +52,7 @@ public:
     /** Drives off from the stall or the grid slot. */
     void driveOff();
 
-    /** Whether the car takes the pit entry when it next gets there. */
+    /** Whether the car enters the pits when it next passes their entry. */
     void planStop(bool stop) { m_stopPlanned = stop; }
     bool stopPlanned() const { return m_stopPlanned; }
 
@@ -89,7 +89,7 @@ public:
     double metersDriven() const { return m_metersDriven; }
     bool engineRuns() const;
 
-    /** Litres that the tank holds. */
+    /** The capacity of the tank in litres. */
     static constexpr double kTank = 62.0;
     static constexpr double kFuelKgPerLiter = 0.75;
     static constexpr int kGears = 6;
@@ -119,8 +119,8 @@ private:
     double m_distance = 0.0;
     double m_speed = 0.0;
     double m_acceleration = 0.0;
-    double m_form = 1.0;         // how good this lap is
-    double m_wobblePhase = 0.0;  // where on the lap this lap is better and worse
+    double m_form = 1.0;         // pace of this lap
+    double m_wobblePhase = 0.0;  // places the faster and slower parts of this lap
     double m_throttle = 0.0;
     double m_brake = 0.0;
     double m_clutch = 1.0;

@@ -23,7 +23,7 @@ bool isFront(int index) {
     return index == kLeftFront || index == kRightFront;
 }
 
-// Moves `value` towards `aim` so that it gets there in about `seconds`.
+// Moves `value` towards `aim` with a time constant of `seconds`.
 void approach(double& value, double aim, double seconds) {
     value += (aim - value) * kSecondsPerTick / seconds;
 }
@@ -38,7 +38,7 @@ void CarSystems::service(const Weather& weather) {
         wheel.surface.fill(weather.track());
         wheel.carcass.fill(weather.track());
         wheel.tread.fill(1.0);
-        wheel.coldPressure = kColdPressure + 2.0 * m_random.heaped();
+        wheel.coldPressure = kColdPressure + 2.0 * m_random.bellShaped();
         wheel.pressure = wheel.coldPressure;
         wheel.brakeTemperature = weather.air() + 60.0;
     }
@@ -96,7 +96,7 @@ void CarSystems::advanceWheel(int index, const Car& car, const Weather& weather)
     approach(wheel.brakeTemperature, brakeHeat, brakeHeat > wheel.brakeTemperature ? 3.0 : 25.0);
 
     const double before = wheel.deflection;
-    const double bumps = car.speed() > 0.0 ? 0.0016 * m_random.heaped() : 0.0;
+    const double bumps = car.speed() > 0.0 ? 0.0016 * m_random.bellShaped() : 0.0;
     wheel.deflection = wheel.load / 185000.0 + bumps;
     wheel.deflectionSpeed = (wheel.deflection - before) * kTicksPerSecond;
     wheel.rideHeight = (isFront(index) ? 0.062 : 0.078) - wheel.deflection * 0.6;
@@ -140,8 +140,8 @@ void CarSystems::sampleWithinTick(const Car& car) {
         m_side[sample] = m_lastSide + share * (car.sideAcceleration() - m_lastSide);
         m_forward[sample] = m_lastForward + share * (car.acceleration() - m_lastForward);
         m_yawRates[sample] = m_lastYawRate + share * (car.yawRate() - m_lastYawRate);
-        m_vertical[sample] = kGravity + (moving ? 0.8 * m_random.heaped() : 0.0);
-        m_torques[sample] = m_steeringTorque + (moving ? 0.15 * m_random.heaped() : 0.0);
+        m_vertical[sample] = kGravity + (moving ? 0.8 * m_random.bellShaped() : 0.0);
+        m_torques[sample] = m_steeringTorque + (moving ? 0.15 * m_random.bellShaped() : 0.0);
     }
     m_lastSide = car.sideAcceleration();
     m_lastForward = car.acceleration();

@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-/** Samples that the car takes within one tick. */
+/** Samples that the car measures within one tick. */
 inline constexpr int kSubSamples = 6;
 
 using SubSamples = std::array<double, kSubSamples>;
@@ -18,7 +18,7 @@ using SubSamples = std::array<double, kSubSamples>;
 struct Wheel {
     std::array<double, 3> surface{};  // C, from the inner to the outer edge
     std::array<double, 3> carcass{};  // C, from the inner to the outer edge
-    std::array<double, 3> tread{};    // what is left of it, 1 new to 0
+    std::array<double, 3> tread{};    // remaining share, 1 when new
     double coldPressure = 0.0;        // kPa
     double pressure = 0.0;            // kPa
     double speed = 0.0;               // m/s at the tread
@@ -35,23 +35,23 @@ struct Wheel {
     SubSamples deflectionSpeeds{};
 };
 
-/** Which corner; the order of the published names. */
+/** The corners in the order of the published names. */
 enum WheelIndex { kLeftFront, kRightFront, kLeftRear, kRightRear };
 
 inline constexpr int kWheels = 4;
 
 /**
- * What the user's own car knows about itself and the others do not publish: tyres, suspension,
- * engine temperatures, the electric drive, accelerations sampled within a tick.
+ * Data that only the user's own car publishes: tyres, suspension, engine temperatures, the electric
+ * drive, accelerations sampled within a tick.
  */
 class CarSystems {
 public:
     CarSystems(const Track& track, Random random);
 
-    /** New tyres, everything at the temperature of the air. */
+    /** Fits new tyres and sets all temperatures to that of the air. */
     void service(const Weather& weather);
 
-    /** The published lap counter has moved on: what is counted per lap starts again. */
+    /** Resets the values that are counted per lap, when the published lap counter changes. */
     void startLap();
 
     /** Moves everything by one tick after `car` has been moved. */

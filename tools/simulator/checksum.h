@@ -8,14 +8,13 @@
 
 namespace simulator {
 
-/** Name of the int variable that holds the checksum of its snapshot. */
+/** The int variable that holds the checksum of its snapshot. */
 inline constexpr char kChecksumName[] = "SnapshotChecksum";
 
 /**
- * The checksum of a snapshot: over all 32-bit words of the buffer in order, except the word at
- * `checksumOffset`, where the checksum itself is kept. A reader that took half of one snapshot and
- * half of another finds another sum. `buffer` is a whole number of words, `checksumOffset` a
- * multiple of 4; bytes past the last whole word do not count.
+ * The checksum of a snapshot over all 32-bit words of the buffer in order, except the word at
+ * `checksumOffset`, which holds the checksum itself. A reader that mixes two snapshots gets another
+ * sum. `checksumOffset` is a multiple of 4. Bytes after the last whole word do not count.
  */
 inline std::int32_t snapshotChecksum(std::span<const std::byte> buffer,
                                      std::size_t checksumOffset) {

@@ -5,13 +5,13 @@
 
 namespace simulator {
 
-/** Ticks of simulated time in a second; a snapshot is published for each. */
+/** Ticks per second of simulated time. Each tick publishes a snapshot. */
 inline constexpr int kTicksPerSecond = 60;
 
-/** Seconds of simulated time in a tick. */
+/** Seconds of simulated time per tick. */
 inline constexpr double kSecondsPerTick = 1.0 / kTicksPerSecond;
 
-/** Simulated time is a count of ticks, never the wall clock, so that runs can be repeated. */
+/** Simulated time counts ticks, not the wall clock, so that runs can be repeated. */
 using Tick = std::int64_t;
 
 inline double secondsOf(Tick ticks) {

@@ -8,12 +8,12 @@
 namespace simulator {
 
 /**
- * What reaches the process from outside: the wish to end (Ctrl-C, a closed console, the system's
- * polite request) and, where wanted, lines on standard input. One object a process.
+ * Input to the process: requests to end (Ctrl-C, a closed console, a request of the system) and, if
+ * wanted, lines on standard input. A process may have only one.
  */
 class Console {
 public:
-    /** Standard input is left alone unless `readsLines`. */
+    /** Does not touch standard input unless `readsLines`. */
     explicit Console(bool readsLines);
     ~Console();
     Console(const Console&) = delete;
@@ -23,12 +23,12 @@ public:
     bool stopRequested() const;
 
     /**
-     * The next line without its end, waiting up to `atMost` for it. No value when none came, when
-     * the process was asked to end or when the input has ended.
+     * Waits up to `atMost` for the next line and returns it without its end. No value when no line
+     * came, the process was asked to end, or the input has ended.
      */
     std::optional<std::string> nextLine(std::chrono::milliseconds atMost);
 
-    /** Whether the input has ended and every line of it was handed out. */
+    /** Whether the input has ended and all its lines were returned. */
     bool inputEnded() const;
 
 private:

@@ -10,7 +10,7 @@ namespace simulator {
 
 namespace {
 
-// Written by the signal handler, so nothing else is allowed here.
+// Of a type that a signal handler may write to.
 volatile std::sig_atomic_t stopAsked = 0;
 
 void askToStop(int) {
@@ -51,7 +51,7 @@ Console::Console(bool readsLines) : m_input(readsLines ? std::make_shared<Input>
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         ::sigaction(number, &action, nullptr);
     }
-    // Whoever read the output may be gone; that must not end the simulator without order.
+    // The simulator must end in order even when the reader of its output is gone.
     std::signal(SIGPIPE, SIG_IGN);
 }
 

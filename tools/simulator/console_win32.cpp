@@ -10,7 +10,7 @@
 #include <utility>
 #include <windows.h>
 
-// After windows.h, which it needs.
+// Needs windows.h before it.
 #include <timeapi.h>
 
 namespace simulator {
@@ -20,8 +20,8 @@ namespace {
 std::atomic<bool> stopAsked = false;
 std::atomic<bool> done = false;
 
-// Runs on a thread of the system's. After a closed console or a log-off the process is killed as
-// soon as this returns, so it stays until the run has ended in order.
+// Runs on a thread of the system. After the console is closed or the user logs off, the system
+// kills the process as soon as this returns, so it waits until the run has ended in order.
 BOOL WINAPI askToStop(DWORD event) {
     stopAsked = true;
     constexpr int kPatienceSteps = 400;
@@ -37,9 +37,9 @@ constexpr UINT kTimerMilliseconds = 1;
 
 }  // namespace
 
-// The handle of standard input cannot be waited for when it is a pipe, so a thread reads it. It
-// shares ownership of what it fills: it may still wait for input when the console is gone. Never
-// does it end beside the process, which could then be caught in the runtime of the compiler.
+// A pipe's handle cannot be waited for, so a thread reads standard input. The thread shares
+// ownership of its buffer, because it may still be waiting for input when the console is destroyed.
+// It must never end while the process ends, which could then hang in the compiler's runtime.
 class Console::Input : public std::enable_shared_from_this<Console::Input> {
 public:
     void start() {
@@ -84,7 +84,7 @@ private:
         take({});
     }
 
-    /** What was read; nothing at the end of it. */
+    /** Takes what was read. Empty at the end of the input. */
     void take(std::string_view bytes) {
         std::unique_lock lock(m_mutex);
         if (m_isLeft) {
@@ -106,7 +106,7 @@ private:
 
 Console::Console(bool readsLines) : m_input(readsLines ? std::make_shared<Input>() : nullptr) {
     ::SetConsoleCtrlHandler(askToStop, TRUE);
-    // The usual timer ticks 64 times a second, about as seldom as snapshots are due.
+    // The default timer ticks 64 times a second, which is too coarse for 60 snapshots a second.
     ::timeBeginPeriod(kTimerMilliseconds);
     if (m_input) {
         m_input->start();

@@ -15,7 +15,7 @@ constexpr std::array<CarModel, 4> kModels = {{
     {209, 4026, "mistraltc", "Mistral Touring", "Mistral TC", "Touring", 0x33ceff, 0.940, 1.07},
 }};
 
-// Some hold letters beyond ASCII, in Latin-1 as the whole text is.
+// Some contain letters beyond ASCII, in Latin-1 like the whole text.
 constexpr std::array<const char*, 32> kFirstNames = {"Anna",
                                                      "Bj\xF6rn",
                                                      "Carlos",
@@ -82,7 +82,7 @@ const auto& pick(const List& list, Random& random) {
 
 Driver drawDriver(int slot, Random random) {
     Driver driver;
-    // One first name a slot and the last names shifted every 32 slots: all pairs differ.
+    // The last names shift after every 32 slots, so that all pairs differ.
     const auto first = static_cast<std::size_t>(slot) % kFirstNames.size();
     const auto last = (first * 7 + static_cast<std::size_t>(slot) / kFirstNames.size() * 5 + 3) %
                       kLastNames.size();

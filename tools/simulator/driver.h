@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/** A model of car and the class that it races in. */
+/** A car model and the class that it races in. */
 struct CarModel {
     int id;
     int classId;
@@ -20,7 +20,7 @@ struct CarModel {
     double estimatedLapFactor;
 };
 
-/** Who sits in a car, as the session information tells it. Texts are Latin-1. */
+/** The driver of a car in the session information. Texts are Latin-1. */
 struct Driver {
     std::string userName;
     std::string abbreviation;
@@ -38,7 +38,7 @@ struct Driver {
     const CarModel* model = nullptr;
 };
 
-/** Draws the drivers of `cars` slots; no two share a name or a number. */
+/** Draws drivers for `cars` slots with distinct names and numbers. */
 std::vector<Driver> drawDrivers(int cars, Random random);
 
 }  // namespace simulator

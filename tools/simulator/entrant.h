@@ -12,7 +12,7 @@
 
 namespace simulator {
 
-/** What holds for all entrants in a tick. */
+/** The state of the session that all entrants see in a tick. */
 struct TickContext {
     Tick tick;
     double sessionSeconds;
@@ -20,14 +20,14 @@ struct TickContext {
     bool race;
     bool pitsOpen;
     bool formation;  // the field moves, but nobody races yet
-    bool over;       // the end has been shown: finish the lap, then come in
+    bool over;       // the flag was shown: finish the lap, then come in
 };
 
 /** What an entrant did in a tick. */
 struct EntrantStep {
     std::optional<TimedLap> officialLap;  // the line was passed and counted
     std::optional<LapRecord> stretch;     // a stretch on the track ended
-    bool stopped = false;                 // the car has come to rest in its stall
+    bool stopped = false;                 // the car has stopped in its stall
 };
 
 /**
@@ -44,7 +44,7 @@ public:
     const Car& car() const { return m_car; }
     const LapTimer& timer() const { return m_timer; }
 
-    /** Whether the driver has joined and not left: such a driver is listed. */
+    /** Whether the driver is listed: has joined and not left. */
     bool present() const { return m_present; }
     void join() { m_present = true; }
 
@@ -56,22 +56,22 @@ public:
     /** Session seconds of the last line crossing. */
     double lineSeconds() const { return m_lineSeconds; }
 
-    /** A new session: out of the world, timing at its start. The stretch being driven, if any. */
+    /** Starts a new session out of the world. Returns the stretch being driven, if any. */
     std::optional<LapRecord> startSession(const TickContext& context);
 
     /** The driver leaves for good. */
     std::optional<LapRecord> leave(const TickContext& context);
 
-    /** Into the garage; off to the track `waitSeconds` after the pits open. */
+    /** Enters the garage, and leaves for the track `waitSeconds` after the pits open. */
     void enterGarage(const TickContext& context, double waitSeconds);
     void enterGridSlot(double distance, int lapsToStop);
 
-    /** The grid moves off. */
+    /** Starts the formation lap. */
     void startFormation(const TickContext& context);
 
     EntrantStep advance(const TickContext& context);
 
-    /** Closes the stretch being driven where it is, as when the run ends. */
+    /** Ends the stretch being driven where it is, as at the end of the run. */
     std::optional<LapRecord> cutShort(Tick tick, int session);
 
 private:
@@ -94,11 +94,11 @@ private:
     Car m_car;
     LapTimer m_timer;
     bool m_present = false;
-    bool m_finished = false;  // has passed the line after the end was shown
+    bool m_finished = false;  // has passed the line after the flag
     bool m_coldTyres = true;
     Tick m_getInAt = 0;
     Tick m_leaveAt = 0;
-    bool m_waiting = false;  // in the stall, leaves when it is time
+    bool m_waiting = false;  // in the stall until it is time to leave
     int m_lapsToStop = 0;
     int m_lapsInStint = 0;
     int m_pitStops = 0;

@@ -14,8 +14,8 @@
 namespace simulator {
 
 /**
- * The simulator without its surroundings: moves the world tick by tick and keeps a block of memory
- * up to date with it. The same options give the same bytes at every tick.
+ * The simulator without the operating system: moves the world tick by tick and publishes it in a
+ * block of memory. The same options give the same bytes at every tick.
  */
 class Feed {
 public:
@@ -24,15 +24,15 @@ public:
     /** Bytes that the block needs. */
     std::size_t blockSize() const { return m_layout.size; }
 
-    /** Lays out the block in `memory` and shows the session text; no snapshot is there yet. */
+    /** Lays out the block in `memory` with the session text and without a snapshot. */
     void attach(std::span<std::byte> memory);
 
-    /** Moves the world on and publishes it; to be called after attach() only. */
+    /** Moves the world by a tick and publishes it. Call attach() first. */
     void publishNextTick();
 
     void setRunning(bool running) { m_block->setRunning(running); }
 
-    /** Closes the laps being driven, for the log. */
+    /** Ends the laps being driven, for the log. */
     void finish() { m_world.finish(); }
 
     std::vector<LapRecord> takeLaps() { return m_world.takeLaps(); }

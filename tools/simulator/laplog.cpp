@@ -29,8 +29,7 @@ void LapLog::add(const std::vector<LapRecord>& laps) {
     for (const LapRecord& lap : laps) {
         m_file << line(lap) << '\n';
     }
-    // A reader of the log must find a lap as soon as it was driven, also when this process is
-    // killed.
+    // A reader of the log must find every lap at once, even when this process is killed.
     m_file << std::flush;
 }
 

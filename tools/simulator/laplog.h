@@ -9,14 +9,14 @@
 namespace simulator {
 
 /**
- * The file of laps as they were driven, one line each, columns separated by tabs, a first line of
- * column names that begins with "#":
+ * A file of the driven laps with a line per lap and columns separated by tabs. The first line has
+ * the column names and begins with "#":
  *
  *   car       slot of the car
  *   lap       number of the lap, 0 up to the first line
  *   kind      out, flying or in
- *   seconds   official time with four decimals; -1.0000 when there is none
- *   float     the same as the 32-bit float that is published, written so that it reads back
+ *   seconds   official time with four decimals, -1.0000 without a time
+ *   float     the published 32-bit float, with enough digits to read it back
  *   session   number of the session
  *   start     tick in which the lap began
  *   finish    tick in which it ended
@@ -24,20 +24,20 @@ namespace simulator {
  */
 class LapLog {
 public:
-    /** Opens `path` for a new log; false when that cannot be done. */
+    /** Opens `path` for a new log. Returns false on failure. */
     [[nodiscard]] bool open(const std::string& path);
 
-    /** Adds a line for each lap; does nothing when no file is open. */
+    /** Adds a line for each lap. Does nothing without an open file. */
     void add(const std::vector<LapRecord>& laps);
 
-    /** The line for `lap`, without its end. */
+    /** The line for `lap` without its end. */
     static std::string line(const LapRecord& lap);
 
 private:
     std::ofstream m_file;
 };
 
-/** The word for `kind` in the log and on the screen. */
+/** The name of `kind` in the log and on the screen. */
 const char* lapKindText(LapKind kind);
 
 }  // namespace simulator

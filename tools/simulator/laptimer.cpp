@@ -6,8 +6,7 @@ namespace simulator {
 
 namespace {
 
-// The timing counts in steps of 0.1 ms, so that a time written with four decimals is the time
-// itself.
+// The timing has a resolution of 0.1 ms, so that four decimals give the exact time.
 constexpr double kTimingStepsPerSecond = 10000.0;
 
 }  // namespace

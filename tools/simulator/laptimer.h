@@ -7,58 +7,56 @@
 
 namespace simulator {
 
-/** How long after the line a car's own lap counters and times take their new values, in ticks. */
+/** How many ticks after the line a car's lap counters and times change. */
 struct SettlingDelay {
     int least;
     int most;
 };
 
-/** A lap that has just been driven to its end. */
+/** A lap that has just been completed. */
 struct TimedLap {
-    int number;                     // what lap() was while it was driven
-    std::optional<double> seconds;  // none when it did not start at the line
+    int number;                     // the value of lap() during the lap
+    std::optional<double> seconds;  // no value when it did not start at the line
 };
 
 /**
- * The official timing of one car. A lap runs from line to line, the part on pit road included; the
- * first one of a session starts in the pits or on the grid and has no time.
+ * The official timing of one car. A lap runs from line to line and includes the part on pit road.
+ * The first lap of a session starts in the pits or on the grid and has no time.
  *
- * At the line lap() counts on at once. What else the world sees (laps completed, last and best lap,
- * the running lap time) keeps its old value for some ticks more and then changes all in one tick,
- * as the simulator's timing does. So a lap without a time is followed by some ticks in which lap()
- * has moved on and the running lap time is still 0.
+ * lap() increases at the line. All other values (completed laps, last and best lap, running lap
+ * time) change together some ticks later, as in the real timing. So after a lap without a time
+ * there are some ticks in which lap() has increased and the running lap time is still 0.
  */
 class LapTimer {
 public:
     LapTimer(SettlingDelay delay, Random random) : m_delay(delay), m_random(random) {}
 
-    /** A new session: everything is forgotten. */
+    /** Forgets everything for a new session. */
     void reset();
 
-    /** The running lap is given up without an end, as when the car is towed. */
+    /** Abandons the running lap, as when the car is towed. */
     void abandonLap();
 
     /** The car has passed the line at `seconds`, within tick `tick`. */
     TimedLap crossLine(double seconds, Tick tick);
 
-    /** To be called once in each tick after crossLine(); settles what is due. */
+    /** Publishes what is due. Call it once in each tick, after crossLine(). */
     void settle(Tick tick);
 
-    /** Number of the running lap: 0 up to the first line. */
+    /** Number of the running lap, 0 before the first line. */
     int lap() const { return m_lap; }
 
-    /** Laps completed as published: one less than lap() once settled, so -1 before the first line.
-     */
+    /** Published number of completed laps: one less than lap() once published, at first -1. */
     int lapCompleted() const { return m_lapCompleted; }
 
-    double lastLapTime() const { return m_last; }  // s, -1 when there is none
-    double bestLapTime() const { return m_best; }  // s, -1 when there is none
-    int bestLap() const { return m_bestLap; }      // number, -1 when there is none
+    double lastLapTime() const { return m_last; }  // s, -1 without one
+    double bestLapTime() const { return m_best; }  // s, -1 without one
+    int bestLap() const { return m_bestLap; }      // number, -1 without one
 
-    /** Running lap time as published at `seconds`; 0 while the lap has no start. */
+    /** Published running lap time at `seconds`, 0 while the lap has no start. */
     double currentLapTime(double seconds) const;
 
-    /** The time at which the running lap began, once published. */
+    /** The published start time of the running lap. */
     std::optional<double> lapStart() const { return m_publishedStart; }
 
 private:
@@ -73,7 +71,7 @@ private:
     Random m_random;
     int m_lap = 0;
     std::optional<double> m_start;           // of the lap being driven
-    std::optional<double> m_publishedStart;  // of the lap that the published time still counts
+    std::optional<double> m_publishedStart;  // of the lap that the published time belongs to
     std::optional<Pending> m_pending;
     int m_lapCompleted = -1;
     double m_last = -1.0;

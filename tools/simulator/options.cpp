@@ -12,13 +12,13 @@ namespace simulator {
 
 namespace {
 
-/** Takes a value into the options; false when the value will not do. */
+/** Stores a value in the options. Returns false when the value is invalid. */
 using Setter = bool (*)(Options&, const std::string&);
 
 struct OptionRule {
     const char* name;
-    const char* argument;  // what its value is called in the help, null for a switch
-    const char* wanted;    // what its value must be, null for a switch
+    const char* argument;  // name of its value in the help, null for a switch
+    const char* wanted;    // description of valid values, null for a switch
     const char* help;      // lines after the first begin with a line break
     Setter set;
 };
@@ -26,7 +26,7 @@ struct OptionRule {
 template <typename Whole>
 bool setWhole(Whole& target, const std::string& text, long long least, long long most) {
     long long value = 0;
-    if (!readWhole(text, value) || value < least || value > most) {
+    if (!readInteger(text, value) || value < least || value > most) {
         return false;
     }
     target = static_cast<Whole>(value);
@@ -182,7 +182,7 @@ std::string clash(const Options& options) {
     return {};
 }
 
-// Column in which the explanations begin.
+// The column of the explanations.
 constexpr std::size_t kHelpColumn = 30;
 
 std::string helpLines(const std::string& left, std::string_view explanation) {

@@ -8,19 +8,19 @@
 namespace simulator {
 
 /**
- * Writes the simulator's own kind of indented text: one column of indentation a level, list entries
- * marked with "- " in the column of the list's own line. Readers count columns, so nothing here may
- * be prettified.
+ * Writes the simulator's indented text format: one column of indentation per level, and list
+ * entries marked with "- " in the column of the list's own line. Readers count columns, so the
+ * indentation must stay exactly like this.
  */
 class OutlineWriter {
 public:
-    /** Opens "Key:"; what follows lies below it until close(). */
+    /** Opens "Key:". Everything until close() is below it. */
     void section(const std::string& key) { line(m_depth++, key + ":"); }
 
     /** A "Key:" with nothing below it. */
     void emptySection(const std::string& key) { line(m_depth, key + ":"); }
 
-    /** Opens the list entry "- Key: value"; what follows lies below it until close(). */
+    /** Opens the list entry "- Key: value". Everything until close() is below it. */
     void entry(const std::string& key, int value) {
         line(m_depth++ - 1, "- " + key + ": " + std::to_string(value));
     }
@@ -37,7 +37,7 @@ public:
         value(key, fixedText(number, digits) + (unit.empty() ? "" : " " + unit));
     }
 
-    /** A line as it is, without indentation. */
+    /** A line without indentation. */
     void bare(const std::string& text) { line(0, text); }
 
     std::string take() { return std::exchange(m_text, {}); }

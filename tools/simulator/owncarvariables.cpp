@@ -14,7 +14,7 @@ namespace {
 constexpr double kGravity = 9.81;
 constexpr double kGramsPerKilogram = 1000.0;
 
-/** A variable with one element, and what it is taken from. */
+/** A variable with one element and the source of its value. */
 struct Row {
     const char* name;
     irsdk_VarType type;
@@ -47,7 +47,7 @@ double yes(bool is) {
 bool driven(const Scene& s) {
     return carOf(s).engineRuns();
 }
-/** A count of laps: cars that have not been on the track yet have none. */
+/** At least 0: a car that has not passed the line yet has -1 completed laps. */
 double lapsOfTheLeader(const Scene& s) {
     int laps = 0;
     for (const Entrant& entrant : worldOf(s).entrants()) {
@@ -68,13 +68,13 @@ double shareOfLap(const Scene& s) {
     return std::max(0.0, carOf(s).lapDistPct());
 }
 
-// Time that the best lap had taken to where the car is now, taken as evenly spread.
+// Time of the best lap up to the car's position, assuming a constant speed.
 double behindBest(const Scene& s) {
     const double best = timerOf(s).bestLapTime();
     return best < 0.0 || lapSeconds(s) <= 0.0 ? 0.0 : lapSeconds(s) - best * shareOfLap(s);
 }
 
-// A load of the machine between 0 and 1 that swings around `middle`.
+// A load of the machine from 0 to 1 that oscillates around `middle`.
 double machineLoad(const Scene& s, double middle) {
     return middle + 0.1 * wave(worldOf(s).sessionSeconds() / 17.0) +
            0.02 * wave(worldOf(s).sessionSeconds() * 3.1);

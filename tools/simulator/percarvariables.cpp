@@ -4,10 +4,10 @@ namespace simulator {
 
 namespace {
 
-// Elements of each array: one for every slot that the simulator can have.
+// Elements of each array: one per slot of the simulator.
 constexpr int kSlots = 64;
 
-/** A car as the others see it. */
+/** The publicly visible data of a car. */
 struct CarView {
     const World& world;
     const Entrant& entrant;
@@ -24,7 +24,7 @@ double yes(bool is) {
     return is ? 1.0 : 0.0;
 }
 
-// What the ground under a car is, as published.
+// The published surface type under a car.
 enum Surface { kNotInWorld = -1, kInPitStall = 1, kApproachingPits = 2, kOnTrack = 3 };
 
 Surface surfaceOf(const Car& car) {
@@ -51,7 +51,7 @@ double flagsOf(const CarView& view) {
     return kServiceable + (over ? kCheckeredFlag : kGreenFlag);
 }
 
-/** The others' list: a car that has not joined reads `absent` everywhere. */
+/** Adds the arrays. A car that has not joined has the value `absent`. */
 class List {
 public:
     explicit List(std::vector<Variable>& variables) : m_variables(&variables) {}

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::array<int, 4> kOtherSpeeds = {0, 2, 4, 8};
 
-// Laps at normal speed between two searches, and seconds that a search takes.
+// Laps at normal speed between two searches, and the duration of a search in seconds.
 constexpr double kFewestLaps = 2.4;
 constexpr double kMostLaps = 4.0;
 constexpr double kShortestSearch = 2.0;

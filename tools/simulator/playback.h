@@ -6,20 +6,20 @@
 namespace simulator {
 
 /**
- * How fast a replay is played: at its own speed most of the time, now and then paused or fast for
- * some seconds, as somebody does who looks for a scene. A live session always runs at 1.
+ * The speed of a replay: normal most of the time, sometimes paused or fast for some seconds, as
+ * when a user looks for a scene. A live session always runs at 1.
  */
 class Playback {
 public:
-    /** `lapSeconds` gives the measure for how long the speed stays the same. */
+    /** `lapSeconds` determines how long the speed stays the same. */
     Playback(bool replay, double lapSeconds, Random random);
 
     bool isReplay() const { return m_replay; }
 
-    /** Ticks by which the world moves on for the next snapshot. */
+    /** Ticks that the world moves for the next snapshot. */
     int speed() const { return m_speed; }
 
-    /** To be called once for each snapshot. */
+    /** Call it once for each snapshot. */
     void advance();
 
 private:

@@ -5,8 +5,8 @@
 namespace simulator {
 
 /**
- * Repeatable random numbers: the same seed gives the same numbers with every compiler and standard
- * library, which the distributions of <random> do not promise. Not for secrets.
+ * Repeatable random numbers: a seed gives the same numbers with every compiler and standard
+ * library, which the distributions of <random> do not guarantee. Not for cryptography.
  */
 class Random {
 public:
@@ -21,10 +21,10 @@ public:
         return mixed ^ (mixed >> 31U);
     }
 
-    /** Evenly spread over 0 (included) to 1 (excluded). */
+    /** Uniform from 0 (included) to 1 (excluded). */
     double fraction() { return static_cast<double>(bits() >> 11U) * 0x1.0p-53; }
 
-    /** Evenly spread over `low` to `high`. */
+    /** Uniform from `low` to `high`. */
     double between(double low, double high) { return low + (high - low) * fraction(); }
 
     /** A whole number from 0 to `count` - 1; 0 when `count` is below 1. */
@@ -35,12 +35,12 @@ public:
     /** A whole number from `low` to `high`, both included. */
     int whole(int low, int high) { return low + below(high - low + 1); }
 
-    /** Heaped around 0, between -1 and 1 (the mean of three even ones). */
-    double heaped() { return (between(-1, 1) + between(-1, 1) + between(-1, 1)) / 3.0; }
+    /** Concentrated around 0, from -1 to 1: the mean of three uniform numbers. */
+    double bellShaped() { return (between(-1, 1) + between(-1, 1) + between(-1, 1)) / 3.0; }
 
     /**
-     * A stream of its own for number `which`. Streams do not depend on how much was drawn from this
-     * one since it was made with the same state, so a car keeps its numbers whatever the others do.
+     * An independent stream with the number `which`. It depends only on this generator's current
+     * state, so that a car keeps its numbers whatever the others draw.
      */
     [[nodiscard]] Random stream(std::uint64_t which) const {
         Random mixed(m_state ^ ((which + 1) * 0xD1342543DE82EF95U));

@@ -7,32 +7,32 @@
 
 namespace simulator {
 
-/** One car's line in the results of a session. */
+/** A car's line in the results of a session. */
 struct ResultLine {
     int car = 0;
     int lapsComplete = 0;
-    double last = -1.0;     // s, -1 when there is none
-    double fastest = -1.0;  // s, -1 when there is none
+    double last = -1.0;     // s, -1 without one
+    double fastest = -1.0;  // s, -1 without one
     int fastestLap = -1;
     double total = 0.0;  // session time at the last line crossing, s
     int incidents = 0;
 };
 
 /**
- * The official results of one session. A finished lap is reported at the line and shows in the
- * results only when it is due; until then the old line stands, as with the real timing.
+ * The official results of a session. A finished lap is reported at the line but appears in the
+ * results only when it is due, as in the real timing.
  */
 class Results {
 public:
     explicit Results(bool race) : m_race(race) {}
 
-    /** Car `car` has passed the line at session time `total`; published from tick `due` on. */
+    /** Car `car` passed the line at session time `total`. Published from tick `due` on. */
     void report(int car, const TimedLap& lap, double total, int incidents, Tick due);
 
-    /** Publishes what is due at `tick`; true when that changed the results. */
+    /** Publishes what is due at `tick`. Returns whether the results changed. */
     bool settle(Tick tick);
 
-    /** Publishes everything that was reported; true when that changed the results. */
+    /** Publishes all reports. Returns whether the results changed. */
     bool settleAll();
 
     /** Best first. A car is listed from its first published lap on. */

@@ -15,13 +15,13 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// Longest sleep before Ctrl-C and messages are looked after.
+// Longest sleep before checking for Ctrl-C and messages.
 constexpr milliseconds kSlice(20);
 
-// A delay longer than this is not caught up with a burst of ticks.
+// After a longer delay the missed ticks are not made up for.
 constexpr std::chrono::seconds kForgivenDelay(1);
 
-// The last lap asked for is also to be seen in the results, which follow within 2 s.
+// The results show the last lap within 2 s after it ended.
 constexpr double kSecondsAfterLastLap = 3.0;
 
 }  // namespace
@@ -40,7 +40,7 @@ int Runner::run() {
         runByClock();
     }
     m_feed.setRunning(false);
-    // Those who wait find the status instead of running into their time-out.
+    // Wakes readers, which then find the cleared status instead of timing out.
     m_publisher->signal();
     m_feed.finish();
     m_log.add(m_feed.takeLaps());
@@ -70,7 +70,7 @@ std::string Runner::start() {
 
 void Runner::runByClock() {
     const std::chrono::duration<double> exactInterval(kSecondsPerTick / m_options.speed);
-    // Each deadline is counted from the start, so that rounding and late wake-ups do not add up.
+    // Deadlines count from the start, so that rounding and late wake-ups do not accumulate.
     Clock::time_point start = Clock::now();
     std::int64_t ticksSinceStart = 0;
     while (!ended()) {
@@ -160,7 +160,7 @@ void Runner::obey(const std::string& line) {
 
 void Runner::step(const std::string& count) {
     long long ticks = 1;
-    if (!m_options.lockstep || (!count.empty() && (!readWhole(count, ticks) || ticks < 1))) {
+    if (!m_options.lockstep || (!count.empty() && (!readInteger(count, ticks) || ticks < 1))) {
         answer(m_options.lockstep ? "unknown command: step " + count
                                   : "step is for lock step only");
         return;

@@ -16,14 +16,14 @@ namespace simulator {
 enum ExitStatus { kEndedInOrder = 0, kBadOptions = 1, kCouldNotStart = 2 };
 
 /**
- * One run of the simulator as a program: publishes in real time or step by step, obeys commands,
- * keeps the log, and takes its objects away at the end.
+ * Runs the simulator as a program: publishes in real time or step by step, executes commands,
+ * writes the log, and removes its objects at the end.
  */
 class Runner {
 public:
     explicit Runner(const Options& options);
 
-    /** Runs until the end that was asked for; the exit status. */
+    /** Runs until the requested end. Returns the exit status. */
     int run();
 
 private:
@@ -47,7 +47,7 @@ private:
     std::unique_ptr<Publisher> m_publisher = Publisher::make();
     LapLog m_log;
     bool m_quit = false;
-    bool m_stalled = false;  // since the clock was last looked at
+    bool m_stalled = false;  // since the clock was last read
     std::optional<Tick> m_lapsDrivenAt;
 };
 

@@ -23,17 +23,17 @@ constexpr const char* sessionTypeText(SessionType type) {
     return "";
 }
 
-/** State of a session, with the numbers that are published. */
+/** The state of a session with its published numbers. */
 enum class SessionState {
-    GetInCar = 1,    // cars are being loaded or stand on the grid
-    Warmup = 2,      // engines run on the grid
+    GetInCar = 1,    // cars are loading or on the grid
+    Warmup = 2,      // engines are running on the grid
     ParadeLaps = 3,  // formation lap
-    Racing = 4,      // under way; also practice, qualifying and testing
-    Checkered = 5,   // the end is shown at the line
-    CoolDown = 6,    // everyone is on the way to the pits
+    Racing = 4,      // also practice, qualifying and testing
+    Checkered = 5,   // the flag is shown at the line
+    CoolDown = 6,    // all cars are on the way to the pits
 };
 
-/** One session of a weekend as it is planned. */
+/** A planned session of a weekend. */
 struct SessionPlan {
     SessionType type;
     std::optional<double> seconds;  // no value: without limit

@@ -7,9 +7,8 @@
 namespace simulator {
 
 /**
- * The session information of `world` as the simulator writes it: weekend, sessions with their
- * results, drivers, set-up and what else a real one tells. Latin-1, lines ended by "\n", the first
- * line "---", the last one "...".
+ * The session information of `world` in the simulator's format: weekend, sessions with results,
+ * drivers, set-up and more. Latin-1, lines end in "\n", the first line is "---", the last "...".
  */
 std::string sessionText(const World& world, bool replay);
 

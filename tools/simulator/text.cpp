@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-// Room for the longest fixed text of a double (309 digits) and its decimals.
+// Enough for the longest fixed text of a double (309 digits) and its decimals.
 constexpr std::size_t kNumberRoom = 400;
 
 template <typename Number>
@@ -38,7 +38,7 @@ std::string shortestText(float value) {
     return error == std::errc() ? std::string(room.data(), end) : std::string("0");
 }
 
-bool readWhole(std::string_view text, long long& value) {
+bool readInteger(std::string_view text, long long& value) {
     return readAll(text, value);
 }
 

@@ -6,21 +6,21 @@
 
 namespace simulator {
 
-/** `value` with exactly `digits` digits after the point, whatever the locale. */
+/** `value` with exactly `digits` digits after the point, in every locale. */
 std::string fixedText(double value, int digits);
 
-/** The shortest text that reads back as the same 32-bit float. */
+/** The shortest text that reads back as the same float. */
 std::string shortestText(float value);
 
-/** Reads all of `text` as a whole number; false (and `value` untouched) when it is none. */
-bool readWhole(std::string_view text, long long& value);
+/** Reads all of `text` as a whole number. On failure returns false and keeps `value`. */
+bool readInteger(std::string_view text, long long& value);
 
-/** Reads all of `text` as a finite number; false (and `value` untouched) when it is none. */
+/** Reads all of `text` as a finite number. On failure returns false and keeps `value`. */
 bool readNumber(std::string_view text, double& value);
 
 /**
- * Takes the first line out of `text`, without its end. An unfinished line counts as one only when
- * `isWhole` says that nothing follows.
+ * Removes the first line from `text` and returns it without its end. A line without an end counts
+ * only when `isWhole` says that nothing follows.
  */
 std::optional<std::string> takeLine(std::string& text, bool isWhole);
 

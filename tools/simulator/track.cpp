@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kTableStepMeters = 2.0;
 
-// Below this the road counts as straight: no corner limits the speed.
+// Below this the road counts as straight and does not limit the speed.
 constexpr double kStraightCurvature = 1e-6;
 
 }  // namespace
@@ -91,7 +91,7 @@ Track Track::shortCircuit() {
 
 double Track::around(double distance) const {
     const double rest = distance - std::floor(distance / length()) * length();
-    // Rounding can end exactly on the far end of the lap, which is its start.
+    // Rounding can give exactly the length of the lap, which is its start.
     return rest >= length() ? 0.0 : rest;
 }
 
@@ -156,7 +156,7 @@ void Track::workOutSpeeds() {
                 std::min(kTopSpeed, std::sqrt(m_description.sideGripMetersPerS2 / bend));
         }
     }
-    // Twice around each way, so that a limit just past the line is felt before it and the reverse.
+    // Twice around in each direction, so that limits act across the line.
     const std::size_t count = m_speed.size();
     for (std::size_t walked = 2 * count; walked > 0; --walked) {
         const std::size_t entry = (walked - 1) % count;

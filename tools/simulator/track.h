@@ -5,14 +5,14 @@
 
 namespace simulator {
 
-/** A bend: where its middle lies, how long it is and by how much the track turns in it. */
+/** A corner: its middle, its length and its angle. */
 struct Corner {
     double middlePct;     // fraction of the lap
     double lengthMeters;  // from where the steering starts to where it ends
     double degrees;       // positive to the left
 };
 
-/** What makes a track; everything else is worked out from it. */
+/** The description of a track, from which everything else is computed. */
 struct TrackDescription {
     std::string internalName;
     std::string displayName;
@@ -24,19 +24,19 @@ struct TrackDescription {
     double lengthMeters;
     double pitEntryPct;          // pit road begins, before the line
     double pitExitPct;           // pit road ends, after the line
-    double firstStallPct;        // stalls lie from here, across the line,
+    double firstStallPct;        // stalls are from here, across the line,
     double lastStallPct;         // to here (above 1 once past the line)
     double pitLimitMetersPerS;   // speed limit on pit road
-    double sideGripMetersPerS2;  // acceleration that the tyres hold across the car
+    double sideGripMetersPerS2;  // highest acceleration across the car
     double northOffsetRadians;   // heading at the line
     double altitudeMeters;
-    double hillMeters;  // half the difference of height around the lap
+    double hillMeters;  // half the difference between the highest and lowest points
     std::vector<Corner> corners;
 };
 
 /**
- * The road: what a car finds at a distance from the start/finish line. Distances are in metres and
- * are taken around the lap, so any finite number is good.
+ * The road as a function of the distance from the start/finish line in metres. Distances wrap
+ * around the lap, so that any finite number is valid.
  */
 class Track {
 public:
@@ -45,22 +45,22 @@ public:
     /** A circuit of 4.6 km, about 95 s a lap. */
     static Track grandCircuit();
 
-    /** A circuit of 1 km, some 22 s a lap, for tests that must see many laps. */
+    /** A circuit of 1 km, about 22 s a lap, for tests that need many laps. */
     static Track shortCircuit();
 
     const TrackDescription& description() const { return m_description; }
     double length() const { return m_description.lengthMeters; }
 
-    /** Distance brought into 0 (included) to length() (excluded). */
+    /** Wraps a distance into 0 (included) to length() (excluded). */
     double around(double distance) const;
 
-    /** Metres to drive forwards from `from` to `to`; 0 to length(). */
+    /** Metres to drive forwards from `from` to `to`, 0 to length(). */
     double ahead(double from, double to) const { return around(to - from); }
 
-    /** Turn of the road per metre, 1/m, positive to the left. */
+    /** Curvature of the road, 1/m, positive to the left. */
     double curvature(double distance) const { return lookUp(m_curvature, distance); }
 
-    /** Compass-like heading of the road, -pi to pi. */
+    /** Heading of the road, -pi to pi. */
     double heading(double distance) const;
 
     /** Metres above the line. */
@@ -69,16 +69,16 @@ public:
     /** Rise of the road per metre. */
     double slope(double distance) const;
 
-    /** What the fastest car drives here on a flying lap, m/s. */
+    /** Speed of the fastest car on a flying lap, m/s. */
     double speed(double distance) const { return lookUp(m_speed, distance); }
 
-    /** Time of a flying lap at exactly speed(), s. */
+    /** Time of a flying lap at speed(), s. */
     double lapTime() const { return m_lapTime; }
 
     double pitEntry() const { return m_description.pitEntryPct * length(); }
     double pitExit() const { return m_description.pitExitPct * length(); }
 
-    /** Where the stall of slot `slot` of `slots` lies. */
+    /** The position of the stall of slot `slot` of `slots`. */
     double stall(int slot, int slots) const;
 
     /** Metres of pit road from entry to exit. */
@@ -90,7 +90,7 @@ private:
     void workOutSpeeds();
 
     TrackDescription m_description;
-    double m_step = 0.0;  // metres between two entries of the tables
+    double m_step = 0.0;  // metres between two table entries
     std::vector<double> m_curvature;
     std::vector<double> m_heading;
     std::vector<double> m_speed;

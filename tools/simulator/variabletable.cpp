@@ -34,7 +34,7 @@ void putElement(irsdk_VarType type, std::byte* at, double value) {
             put<std::int32_t>(at, value);
             break;
         case irsdk_bitField:
-            // Bits up to the highest one; only the unsigned type holds them all.
+            // Only an unsigned type can hold the highest bit.
             put<std::uint32_t>(at, value);
             break;
         case irsdk_float:

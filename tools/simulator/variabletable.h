@@ -13,13 +13,13 @@
 
 namespace simulator {
 
-/** What a variable's value is taken from. */
+/** The sources of the variables' values. */
 struct Scene {
     const World& world;
     const Playback& playback;
 };
 
-/** One published variable: what it is called and how its elements come about. */
+/** A published variable and the function that computes its elements. */
 struct Variable {
     std::string name;
     irsdk_VarType type;
@@ -32,12 +32,12 @@ struct Variable {
 };
 
 /**
- * The variables of a run in the order of the published table, with their places in a buffer. Each
- * lies at a multiple of its element's size. The table never changes once made.
+ * The variables of a run in the order of the published table, with their offsets in a buffer. Each
+ * offset is a multiple of the element's size. The table is immutable.
  */
 class VariableTable {
 public:
-    /** The usual variables, changed as the options ask. */
+    /** The default variables with the changes that the options ask for. */
     explicit VariableTable(const Options& options);
 
     const std::vector<Variable>& variables() const { return m_variables; }
@@ -62,10 +62,10 @@ private:
 /** The session's and the own car's variables. */
 void addOwnCarVariables(std::vector<Variable>& variables);
 
-/** Those of the own car's four wheels and of the samples within a tick. */
+/** The variables of the own car's wheels and of the samples within a tick. */
 void addWheelVariables(std::vector<Variable>& variables);
 
-/** The arrays with an element for each of the 64 cars. */
+/** The arrays with an element per car. */
 void addPerCarVariables(std::vector<Variable>& variables);
 
 }  // namespace simulator

@@ -7,8 +7,8 @@ namespace simulator {
 inline constexpr double kPi = 3.14159265358979323846;
 
 /**
- * The sine of `turns` full turns, to about 4e-6. Plain arithmetic instead of the C library's sine,
- * whose last bits differ from platform to platform: a seed must give the same bytes on all of them.
+ * The sine of `turns` full turns with an error of about 4e-6. Does not use the C library's sine,
+ * whose last bits differ between platforms, because a seed must give the same bytes on all of them.
  */
 inline double wave(double turns) {
     double folded = turns - std::floor(turns + 0.5);
@@ -28,7 +28,7 @@ inline double waveCos(double turns) {
     return wave(turns + 0.25);
 }
 
-/** `angle` in radians brought into -pi to pi. */
+/** Wraps an angle in radians into -pi to pi. */
 inline double wrappedAngle(double angle) {
     const double turns = angle / (2.0 * kPi);
     return (turns - std::floor(turns + 0.5)) * 2.0 * kPi;

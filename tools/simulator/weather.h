@@ -5,7 +5,7 @@
 
 namespace simulator {
 
-/** The weather of a run: values that drift slowly around what was drawn at its start. */
+/** The weather of a run. Its values drift slowly around those drawn at the start. */
 class Weather {
 public:
     explicit Weather(Random random)

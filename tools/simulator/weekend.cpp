@@ -12,10 +12,10 @@ constexpr double kGridSeconds = 8.0;
 constexpr double kEnginesSeconds = 5.0;
 constexpr double kCoolDownSeconds = 10.0;
 
-// The race is let go when the first car is this close to the line again.
+// The race starts when the first car is this close to the line again.
 constexpr double kGreenAtLapShare = 0.978;
 
-// Cars out when the end is shown get this long to finish, in laps.
+// Time that cars on the track get to finish after the flag, in laps.
 constexpr double kCheckeredLaps = 1.6;
 
 SessionState firstState(const SessionPlan& plan) {

@@ -9,33 +9,33 @@
 
 namespace simulator {
 
-/** What a session's course depends on, as it stands in a tick. */
+/** The state of the field on which a session's course depends. */
 struct SessionProgress {
-    double leaderMeters = 0.0;  // driven by the car on the first grid slot since it moved off
-    int leaderLaps = 0;         // most laps that any car has completed
-    bool allIn = false;         // no car is on the track any more
+    double leaderMeters = 0.0;  // driven by the first car on the grid since the start
+    int leaderLaps = 0;         // highest number of completed laps
+    bool allIn = false;         // no car is left on the track
 };
 
 /** What changed in a tick. */
 enum class WeekendEvent {
     None,
     StateChanged,
-    SessionChanged,  // the next session of the weekend has begun: cars out of the world
-    WeekendChanged,  // a new weekend with new identities has begun: cars out of the world
-    CarsLoaded,      // cars come into the world: garage or grid
+    SessionChanged,  // the next session has begun: cars leave the world
+    WeekendChanged,  // a new weekend has begun: cars leave the world
+    CarsLoaded,      // cars enter the world, in the garage or on the grid
 };
 
 /**
- * The course of a weekend: its sessions one after another, the states of each, the clock. After the
- * last session a new weekend of the same kind begins under a new identity, so a run never ends by
- * itself. A session without limit stays for ever.
+ * The course of a weekend: its sessions with their states, and the clock. After the last session a
+ * new weekend of the same kind begins under a new identity, so that a run never ends by itself. A
+ * session without a limit never ends.
  */
 class Weekend {
 public:
-    /** `plans` is not empty; `lapMeters` and `lapSeconds` describe the track. */
+    /** `plans` must not be empty. `lapMeters` and `lapSeconds` describe the track. */
     Weekend(std::vector<SessionPlan> plans, double lapMeters, double lapSeconds, Random random);
 
-    /** Moves the weekend to `tick`, the one after the last. */
+    /** Moves the weekend to `tick`, which follows the last one. */
     WeekendEvent advance(Tick tick, const SessionProgress& progress);
 
     const std::vector<SessionPlan>& plans() const { return m_plans; }
@@ -44,7 +44,7 @@ public:
     SessionState state() const { return m_state; }
     bool isRace() const { return plan().type == SessionType::Race; }
 
-    /** Whether cars are in the world; not so for some seconds between two sessions. */
+    /** Whether cars are in the world. False for some seconds between two sessions. */
     bool carsLoaded() const { return m_loaded; }
 
     /** Whether cars may leave the pits. */
@@ -57,10 +57,10 @@ public:
     std::int64_t sessionId() const { return m_sessionId; }
     std::int64_t subSessionId() const { return m_subSessionId; }
 
-    /** Number of the session over all weekends of the run, from 1. */
+    /** Number of the session in the run, counted over all weekends from 1. */
     int uniqueId() const { return m_uniqueId; }
 
-    /** Published where a time or a number of laps has no limit. */
+    /** Published for an unlimited time or number of laps. */
     static constexpr double kNoTimeLimit = 604800.0;
     static constexpr int kNoLapLimit = 32767;
 

@@ -8,7 +8,7 @@ namespace simulator {
 
 namespace {
 
-// Numbers of the random streams.
+// The numbers of the random streams.
 enum Stream : std::uint64_t {
     kWeekendStream = 1,
     kWeatherStream,
@@ -22,14 +22,14 @@ enum Stream : std::uint64_t {
 constexpr SettlingDelay kOwnSettling = {12, 36};
 constexpr SettlingDelay kOtherSettling = {2, 12};
 
-// Results follow the line by this many seconds.
+// Seconds between the line and the results.
 constexpr double kSoonestResult = 0.5;
 constexpr double kLatestResult = 2.0;
 
 constexpr double kOwnWaitSeconds = 6.0;
-constexpr double kLongestWaitLaps = 0.45;  // of the others before their first out lap
+constexpr double kLongestWaitLaps = 0.45;  // of the other cars before their first out lap
 
-// Fewer cars than this and nobody joins or leaves.
+// With fewer cars nobody joins or leaves.
 constexpr int kFewestCarsForVisitors = 4;
 
 Track trackOf(TrackChoice choice) {
@@ -90,7 +90,7 @@ World::World(const Options& options)
       m_weekend(plansOf(options), m_track.length(), m_track.lapTime(),
                 Random(options.seed).stream(kWeekendStream)),
       m_weather(Random(options.seed).stream(kWeatherStream)),
-      // A slot of its own choice that is not the first, wherever there is another.
+      // A random slot, but not the first unless it is the only one.
       m_ownSlot(options.cars > 1 ? 1 + m_random.below(options.cars - 1) : 0),
       m_systems(m_track, Random(options.seed).stream(kSystemsStream)) {
     m_entrants = drawEntrants(m_track, options.cars, m_ownSlot, Random(options.seed));
@@ -209,8 +209,7 @@ void World::loadCar(Entrant& entrant) {
                                            : m_random.between(2.0, longest));
         return;
     }
-    // Half a lap shorter than the field where it would reach past the point from where cars count
-    // as waiting for the start.
+    // Limited, because a car too far back would not count as waiting for the start.
     constexpr double kUsualGap = 8.0;      // metres from slot to slot
     constexpr double kToFirstSlot = 12.0;  // metres from the line
     constexpr double kLongestGridShare = 0.25;
@@ -226,7 +225,7 @@ void World::loadCar(Entrant& entrant) {
 void World::drawGrid() {
     m_grid.clear();
     if (m_results.size() > 1) {
-        // Best of the session that decides the grid: qualifying, the second of a weekend.
+        // By the results of qualifying, the second session of a weekend.
         for (const ResultLine& line : m_results[1].lines()) {
             m_grid.push_back(line.car);
         }
@@ -242,7 +241,7 @@ void World::drawGrid() {
         m_grid.push_back(*drawn);
         others.erase(drawn);
     }
-    // Nobody keeps a slot for somebody who is not there.
+    // Drivers who are not present have no grid position.
     m_grid.erase(std::remove_if(m_grid.begin(), m_grid.end(),
                                 [&](int slot) {
                                     return !m_entrants[static_cast<std::size_t>(slot)].present();
@@ -268,7 +267,7 @@ void World::changeField() {
         m_joins.reset();
         noteChange();
     }
-    // Not on the grid or in formation: the field waits for its first car there.
+    // Not on the grid or in formation, where the field waits for its first car.
     if (m_leaves && m_tick >= m_leaves->at && m_weekend.pitsOpen()) {
         record(m_entrants[static_cast<std::size_t>(m_leaves->slot)].leave(context()));
         m_leaves.reset();
@@ -323,7 +322,7 @@ void World::workOutStandings() {
     for (const Entrant& entrant : m_entrants) {
         m_standings[static_cast<std::size_t>(entrant.slot())] = Standing();
         if (entrant.car().inWorld()) {
-            // A car that waits before the line on the grid or in formation is behind its lap 0.
+            // On the grid and in formation a car is still before the start of its lap 0.
             const bool beforeStart = m_weekend.isRace() && entrant.timer().lap() == 0;
             order.push_back({entrant.slot(), entrant.timer().lap() + entrant.car().lapDistPct() -
                                                  (beforeStart ? 1.0 : 0.0)});

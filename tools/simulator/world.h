@@ -16,24 +16,23 @@
 
 namespace simulator {
 
-/** A car's place in the running order of a tick. */
+/** A car's place in the running order. */
 struct Standing {
-    int position = 0;           // 1 for the first, 0 when it has none
-    int classPosition = 0;      // the same among the cars of its class
+    int position = 0;           // from 1, 0 without a position
+    int classPosition = 0;      // the same within its class
     double behindLeader = 0.0;  // s
     double behindNext = 0.0;    // s
 };
 
 /**
- * Everything that happens on the simulated track: the weekend, the field, the weather and the
- * user's own car. It knows nothing of how it is published. The same options give the same world,
- * tick by tick, on every machine.
+ * The simulated world: the weekend, the field, the weather and the user's own car. It does not know
+ * how it is published. The same options give the same world in every tick and on every machine.
  */
 class World {
 public:
     explicit World(const Options& options);
 
-    // Entrants and systems point at the track of this very world.
+    // Entrants and systems point to this object's track.
     World(const World&) = delete;
     World& operator=(const World&) = delete;
 
@@ -44,7 +43,7 @@ public:
     Tick tick() const { return m_tick; }
     double sessionSeconds() const { return m_weekend.sessionSeconds(m_tick); }
 
-    /** Changes whenever results, drivers or the session do. */
+    /** Changes with the results, the drivers and the session. */
     int revision() const { return m_revision; }
 
     const Track& track() const { return m_track; }
@@ -61,16 +60,16 @@ public:
     const std::vector<Results>& results() const { return m_results; }
     const Standing& standing(int slot) const { return m_standings[static_cast<std::size_t>(slot)]; }
 
-    /** Car on grid position 1, 2 and so on of the race that is on; empty in other sessions. */
+    /** The cars by grid position in a race, empty in other sessions. */
     const std::vector<int>& grid() const { return m_grid; }
 
-    /** Laps that the own car has driven to the line in this run. */
+    /** Laps that the own car has completed in this run. */
     int ownLapsCompleted() const { return m_ownLapsCompleted; }
 
-    /** The stretches that ended since the last call, in order. */
+    /** Returns the stretches that ended since the last call, in order. */
     std::vector<LapRecord> takeLaps();
 
-    /** Cuts short whatever is being driven; to be called once, at the end of a run. */
+    /** Ends all stretches being driven. Call it once, at the end of a run. */
     void finish();
 
 private:

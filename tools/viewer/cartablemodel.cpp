@@ -11,7 +11,7 @@ namespace rataip::viewer {
 
 namespace {
 
-// Behind every number that a car can have.
+// Greater than every number that a car can have.
 constexpr int lastInOrder = 1'000'000'000;
 
 QVariant countText(const std::optional<int>& count) {
@@ -20,8 +20,8 @@ QVariant countText(const std::optional<int>& count) {
 
 QString lapTimeText(const std::optional<double>& seconds) {
     constexpr double day = 24.0 * 3600.0;
-    // In single precision and cut off, as the plugin makes a lap's time of the same number: one lap
-    // has one time in all tables.
+    // Truncated in single precision, as the plugin does with a lap's time, so that a lap has the
+    // same time in all tables.
     constexpr float millisecondsPerSecond = 1000.0F;
     if (!seconds || *seconds >= day) {
         return QStringLiteral("–");
@@ -78,8 +78,8 @@ bool isNumber(int column) {
            column == CarTableModel::Lap || column == CarTableModel::LastLap;
 }
 
-/** Whether it is another set of cars, and not just what they do that has changed. */
-bool isOtherField(const QList<CarState>& left, const QList<CarState>& right) {
+/** Whether the cars or their names differ, not just what the cars are doing. */
+bool isDifferentField(const QList<CarState>& left, const QList<CarState>& right) {
     return !std::equal(
         left.cbegin(), left.cend(), right.cbegin(), right.cend(),
         [](const CarState& a, const CarState& b) {
@@ -101,16 +101,16 @@ bool looksTheSame(const CarState& left, const CarState& right) {
 }  // namespace
 
 void CarTableModel::setCars(const QList<CarState>& cars) {
-    if (isOtherField(cars, m_cars)) {
+    if (isDifferentField(cars, m_cars)) {
         beginResetModel();
         m_cars = cars;
         endResetModel();
         return;
     }
     for (qsizetype row = 0; row < cars.size(); ++row) {
-        const bool isNews = !looksTheSame(m_cars.at(row), cars.at(row));
+        const bool hasChanged = !looksTheSame(m_cars.at(row), cars.at(row));
         m_cars[row] = cars.at(row);
-        if (isNews) {
+        if (hasChanged) {
             emit dataChanged(index(static_cast<int>(row), 0),
                              index(static_cast<int>(row), ColumnCount - 1));
         }

@@ -9,8 +9,8 @@
 namespace rataip::viewer {
 
 /**
- * The cars of the session as a table, a row a car. The own car's driver carries an arrow and is
- * bold; cars that are not in the world are greyed.
+ * The cars of the session as a table with a row per car. The own car is marked by an arrow and bold
+ * text, cars out of the world are grey.
  */
 class CarTableModel : public QAbstractTableModel {
     Q_OBJECT
@@ -29,18 +29,18 @@ public:
         ColumnCount,
     };
 
-    /** What rows are sorted by. */
+    /** The key that rows are sorted by. */
     static constexpr int SortRole = Qt::UserRole;
 
     using QAbstractTableModel::QAbstractTableModel;
 
     /**
-     * Takes the cars over; tells the views only of what is another now. Another set of cars, or
-     * other names, begin the table anew.
+     * Replaces the cars. Views are told only about rows that changed; a different set of cars or
+     * names resets the model.
      */
     void setCars(const QList<CarState>& cars);
 
-    /** Where the grey comes from. */
+    /** The palette that the grey is taken from. */
     void setPalette(const QPalette& palette) { m_palette = palette; }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;

@@ -8,7 +8,7 @@
 
 namespace rataip::viewer {
 
-/** A channel of a lap by its name and kind: the same name may be both. */
+/** Names a channel of a lap. A recorded and a calculated channel may have the same name. */
 struct ChannelName {
     QString name;
     bool isCalculated = false;
@@ -16,13 +16,13 @@ struct ChannelName {
     bool operator==(const ChannelName&) const = default;
 };
 
-/** The channel of that name and kind; null when the lap has none. */
+/** The channel of that name and kind, or null when the lap does not have it. */
 [[nodiscard]] QSharedPointer<TLM::SDK::Channel> channelOf(TLM::SDK::Lap& lap,
                                                           const ChannelName& name);
 
 /**
- * The channels of a lap with their units, the recorded and the calculated ones each below a heading
- * of their own; each may be ticked.
+ * The channels of a lap with their units and check boxes, grouped into recorded and calculated
+ * ones.
  */
 class ChannelList : public QStandardItemModel {
     Q_OBJECT
@@ -30,13 +30,13 @@ class ChannelList : public QStandardItemModel {
 public:
     explicit ChannelList(const TLM::SDK::Lap& lap, QObject* parent = nullptr);
 
-    /** The channels ticked, in the order in which they were. */
+    /** The ticked channels in the order in which they were ticked. */
     [[nodiscard]] const QList<ChannelName>& chosen() const { return m_chosen; }
 
-    /** Ticks or unticks a channel; one that the lap lacks is left out. */
+    /** Ticks or unticks a channel. Does nothing when the lap does not have it. */
     void choose(const ChannelName& name, bool isChosen);
 
-    /** Ticks these channels, in this order, and no others; told once for all of them. */
+    /** Ticks exactly these channels, in this order. Emits chosenChanged() at most once. */
     void chooseOnly(const QList<ChannelName>& names);
 
 signals:
@@ -48,7 +48,7 @@ private:
     void onItemChanged(const QStandardItem* item);
 
     QList<ChannelName> m_chosen;
-    bool m_isTicking = false;  // several channels, one after the other
+    bool m_isTicking = false;  // within chooseOnly(), which emits the signal itself
 };
 
 }  // namespace rataip::viewer

@@ -27,13 +27,13 @@ std::optional<int> countOf(const DynamicData& values, const QString& name) {
                                                      : std::nullopt;
 }
 
-/** Sources give -1 for a car that is not in the world, and no share reaches much beyond 1. */
+/** Sources report -1 for a car out of the world. A share may slightly exceed 0 to 1. */
 std::optional<double> shareOf(const DynamicData& values) {
     const std::optional<double> share = numberOf(values, QStringLiteral("lapdistpct"));
     return share && *share > -0.2 ? std::optional(std::clamp(*share, 0.0, 1.0)) : std::nullopt;
 }
 
-/** The own car's last lap time bears another name than the others'. */
+/** The own car's last lap time has a different name from the other cars'. */
 std::optional<double> lastLapOf(const CarState& car, const DynamicData& values) {
     const std::optional<double> seconds = numberOf(
         values, car.isOwn() ? QStringLiteral("laplastlaptime") : QStringLiteral("lastlaptime"));
@@ -41,9 +41,9 @@ std::optional<double> lastLapOf(const CarState& car, const DynamicData& values) 
 }
 
 /**
- * In laps. The number of the lap that a car is on changes at the line, as its share of the lap
- * does; the number of laps completed follows up to half a second later, and the car would fall back
- * by a whole lap in between.
+ * In laps. Uses the number of the current lap, which changes at the line together with the share of
+ * the lap. The number of completed laps follows up to half a second later; with it the car would
+ * fall back by a lap in between.
  */
 double distanceOf(const CarState& car) {
     return car.lap.value_or(0) + car.share.value_or(0.0);
@@ -99,7 +99,7 @@ void Field::clearSamples() {
 }
 
 std::optional<qsizetype> Field::ownSlot() const {
-    // Slots without a driver carry the record's defaults, which claim the same.
+    // A slot without a driver has the record's defaults, which include detailed telemetry.
     const auto own = std::find_if(m_slots.cbegin(), m_slots.cend(), [](const CarState& car) {
         return car.isOwn() && !car.info.driverName().isEmpty();
     });

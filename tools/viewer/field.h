@@ -11,23 +11,23 @@
 namespace rataip::viewer {
 
 /**
- * The cars of the session, kept up to date from what a plugin sends: the car list by slot, and each
- * tick's samples in the same order. Slots without a driver's name are no cars.
+ * The cars of the session, kept up to date from a plugin's signals: the car list by slot, and the
+ * samples of each tick in the same order. A slot without a driver's name is not a car.
  *
- * A sample that lacks a value leaves the car without it; more samples than cars are ignored.
+ * A car has no value where its sample lacks it. Samples beyond the number of cars are ignored.
  */
 class Field {
 public:
     void setCars(const TLM::SDK::LivePluginInfo& info);
     void setSamples(const QList<TLM::SDK::Sample>& samples);
 
-    /** Forgets where the cars are and what they do; who drives them stays. */
+    /** Forgets the cars' positions and laps. Keeps their drivers. */
     void clearSamples();
 
-    /** The slot of the user's own car, if it is known. */
+    /** The slot of the user's own car, if known. */
     [[nodiscard]] std::optional<qsizetype> ownSlot() const;
 
-    /** The named cars by slot, with their positions. */
+    /** The cars with a driver, by slot, with their positions. */
     [[nodiscard]] QList<CarState> cars() const;
 
 private:

@@ -5,8 +5,8 @@
 namespace rataip::viewer {
 
 /**
- * A lamp for data that arrives. Lit it is a filled disc with a ring of light, dark an empty ring
- * with a cross, so that it is read without its colour.
+ * Shows whether data arrives. A filled disc when lit, an empty ring with a cross when dark, so that
+ * it can be read without its colour.
  */
 class Lamp : public QWidget {
     Q_OBJECT

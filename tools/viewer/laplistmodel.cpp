@@ -33,7 +33,7 @@ QVariant textOf(const Lap& lap, int column) {
     }
 }
 
-/** Numbers by their size, "no time" behind every time. */
+/** Numbers sort by value, "no time" after every time. */
 QVariant sortKeyOf(const Lap& lap, int column) {
     switch (column) {
         case LapListModel::Slot:
@@ -54,8 +54,8 @@ bool isNumber(int column) {
 
 }  // namespace
 
-LapListModel::LapListModel(qsizetype mostReadings, QObject* parent)
-    : QAbstractTableModel(parent), m_store(mostReadings) {}
+LapListModel::LapListModel(qsizetype maxReadings, QObject* parent)
+    : QAbstractTableModel(parent), m_store(maxReadings) {}
 
 void LapListModel::add(const LapStore::LapPointer& lap) {
     if (lap->isEmpty()) {

@@ -6,7 +6,7 @@
 
 namespace rataip::viewer {
 
-/** The finished laps as a table, a row a lap; see LapStore for how many are kept. */
+/** The finished laps as a table with a row per lap. See LapStore for how many are kept. */
 class LapListModel : public QAbstractTableModel {
     Q_OBJECT
 
@@ -23,19 +23,20 @@ public:
         ColumnCount,
     };
 
-    /** What rows are sorted by. */
+    /** The key that rows are sorted by. */
     static constexpr int SortRole = Qt::UserRole;
 
-    explicit LapListModel(qsizetype mostReadings = LapStore::usualLimit, QObject* parent = nullptr);
+    explicit LapListModel(qsizetype maxReadings = LapStore::defaultLimit,
+                          QObject* parent = nullptr);
 
-    /** Appends a lap; one without channels is left out. */
+    /** Appends a lap. Ignores laps without channels. */
     void add(const LapStore::LapPointer& lap);
 
     /** The lap of a row. */
     [[nodiscard]] LapStore::LapPointer lap(int row) const { return m_store.laps().at(row); }
     [[nodiscard]] const QList<LapStore::LapPointer>& laps() const { return m_store.laps(); }
 
-    /** How many laps were let go to keep within the limit. */
+    /** How many laps were released to stay within the limit. */
     [[nodiscard]] qsizetype released() const { return m_store.released(); }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;

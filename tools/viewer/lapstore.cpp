@@ -28,7 +28,7 @@ void LapStore::add(const LapPointer& lap) {
 }
 
 std::optional<qsizetype> LapStore::surplus() const {
-    if (m_readings <= m_mostReadings || m_laps.size() <= 1) {
+    if (m_readings <= m_maxReadings || m_laps.size() <= 1) {
         return std::nullopt;
     }
     const auto newest = m_laps.cend() - 1;

@@ -10,22 +10,22 @@
 namespace rataip::viewer {
 
 /**
- * The finished laps that are kept, oldest first, within a limit of readings: a field of 64 cars
- * drives a hundred megabytes in every lap. When the limit is passed, the oldest laps of other cars
- * go first, then the own car's; the newest lap always stays.
+ * Keeps finished laps, oldest first, within a limit on their readings: 64 cars produce about a
+ * hundred megabytes in every lap. Beyond the limit the oldest laps of other cars are released
+ * first, then the own car's. The newest lap always stays.
  */
 class LapStore {
 public:
     using LapPointer = QSharedPointer<TLM::SDK::Lap>;
 
     /** 64 million doubles are 512 MB: a hundred laps of the own car and hundreds of the others'. */
-    static constexpr qsizetype usualLimit = qsizetype{64} << 20;
+    static constexpr qsizetype defaultLimit = qsizetype{64} << 20;
 
-    explicit LapStore(qsizetype mostReadings = usualLimit) : m_mostReadings(mostReadings) {}
+    explicit LapStore(qsizetype maxReadings = defaultLimit) : m_maxReadings(maxReadings) {}
 
     void add(const LapPointer& lap);
 
-    /** The lap that has to go now, as its index in laps(), if any. */
+    /** The index in laps() of the lap to release next. No value while within the limit. */
     [[nodiscard]] std::optional<qsizetype> surplus() const;
     void release(qsizetype index);
 
@@ -34,7 +34,7 @@ public:
 
 private:
     QList<LapPointer> m_laps;
-    qsizetype m_mostReadings;
+    qsizetype m_maxReadings;
     qsizetype m_readings = 0;
     qsizetype m_released = 0;
 };

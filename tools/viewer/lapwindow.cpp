@@ -23,12 +23,12 @@ using laps::AxisValues;
 
 namespace {
 
-// The lines of a panel: what is drawn later lies above.
+// The lines of a panel. The last is drawn on top.
 constexpr qsizetype otherLine = 0;
 constexpr qsizetype thisLine = 1;
 
-constexpr QSize usualSize(1100, 760);
-// Among the laps to compare with, the first is none.
+constexpr QSize defaultSize(1100, 760);
+// The first choice of a lap to compare with: "no other lap".
 constexpr int noOtherLap = 0;
 
 QString lineSample(const QColor& colour, const QString& strokes) {
@@ -56,7 +56,7 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     m_splitter->addWidget(m_tabs);
     m_splitter->setStretchFactor(1, 1);
     const int channelWidth = channelPane->sizeHint().width();
-    m_splitter->setSizes({channelWidth, usualSize.width() - channelWidth});
+    m_splitter->setSizes({channelWidth, defaultSize.width() - channelWidth});
     m_outcome = new OutcomeLine;
     auto* const centre = new QWidget;
     auto* const layout = new QVBoxLayout(centre);
@@ -65,7 +65,7 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     layout->addWidget(m_splitter, 1);
     layout->addWidget(m_outcome);
     setCentralWidget(centre);
-    resize(usualSize);
+    resize(defaultSize);
 
     connect(m_channels, &ChannelList::chosenChanged, this, &LapWindow::rebuildPanels);
     connect(&m_laps, &LapListModel::rowsInserted, this,
@@ -73,7 +73,7 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     connect(&m_laps, &LapListModel::rowsRemoved, this, &LapWindow::withdrawReleasedLaps);
     m_others->addItem(QStringLiteral("no other lap"), QVariant::fromValue(LapPointer()));
     offerLaps(0, m_laps.rowCount() - 1);
-    chooseUsualChannels();
+    chooseDefaultChannels();
     describeLines();
 }
 
@@ -125,7 +125,7 @@ void LapWindow::makeCommands() {
 
     auto* const bar = new QToolBar(QStringLiteral("Lap"));
     bar->setMovable(false);
-    // Of the window, since a key works only for an action that stands somewhere.
+    // A shortcut works only for an action that belongs to a widget.
     bar->toggleViewAction()->setShortcut(QStringLiteral("Ctrl+Shift+T"));
     addAction(bar->toggleViewAction());
     bar->addActions({m_overDistance, m_overTime});
@@ -164,9 +164,9 @@ QWidget* LapWindow::makeChannelPane() {
     m_tree->expandAll();
     m_tree->resizeColumnToContents(0);
     m_tree->resizeColumnToContents(1);
-    // Both columns in full; names that are longer than any of the simulator's scroll.
+    // Wide enough for the simulator's names. Longer ones scroll.
     const int columns = m_tree->columnWidth(0) + m_tree->columnWidth(1);
-    m_tree->setMinimumWidth(std::min(columns, usualSize.width() / 3) + 2 * m_tree->frameWidth() +
+    m_tree->setMinimumWidth(std::min(columns, defaultSize.width() / 3) + 2 * m_tree->frameWidth() +
                             m_tree->verticalScrollBar()->sizeHint().width());
 
     auto* const pane = new QWidget;
@@ -211,7 +211,7 @@ QWidget* LapWindow::makeValuesPane() {
     return table;
 }
 
-void LapWindow::chooseUsualChannels() {
+void LapWindow::chooseDefaultChannels() {
     QList<ChannelName> names;
     for (const char* name : {"speed", "throttle", "brake", "gear"}) {
         names.append({QString::fromLatin1(name), false});
@@ -224,7 +224,7 @@ bool LapWindow::hasChannel(const ChannelName& name) const {
                              : m_lap->containsRecordedChannel(name.name);
 }
 
-/** What was chosen before and cannot be unticked here, because the lap lacks it, is not lost. */
+/** Includes the channels chosen before that this lap lacks, so that they are not forgotten. */
 QList<ChannelName> LapWindow::channelsToHandOn() const {
     QList<ChannelName> names = m_channels->chosen();
     for (const ChannelName& name : m_handedOn) {
@@ -271,7 +271,7 @@ bool LapWindow::isOfSameCar(const LapPointer& other) const {
     return other->carId() == m_lap->carId() && other->driverName() == m_lap->driverName();
 }
 
-/** Newest first, and those of the same car before all others. */
+/** Laps of the same car come before all others, the newest first. */
 void LapWindow::offerLap(const LapPointer& other) {
     if (other == m_lap) {
         return;
@@ -292,7 +292,7 @@ void LapWindow::offerLaps(int first, int last) {
     }
 }
 
-/** Where a lap stands among those to compare with, -1 where it does not. */
+/** The index of a lap in the list of laps to compare with, or -1. */
 int LapWindow::placeOf(const LapPointer& other) const {
     for (int place = 0; place < m_others->count(); ++place) {
         if (m_others->itemData(place).value<LapPointer>() == other) {
@@ -302,7 +302,7 @@ int LapWindow::placeOf(const LapPointer& other) const {
     return -1;
 }
 
-/** The one that is compared with is held by this window and stays. */
+/** Keeps the lap that is being compared with: this window still holds it. */
 void LapWindow::withdrawReleasedLaps() {
     const QSet<LapPointer> kept(m_laps.laps().cbegin(), m_laps.laps().cend());
     for (int place = m_others->count() - 1; place > noOtherLap; --place) {

@@ -22,7 +22,7 @@
 
 namespace rataip::viewer {
 
-/** A key and what it does. */
+/** A shortcut and what it does. */
 struct KeyText {
     QKeySequence shortcut;
     QString text;
@@ -31,12 +31,12 @@ struct KeyText {
 };
 
 /**
- * A lap: its channels to search and to tick, plots of the ticked ones over distance or time, a
- * second lap laid over it, and its header and values as a table.
+ * Shows a lap: a list of its channels to search and tick, plots of the ticked ones over distance or
+ * time, optionally with a second lap to compare with, and a table of its header and values.
  *
- * Plots show every reading as it is in the lap, in the channel's own unit. A channel that the
- * second lap lacks is plotted for the first alone, and without distance or time in a lap (there are
- * laps without) a plot stays empty.
+ * Plots show every reading unchanged, in the channel's own unit. A channel that the second lap does
+ * not have is plotted for the first lap only. A plot stays empty when the lap has no distance or
+ * time.
  */
 class LapWindow : public QMainWindow {
     Q_OBJECT
@@ -44,23 +44,23 @@ class LapWindow : public QMainWindow {
 public:
     using LapPointer = LapStore::LapPointer;
 
-    /** `laps` are those to compare with; must outlive the window. */
+    /** `laps` are offered for comparison and must outlive the window. */
     LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* parent = nullptr);
 
     void setAxis(laps::Axis axis);
-    /** Lays a second lap over the first; null takes it away. */
+    /** Plots a second lap over the first; null removes it. */
     void compareWith(const LapPointer& other);
 
     /**
-     * Takes the layout over from the lap window that was closed last, and stores its own when it is
-     * closed itself. The settings must outlive the window.
+     * Applies the layout of the lap window closed last, and stores this window's layout when it is
+     * closed. The settings must outlive the window.
      */
     void rememberLayoutIn(Settings& settings);
 
-    /** Shows what became of saving. */
+    /** Shows the result of saving. */
     void showOutcome(const QString& sentence);
 
-    /** The keys of every such window, also while none is open. */
+    /** The shortcuts that every lap window has. */
     [[nodiscard]] static QList<KeyText> keys();
 
     [[nodiscard]] ChannelList& channels() { return *m_channels; }
@@ -80,7 +80,7 @@ private:
     QWidget* makeChannelPane();
     QWidget* makePlotPane();
     QWidget* makeValuesPane();
-    void chooseUsualChannels();
+    void chooseDefaultChannels();
     [[nodiscard]] bool hasChannel(const ChannelName& name) const;
     [[nodiscard]] QList<ChannelName> channelsToHandOn() const;
     void offerLap(const LapPointer& other);
@@ -110,7 +110,7 @@ private:
     QAction* m_overTime = nullptr;
     QList<PlotPanel*> m_panels;  // one for each channel chosen, owned by their layout's widget
     Settings* m_settings = nullptr;
-    QList<ChannelName> m_handedOn;  // chosen in the lap window before; this lap may lack some
+    QList<ChannelName> m_handedOn;  // chosen in the last window; this lap may lack some
 };
 
 }  // namespace rataip::viewer

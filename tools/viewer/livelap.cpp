@@ -14,7 +14,7 @@ using TLM::SDK::Lap;
 namespace {
 
 constexpr double percent = 100.0;
-constexpr double dropOfANewLap = 0.5;
+constexpr double newLapDrop = 0.5;
 
 laps::AxisValues percentOfLap(const Lap& lap) {
     laps::AxisValues axis;
@@ -28,13 +28,13 @@ laps::AxisValues percentOfLap(const Lap& lap) {
 }
 
 /**
- * Where the car stands, its readings lie above each other: the first, the lowest, the highest and
- * the newest of them draw the same line as all, however long it stands.
+ * While the car stands still, its readings lie above each other. The first, the lowest, the highest
+ * and the newest of them draw the same line as all of them.
  */
 void addPoint(QList<QPointF>& curve, const QPointF& point) {
-    constexpr qsizetype pointsOfAPlace = 4;
-    const qsizetype first = curve.size() - pointsOfAPlace;
-    // The share may go back, so it takes all four to know that the car stands.
+    constexpr qsizetype pointsPerPlace = 4;
+    const qsizetype first = curve.size() - pointsPerPlace;
+    // All four are compared, because the share may also decrease.
     const bool isFull = first >= 0 && std::all_of(curve.cbegin() + first, curve.cend(),
                                                   [&point](const QPointF& other) {
                                                       return other.x() == point.x();
@@ -63,7 +63,7 @@ void LiveLap::add(const DynamicData& values) {
     if (!isNumber || !isReading(share) || share < 0.0) {
         return;
     }
-    if (m_lastShare - share > dropOfANewLap) {
+    if (m_lastShare - share > newLapDrop) {
         m_current = TraceCurves();
     }
     m_lastShare = share;

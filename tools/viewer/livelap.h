@@ -11,7 +11,7 @@
 
 namespace rataip::viewer {
 
-/** What is drawn of the own car while it drives. */
+/** A channel of the own car that is drawn live. */
 struct Trace {
     const char* channel;
     const char* label;
@@ -30,22 +30,22 @@ using TraceCurves = std::array<QList<QPointF>, liveTraces.size()>;
 [[nodiscard]] bool isOwnFlyingLap(const TLM::SDK::Lap& lap);
 
 /**
- * The lap that the own car is on, tick by tick, and its previous flying lap.
+ * The own car's current lap, tick by tick, and its previous flying lap.
  *
- * A share of the lap that falls back by more than half begins a new lap; one that falls by less (a
- * spin, a car set back) goes on. Ticks without a place on the track are left out. Readings are kept
- * in the units that a driver reads (see laps::displayUnit()). Of the readings at a place where the
- * car stands, those that draw the line are kept: it may stand there for hours.
+ * A new lap begins when the share of the lap drops by more than half. A smaller drop (a spin, a car
+ * that was reset) continues the lap. Ticks without a position on the track are ignored. Readings
+ * are kept in the units that drivers expect (see laps::displayUnit()). While the car stands still,
+ * only the readings needed to draw the line are kept, since it may stand for hours.
  */
 class LiveLap {
 public:
     /** The own car's values of a tick. */
     void add(const TLM::SDK::DynamicData& values);
 
-    /** A finished lap; one of the own car that was flown to its end becomes the previous one. */
+    /** A completed flying lap of the own car becomes the previous lap. Other laps are ignored. */
     void addFinished(const TLM::SDK::Lap& lap);
 
-    /** A new connection begins: what was driven before does not go on. */
+    /** Begins the current lap anew, for a new connection. */
     void restart();
 
     [[nodiscard]] const TraceCurves& current() const { return m_current; }
@@ -54,7 +54,7 @@ public:
     /** Changes whenever previous() does. */
     [[nodiscard]] int previousRevision() const { return m_previousRevision; }
 
-    /** The unit of a trace, empty while nothing is known of it. */
+    /** The unit of a trace, empty before its first reading. */
     [[nodiscard]] const QString& unit(std::size_t trace) const { return m_units[trace]; }
 
 private:

@@ -16,7 +16,7 @@ using lapimage::Role;
 
 namespace {
 
-// Where the traces of `liveTraces` stand: throttle and brake share a panel.
+// Indices into `liveTraces`.
 constexpr std::size_t speed = 0;
 constexpr std::size_t throttle = 1;
 constexpr std::size_t brake = 2;
@@ -60,11 +60,11 @@ LiveTraces::LiveTraces(QWidget* parent) : QWidget(parent), m_legend(new QLabel) 
     panelLayout->setSpacing(0);
     for (const Lane& lane : lanes()) {
         QList<PlotPanel::Line> lines;
-        // The previous lap first: what is drawn later lies above it.
+        // The previous lap first, so that the current one is drawn on top.
         for (const bool isPrevious : {true, false}) {
             for (const std::size_t trace : lane.traces) {
                 const QString name = QString::fromLatin1(liveTraces[trace].label);
-                // With two quantities in a panel, the previous lap keeps their colours.
+                // Where two quantities share a panel, the colour tells the quantity, not the lap.
                 const Role role =
                     isPrevious && lane.traces.size() == 1 ? Role::OtherLap : roleOf(trace);
                 lines.append({isPrevious ? name + QStringLiteral(", previous flying lap") : name,
@@ -143,7 +143,7 @@ void LiveTraces::show(const LiveLap& lap) {
     const bool isPreviousNew = lap.previousRevision() != m_previousShown || width() != m_widthShown;
     m_previousShown = lap.previousRevision();
     m_widthShown = width();
-    // One point each two pixels is as much as a line of this width shows.
+    // A line of this width shows no more than one point for every two pixels.
     const qsizetype columns = m_widthShown / 4;
     for (PlotPanel* panel : m_panels) {
         if (!isPreviousNew && !hasMoved(panel, lap.current())) {

@@ -10,8 +10,8 @@
 namespace rataip::viewer {
 
 /**
- * The own car's traces while it drives: speed, pedals, gear and steering over the lap in percent,
- * each with the previous flying lap dashed behind it.
+ * Live traces of the own car: speed, pedals, gear and steering over the lap in percent, each with
+ * the previous flying lap as a dashed line behind it.
  */
 class LiveTraces : public QWidget {
     Q_OBJECT
@@ -20,8 +20,8 @@ public:
     explicit LiveTraces(QWidget* parent = nullptr);
 
     /**
-     * Draws the lap as it is now, thinned to what can be seen. A plot whose lines have grown by
-     * less than a pixel is left as it is: painting lines is what a window spends its time on.
+     * Draws the lap as it is now, thinned to the resolution of the widget. A plot whose lines grew
+     * by less than a pixel is not redrawn, because painting lines takes most of the window's time.
      */
     void show(const LiveLap& lap);
     using QWidget::show;
@@ -34,7 +34,7 @@ protected:
 private:
     void describeLines();
 
-    /** A line of a panel and the trace of the lap that it shows. */
+    /** A line of a panel and the trace that it shows. */
     struct Place {
         PlotPanel* panel;
         qsizetype line;

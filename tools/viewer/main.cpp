@@ -1,5 +1,5 @@
-#include "tools/host/deafthreads.h"
 #include "tools/host/displayguard.h"
+#include "tools/host/endrequestblocker.h"
 #include "tools/host/interrupt.h"
 #include "tools/host/pluginfile.h"
 #include "tools/viewer/mainwindow.h"
@@ -21,8 +21,8 @@
 
 namespace {
 
-using rataip::host::DeafThreads;
 using rataip::host::DisplayGuard;
+using rataip::host::EndRequestBlocker;
 using rataip::host::Interrupt;
 using rataip::viewer::LapStore;
 using rataip::viewer::LapWindow;
@@ -43,7 +43,7 @@ int fail(ExitStatus status, const QString& sentence) {
     return status;
 }
 
-/** A plugin that cannot be used is told by the window, where another can be chosen. */
+/** The window shows why a plugin cannot be used and lets the user choose another. */
 void loadPlugin(Session& session, const QString& requestedPath) {
     const rataip::host::PluginFile file =
         rataip::host::findPlugin(requestedPath, QCoreApplication::applicationDirPath());
@@ -97,7 +97,7 @@ int savePictures(MainWindow& window, const Options& options) {
     return status;
 }
 
-/** What is asked for from outside is done at once, so the pictures of the end are not made. */
+/** A request to end takes effect at once, so the pictures due at the end are not made. */
 int endOnRequest(const Options& options) {
     const bool wantsPicture = !options.picturePath.isEmpty() || !options.lapPicturePath.isEmpty();
     return wantsPicture ? fail(NoPicture, QStringLiteral("asked to end before the time for the "
@@ -126,14 +126,14 @@ int show(const Options& options) {
     QObject::connect(&interrupt, &Interrupt::requested, &window,
                      [&options] { QCoreApplication::exit(endOnRequest(options)); });
     const int status = QApplication::exec();
-    // Not before: a dialog that was open needs the window that it belongs to until then.
+    // Only now, because an open dialog needs its window until the event loop has ended.
     if (window.isVisible()) {
         window.close();
     }
     return status;
 }
 
-/** The exit status where the arguments ask for no window. */
+/** The exit status when the arguments do not ask for a window. */
 std::optional<int> answerWithoutWindow(const ParsedArguments& parsed) {
     if (!parsed.error.isEmpty()) {
         return fail(BadArguments, parsed.error + QStringLiteral(" (see --help)"));
@@ -149,7 +149,7 @@ std::optional<int> answerWithoutWindow(const ParsedArguments& parsed) {
     return std::nullopt;
 }
 
-/** Whether there may be options of Qt's own ("-platform"), which only its windows take out. */
+/** Whether there may be Qt's own options ("-platform"), which only QApplication removes. */
 bool mayHoldOptionsOfQt(int count, const char* const* arguments) {
     return std::any_of(arguments, arguments + count, [](const std::string_view& argument) {
         return argument.size() > 2 && argument[0] == '-' && argument[1] != '-';
@@ -157,7 +157,7 @@ bool mayHoldOptionsOfQt(int count, const char* const* arguments) {
 }
 
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
-    const DeafThreads deafThreads;
+    const EndRequestBlocker blocker;
     const DisplayGuard guard(
         "rataip-viewer: no window can be opened, start it where there is a display", NoDisplay);
     return std::make_unique<QApplication>(argc, argv);
@@ -167,7 +167,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
 
 int main(int argc, char* argv[]) {
     rataip::viewer::useParentConsole();
-    // First without a window: help and complaints need no display.
+    // First without a window, because help and error messages need no display.
     if (!mayHoldOptionsOfQt(argc, argv)) {
         const QCoreApplication application(argc, argv);
         const std::optional<int> status =
@@ -179,7 +179,7 @@ int main(int argc, char* argv[]) {
     const std::unique_ptr<QApplication> application = makeApplication(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("rataip"));
     QCoreApplication::setApplicationName(QStringLiteral("rataip-viewer"));
-    // The plugin's diagnostics are for its developers; the environment can bring them back.
+    // The plugin's diagnostics are for its developers, who can enable them by the environment.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 
     const ParsedArguments parsed = rataip::viewer::parseArguments(QCoreApplication::arguments());

@@ -26,16 +26,16 @@ using LapPointer = LapStore::LapPointer;
 
 namespace {
 
-// What moves is drawn for the eye, what is read changes no faster than one reads.
+// Fast enough for smooth movement, and slow enough to read text.
 constexpr std::chrono::milliseconds drawInterval{33};
 constexpr std::chrono::milliseconds readInterval{200};
-// Long enough to count ticks in.
+// Long enough to count ticks.
 constexpr std::chrono::milliseconds rateInterval{1000};
 
-constexpr QSize usualSize(1500, 920);
-constexpr int mostMessages = 1000;
-// A row of the cars with names of the usual length.
-constexpr int charactersOfACar = 112;
+constexpr QSize defaultSize(1500, 920);
+constexpr int maxMessages = 1000;
+// A row of the car table with names of average length.
+constexpr int carRowCharacters = 112;
 
 QString keyLines(const QString& heading, const QList<KeyText>& keys) {
     QString lines =
@@ -48,7 +48,7 @@ QString keyLines(const QString& heading, const QList<KeyText>& keys) {
     return lines;
 }
 
-/** Room for the widest text that a column will hold, whatever it holds now. */
+/** Makes room for the widest text that the column will ever hold. */
 void reserveColumn(QTableView& table, int column, const QString& widest) {
     const int padding = 3 * table.fontMetrics().averageCharWidth();
     const int width = table.fontMetrics().horizontalAdvance(widest) + padding;
@@ -57,7 +57,7 @@ void reserveColumn(QTableView& table, int column, const QString& widest) {
     }
 }
 
-/** Never narrows: the user may have given the column its width. */
+/** Never narrows the column, because the user may have chosen its width. */
 void widenToContents(QTableView& table, int column) {
     const int before = table.columnWidth(column);
     table.resizeColumnToContents(column);
@@ -80,7 +80,7 @@ MainWindow::MainWindow(Session& session, QSettings& settings)
     makeCommands();
     makePanes();
     makeToolBar();
-    resize(usualSize.boundedTo(screen()->availableSize()));
+    resize(defaultSize.boundedTo(screen()->availableSize()));
     m_isArranged = m_settings.restoreWindow(*this, {m_carTable, m_lapTable});
 
     connect(&m_session, &Session::stateChanged, this, &MainWindow::showState);
@@ -226,13 +226,13 @@ void MainWindow::makePanes() {
     reserveColumn(*m_carTable, CarTableModel::Status, QStringLiteral("Waiting for start"));
     reserveColumn(*m_carTable, CarTableModel::LastLap, QStringLiteral("59:59.999"));
     m_lapTable = makeTable(QStringLiteral("Laps"), m_sortedLaps);
-    // Unsorted, they stand in the order in which they came.
+    // Unsorted, which is the order in which the laps arrived.
     m_sortedLaps.sort(-1);
     m_lapTable->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     m_messages = new QPlainTextEdit;
     m_messages->setReadOnly(true);
     m_messages->setTabChangesFocus(true);
-    m_messages->setMaximumBlockCount(mostMessages);
+    m_messages->setMaximumBlockCount(maxMessages);
     m_messages->setAccessibleName(QStringLiteral("Messages"));
 
     m_stripPane =
@@ -262,8 +262,8 @@ void MainWindow::arrangePanes() {
         addDockWidget(area, pane);
         pane->show();
     }
-    // All columns of the cars where there is room, but never more than two thirds.
-    const int carColumns = charactersOfACar * fontMetrics().averageCharWidth();
+    // All columns of the cars where they fit into two thirds of the window.
+    const int carColumns = carRowCharacters * fontMetrics().averageCharWidth();
     const int tables = std::max(11 * width() / 20, std::min(carColumns, 2 * width() / 3));
     resizeDocks({m_carPane, m_lapPane}, {tables, tables}, Qt::Horizontal);
     resizeDocks({m_carPane, m_lapPane}, {height() / 2, height() / 4}, Qt::Vertical);
@@ -271,7 +271,7 @@ void MainWindow::arrangePanes() {
                 Qt::Vertical);
 }
 
-// Panes share out a size that the window has, so this waits until it has one.
+// The panes divide the window's size, which is known only now.
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
     if (!m_isArranged) {
@@ -374,7 +374,7 @@ void MainWindow::showMessage(const QString& text) {
     m_messages->appendPlainText(QTime::currentTime().toString(QStringLiteral("hh:mm:ss  ")) + text);
 }
 
-/** Where it is seen also while the messages are hidden. */
+/** Shows the sentence in a line of its own too, since the messages may be hidden. */
 void MainWindow::showOutcome(const QString& sentence) {
     showMessage(sentence);
     m_outcome->say(sentence);
@@ -404,7 +404,7 @@ void MainWindow::fitLapColumns() {
     }
 }
 
-/** Null, and the user is told, when no lap is selected. */
+/** Tells the user and returns null when no lap is selected. */
 LapPointer MainWindow::selectedLap() {
     const QModelIndex index = m_sortedLaps.mapToSource(m_lapTable->currentIndex());
     if (!index.isValid()) {
@@ -448,7 +448,7 @@ void MainWindow::askForPlugin() {
 
 void MainWindow::showKeys() {
     QList<KeyText> keys;
-    // Every command of the window stands in one of its menus.
+    // Every command of the window is in one of its menus.
     const QList<QAction*> menus = menuBar()->actions();
     for (const QAction* menu : menus) {
         const QList<QAction*> commands = menu->menu()->actions();

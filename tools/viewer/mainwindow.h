@@ -24,10 +24,10 @@
 namespace rataip::viewer {
 
 /**
- * The window: what a session delivers, drawn at the window's own pace.
+ * The main window. Creates its parts, connects them and draws the session at its own pace.
  *
- * The source ticks 60 times a second; the window looks at the session 30 times a second for what
- * moves, and 5 times a second for what is read. Hidden or minimised it draws nothing.
+ * The source ticks 60 times a second. The window redraws what moves 30 times a second and text 5
+ * times a second. While hidden or minimised it draws nothing.
  */
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -39,7 +39,7 @@ public:
     /** Opens a window for a lap. It closes with this one. */
     LapWindow* openLap(const LapStore::LapPointer& lap);
 
-    /** Draws everything as it is now. */
+    /** Redraws everything now. */
     void refresh();
 
     [[nodiscard]] const LapListModel& laps() const { return m_laps; }

@@ -13,9 +13,9 @@ namespace rataip::viewer {
 
 /** What the command line asks for. */
 struct Options {
-    QString pluginPath;                                 // empty: the standard places
-    std::optional<std::chrono::milliseconds> duration;  // none: until it is closed
-    std::optional<QSize> size;                          // none: as it was last time
+    QString pluginPath;                                 // empty: search the standard places
+    std::optional<std::chrono::milliseconds> duration;  // no value: until it is closed
+    std::optional<QSize> size;                          // no value: the size of the last run
     QString picturePath;                                // empty: no picture
     QString lapPicturePath;                             // empty: no picture
 };

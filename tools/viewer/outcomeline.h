@@ -4,7 +4,7 @@
 
 namespace rataip::viewer {
 
-/** A line below everything else that says what became of saving; hidden until there is a word. */
+/** A line at the bottom of a window with the result of saving. Hidden until there is one. */
 class OutcomeLine : public QLabel {
     Q_OBJECT
 

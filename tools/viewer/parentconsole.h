@@ -3,9 +3,9 @@
 namespace rataip::viewer {
 
 /**
- * Lets the standard output and errors appear in the console from which the program was started,
- * where the system gives a program with windows none. What was redirected into a file or a pipe
- * stays so. To be called once, before the first output.
+ * Sends standard output and standard error to the console that the program was started from, on
+ * systems that do not do so for programs with windows. Leaves redirected streams alone. Call it
+ * once, before the first output.
  */
 void useParentConsole();
 

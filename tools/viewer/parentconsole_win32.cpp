@@ -15,14 +15,14 @@ bool isRedirected(DWORD stream) {
 
 void sendToConsole(FILE* stream) {
     FILE* reopened = nullptr;
-    // A stream that cannot be opened anew leads nowhere, as before.
+    // If this fails, the stream still leads nowhere, as before.
     static_cast<void>(freopen_s(&reopened, "CONOUT$", "w", stream));
 }
 
 }  // namespace
 
 void useParentConsole() {
-    // Asked before there is a console, which makes handles of its own.
+    // Asked first, because attaching a console creates new handles.
     const bool isOutRedirected = isRedirected(STD_OUTPUT_HANDLE);
     const bool isErrorRedirected = isRedirected(STD_ERROR_HANDLE);
     if (AttachConsole(ATTACH_PARENT_PROCESS) == FALSE) {

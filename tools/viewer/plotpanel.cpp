@@ -18,25 +18,25 @@ namespace rataip::viewer {
 namespace {
 
 constexpr double curveWidth = 1.6;
-constexpr int mostMarksUp = 6;
-constexpr int fewestMarks = 2;
-constexpr int mostMarks = 11;
+constexpr int maxVerticalMarks = 6;
+constexpr int minMarks = 2;
+constexpr int maxMarks = 11;
 constexpr double gap = 6.0;
-// The chart keeps so much free on either side of a mark's number and cuts a number that is larger
-// than what is left of the way to the next mark.
+// The chart keeps this much free on either side of a mark's number, and shortens a number that does
+// not fit into the rest of the distance between two marks.
 constexpr double labelPadding = 4.0;
 
-// The widest number that stands beside a plot; wider ones are written with an exponent.
+// The widest number beside a plot. Wider ones are written with an exponent.
 QString widestNumber() {
     return QStringLiteral("-000000.0");
 }
 
-// What stands below most axes, with a blank on either side.
+// A typical number below an axis, with a space on either side.
 QString usualNumber() {
     return QStringLiteral("00000");
 }
 
-double heightOfAMark(const QFontMetricsF& metrics) {
+double markHeight(const QFontMetricsF& metrics) {
     return metrics.height() + 2.0 * labelPadding;
 }
 
@@ -47,28 +47,28 @@ bool fit(const QList<double>& marks, char format, int digits, const QFontMetrics
     });
 }
 
-/** How many digits behind the first tell two marks apart. */
-int digitsThatTell(const QList<double>& marks) {
+/** How many digits after the first it takes to distinguish two marks. */
+int distinguishingDigits(const QList<double>& marks) {
     const double largest = std::max(
         {std::abs(marks.constFirst()), std::abs(marks.constLast()), marks.at(1) - marks.at(0)});
     return static_cast<int>(std::floor(std::log10(largest)) -
                             std::floor(std::log10(marks.at(1) - marks.at(0)) + 1e-9));
 }
 
-/** In full where the marks have the room, else with an exponent and the digits that fit. */
+/** In full where the numbers fit, else with an exponent and as many digits as fit. */
 QString numberFormat(const QList<double>& marks, int decimals, const QFontMetricsF& metrics,
                      double room) {
     if (fit(marks, 'f', decimals, metrics, room)) {
         return QStringLiteral("%.%1f").arg(decimals);
     }
-    int digits = digitsThatTell(marks);
+    int digits = distinguishingDigits(marks);
     while (digits > 0 && !fit(marks, 'e', digits, metrics, room)) {
         --digits;
     }
     return QStringLiteral("%.%1e").arg(digits);
 }
 
-/** Marks from `first` on; the axis draws those that lie in its range. */
+/** Sets marks from `first` on. The axis draws those in its range. */
 void setMarks(QValueAxis& axis, double first, double step, const QString& format) {
     axis.setTickType(QValueAxis::TicksDynamic);
     axis.setTickAnchor(first);
@@ -102,7 +102,7 @@ PlotPanel::PlotPanel(const QString& title, const QList<Line>& lines, QWidget* pa
     }
     setRenderHint(QPainter::Antialiasing);
     setFrameShape(QFrame::NoFrame);
-    // There is nothing to do with keys here, and lists follow each other faster without it.
+    // The panel handles no keys, so the Tab key should skip it.
     setFocusPolicy(Qt::NoFocus);
     viewport()->setFocusPolicy(Qt::NoFocus);
     setAccessibleName(title);
@@ -120,7 +120,7 @@ void PlotPanel::setQuantity(const QString& name, const QString& unit) {
 void PlotPanel::setAxis(const QString& name, const QString& unit) {
     m_x->setLabelsVisible(!name.isEmpty());
     m_axis->setText(name.isEmpty() ? QString() : laps::labelWithUnit(name, unit));
-    setLeastSize();
+    updateMinimumSize();
     placePlot();
 }
 
@@ -129,12 +129,12 @@ void PlotPanel::setAxisRange(double low, double high) {
     markAxis();
 }
 
-/** As many marks as there is room for their numbers. */
+/** Sets as many marks as their numbers leave room for. */
 void PlotPanel::markAxis() {
     const QFontMetricsF metrics(font());
     const double number = metrics.horizontalAdvance(usualNumber());
     const int marks = std::clamp(static_cast<int>(chart()->plotArea().width() / (2.0 * number)),
-                                 fewestMarks, mostMarks);
+                                 minMarks, maxMarks);
     const lapimage::Ticks ticks = lapimage::ticksFor(m_across.low, m_across.high, marks);
     setMarks(*m_x, ticks.lowest(), ticks.values.at(1) - ticks.values.at(0),
              numberFormat(ticks.values, ticks.decimals, metrics, number));
@@ -168,7 +168,7 @@ PlotPanel::Range PlotPanel::heightOfPoints() const {
 
 void PlotPanel::fitHeight() {
     Range range = heightOfPoints();
-    // A quantity that comes near zero is read from zero on.
+    // A quantity that comes near zero is shown from zero.
     if (!range.isEmpty && range.low > 0.0 && range.low < range.high / 2.0) {
         range.low = 0.0;
     }
@@ -189,8 +189,8 @@ void PlotPanel::setHeight(const Range& range) {
     m_shown = range;
     const QFontMetricsF metrics(font());
     const int marks =
-        std::clamp(static_cast<int>(chart()->plotArea().height() / heightOfAMark(metrics)),
-                   fewestMarks, mostMarksUp);
+        std::clamp(static_cast<int>(chart()->plotArea().height() / markHeight(metrics)), minMarks,
+                   maxVerticalMarks);
     const lapimage::Scale scale =
         lapimage::scaleFor(range.low, range.isEmpty ? 1.0 : range.high, marks,
                            range.isWhole ? lapimage::Numbers::Whole : lapimage::Numbers::Any);
@@ -200,16 +200,16 @@ void PlotPanel::setHeight(const Range& range) {
     m_y->setRange(scale.low, scale.high);
 }
 
-/** The view knows how small its chart can be, but not how small its numbers can still be read. */
-void PlotPanel::setLeastSize() {
+/** Keeps room for readable numbers, which the chart's own minimum size does not. */
+void PlotPanel::updateMinimumSize() {
     const QFontMetricsF metrics(font());
     const double above = metrics.height() + gap;
-    setMinimumSize(30 * fontMetrics().averageCharWidth(),
-                   static_cast<int>(std::ceil(above + fewestMarks * heightOfAMark(metrics) +
-                                              roomBelow(metrics))));
+    setMinimumSize(
+        30 * fontMetrics().averageCharWidth(),
+        static_cast<int>(std::ceil(above + minMarks * markHeight(metrics) + roomBelow(metrics))));
 }
 
-/** For the line of numbers and the axis' name, or for half a number of the lowest mark. */
+/** Room for the numbers and the title of the axis, or for half the lowest mark's number. */
 double PlotPanel::roomBelow(const QFontMetricsF& metrics) const {
     const double line = metrics.height();
     return m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * gap;
@@ -259,7 +259,7 @@ void PlotPanel::changeEvent(QEvent* event) {
     QChartView::changeEvent(event);
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
         applyPalette();
-        setLeastSize();
+        updateMinimumSize();
         placePlot();
     }
 }

@@ -14,17 +14,16 @@
 namespace rataip::viewer {
 
 /**
- * One plot over a shared axis: panels of one width stand exactly above each other, whatever their
- * numbers look like. Follows the palette of its window.
+ * A plot over a shared axis. The plots of panels with the same width line up exactly, however wide
+ * their numbers are. Follows the palette of its window.
  *
- * The texts beside the plot are the panel's own: those of the chart's axes are cut to the length
- * that the chart thinks fit.
+ * The panel draws the axis titles itself, because the chart would shorten them.
  */
 class PlotPanel : public QChartView {
     Q_OBJECT
 
 public:
-    /** A line of the plot; `isDashed` tells it apart where its colour does not. */
+    /** A line of the plot. A dashed line differs from others by more than its colour. */
     struct Line {
         QString name;
         lapimage::Role role = lapimage::Role::ThisLap;
@@ -35,20 +34,20 @@ public:
 
     /** The quantity and its unit, above the plot. */
     void setQuantity(const QString& name, const QString& unit);
-    /** What the plot is over; an empty name leaves the marks without numbers. */
+    /** The title of the shared axis. With an empty name its marks have no numbers. */
     void setAxis(const QString& name, const QString& unit);
     void setAxisRange(double low, double high);
 
-    /** Replaces a line's points; call fitHeight() when all lines have theirs. */
+    /** Replaces a line's points. Call fitHeight() after setting all lines. */
     void setPoints(qsizetype line, const QList<QPointF>& points);
 
-    /** Lets the height of the plot hold all points, from zero on where they are near it. */
+    /** Fits the vertical range to all points. It starts at zero where they come near it. */
     void fitHeight();
 
-    /** The same, but the height never shrinks: for lines that are still being drawn. */
+    /** Like fitHeight(), but never shrinks the range. For lines that are still growing. */
     void growHeight();
 
-    /** Where a point lies in the widget as its axes are now. */
+    /** The position of a point in the widget with the current axes. */
     [[nodiscard]] QPointF placeOf(const QPointF& point) const;
 
     [[nodiscard]] const QList<QLineSeries*>& lines() const { return m_lines; }
@@ -66,11 +65,11 @@ private:
         double low = 0.0;
         double high = 0.0;
         bool isEmpty = true;
-        bool isWhole = true;  // every number in it
+        bool isWhole = true;  // all values are whole numbers
     };
 
     void applyPalette();
-    void setLeastSize();
+    void updateMinimumSize();
     [[nodiscard]] double roomBelow(const QFontMetricsF& metrics) const;
     void placePlot();
     void markAxis();

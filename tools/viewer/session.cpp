@@ -12,7 +12,7 @@ namespace {
 
 using Clock = host::TickMeter::Clock;
 
-// Some thirty ticks; shorter gaps are told by the ticks lost.
+// About thirty ticks. Shorter gaps show in the number of lost ticks.
 constexpr qint64 longestGapMs = 500;
 
 }  // namespace
@@ -20,7 +20,7 @@ constexpr qint64 longestGapMs = 500;
 Session::Session() : m_ticks(Clock::now()) {}
 
 Session::~Session() {
-    // What the plugin still emits while it is put away has nowhere to go.
+    // Signals that the plugin emits while it is being destroyed must not arrive here.
     if (m_source != nullptr) {
         disconnect(m_source->dataEmitter(), nullptr, this, nullptr);
         m_connector->stop();

@@ -17,15 +17,12 @@
 namespace rataip::viewer {
 
 /**
- * What the window shows, without the window: the plugin, how it is connected, and what it has
- * delivered so far.
+ * The state behind the window: the plugin, its connection, and what it has delivered so far.
  *
- * A plugin that cannot be loaded leaves the session without one; pluginError() says why, and
- * another may be loaded. While connecting, a simulator that is not there is waited for, and one
- * that was lost is connected again when it comes back.
+ * When a plugin cannot be loaded, pluginError() says why, and another may be loaded. Once told to
+ * connect, the session waits for the simulator and connects again after losing it.
  *
- * What arrives with every tick is taken in at once and told by no signal: a window looks at it
- * when it draws, at its own pace.
+ * The data of every tick is stored without emitting a signal. A window reads it when it draws.
  */
 class Session : public QObject {
     Q_OBJECT
@@ -41,13 +38,13 @@ public:
     Session();
     ~Session() override;
 
-    /** Loads and initialises the plugin in a file. A session takes one plugin in its life. */
+    /** Loads and initialises a plugin. A session takes only one plugin in its life. */
     bool loadPlugin(const QString& path);
 
-    /** The same for a plugin object that is there already and outlives the session. */
+    /** Initialises a plugin that is already loaded. `source` must outlive the session. */
     void setSource(TLM::SDK::PluginInterfaceLive& source);
 
-    /** Says that there is no plugin to load. */
+    /** Sets the reason why there is no plugin. */
     void setPluginError(const QString& sentence);
 
     void probe();
@@ -55,12 +52,12 @@ public:
     void disconnectFromSource();
 
     [[nodiscard]] State state() const { return m_state; }
-    /** Why there is no plugin: one sentence; empty when there is one. */
+    /** Why there is no plugin, in one sentence. Empty when there is one. */
     [[nodiscard]] const QString& pluginError() const { return m_pluginError; }
     /** "iR Plugin 0.2 for iRacing"; empty without a plugin. */
     [[nodiscard]] QString pluginText() const;
 
-    /** Whether ticks have arrived within the last half second. */
+    /** Whether a tick has arrived within the last half second. */
     [[nodiscard]] bool isDataArriving() const;
     [[nodiscard]] host::TickMeter& ticks() { return m_ticks; }
     [[nodiscard]] const Field& field() const { return m_field; }

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int labelRows = 3;     // above the line, of the cars on the track
 constexpr int pitLabelRows = 1;  // below it, of the cars in the pits
-constexpr int distanceRows = 1;  // below those, of the line itself
+constexpr int distanceRows = 1;  // below those, of the distances
 constexpr int gridLines = 10;
 constexpr double labelGap = 2.0;
 constexpr double markSize = 12.0;
@@ -86,7 +86,7 @@ double TrackStrip::rowHeight() const {
     return fontMetrics().height();
 }
 
-/** The line with the room that marks take on both sides of it. */
+/** The line and the space for marks above and below it. */
 QRectF TrackStrip::track() const {
     const double side = fontMetrics().horizontalAdvance(QStringLiteral("100 %"));
     const double top = labelRows * rowHeight();
@@ -125,8 +125,8 @@ void TrackStrip::layOut() {
 }
 
 /**
- * The own car's number first, then the others' from the left, each in the free row nearest to the
- * line.
+ * Places the own car's number first, then the others from left to right, each in the free row
+ * nearest to the line.
  */
 void TrackStrip::placeLabels() {
     std::vector<Mark*> order;
@@ -205,7 +205,7 @@ void TrackStrip::paintEvent(QPaintEvent*) {
 }
 
 QString TrackStrip::tooltipAt(const QPointF& place) const {
-    // The topmost is drawn last.
+    // Backwards, because the topmost mark is drawn last.
     const auto mark =
         std::find_if(m_marks.crbegin(), m_marks.crend(), [&place](const Mark& candidate) {
             return candidate.box.contains(place) || candidate.label.contains(place);

@@ -10,10 +10,10 @@
 namespace rataip::viewer {
 
 /**
- * The lap as a straight line with every car at its distance: the own car as a diamond, the others
- * as discs, those in the pits as squares; cars in the pits stand below the line, all others above
- * it. Each carries its slot's number where there is room for it; a car's tooltip names its driver.
- * Cars that are not in the world are not shown.
+ * The lap as a straight line with every car at its distance: the own car as a diamond, other cars
+ * as discs, cars in the pits as squares. Cars in the pits are below the line, all others above it.
+ * A car's slot number is shown where it fits, and its tooltip names the driver. Cars out of the
+ * world are not shown.
  */
 class TrackStrip : public QWidget {
     Q_OBJECT
@@ -32,14 +32,14 @@ public:
         QString slot;
         QString driver;
         QRectF box;
-        QRectF label;  // empty where there is no room for the number
+        QRectF label;  // empty where the number does not fit
     };
 
     explicit TrackStrip(QWidget* parent = nullptr);
 
     void setCars(const QList<CarState>& cars);
 
-    /** What stands where, the own car last. */
+    /** The marks in drawing order, the own car last. */
     [[nodiscard]] const QList<Mark>& marks() const { return m_marks; }
 
     [[nodiscard]] QSize sizeHint() const override;

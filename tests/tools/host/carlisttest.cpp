@@ -25,7 +25,7 @@ LivePluginInfo listOf(std::initializer_list<CarInfo> cars) {
     return info;
 }
 
-TEST(CarListUpdate, TellsTheNamedCarsOfTheFirstList) {
+TEST(CarListUpdate, ReportsTheNamedCarsOfTheFirstList) {
     CarList list;
     const QList<CarInfo> news = list.update(listOf({car(0, ""), car(1, "Ann"), car(2, "Bob")}));
     ASSERT_EQ(news.size(), 2);
@@ -42,14 +42,14 @@ TEST(CarListUpdate, KeepsTheOrderOfTheList) {
     EXPECT_EQ(news.at(1).carId(), QStringLiteral("10"));
 }
 
-TEST(CarListUpdate, TakesANewStatusForNoNews) {
+TEST(CarListUpdate, IgnoresANewStatus) {
     CarList list;
     list.update(listOf({car(1, "Ann", CarStatus::InPitStall)}));
     EXPECT_TRUE(list.update(listOf({car(1, "Ann", CarStatus::OutLap)})).isEmpty());
     EXPECT_EQ(list.countOnTrack(), 1);
 }
 
-TEST(CarListUpdate, TellsOnlyTheCarThatJoined) {
+TEST(CarListUpdate, ReportsOnlyTheCarThatJoined) {
     CarList list;
     list.update(listOf({car(1, "Ann"), car(2, "")}));
     const QList<CarInfo> news = list.update(listOf({car(1, "Ann"), car(2, "Bob")}));
@@ -57,7 +57,7 @@ TEST(CarListUpdate, TellsOnlyTheCarThatJoined) {
     EXPECT_EQ(news.at(0).driverName(), QStringLiteral("Bob"));
 }
 
-TEST(CarListUpdate, TellsANewDriverTeamCarAndClass) {
+TEST(CarListUpdate, ReportsANewDriverTeamCarAndClass) {
     CarList list;
     CarInfo info = car(1, "Ann");
     list.update(listOf({info}));
@@ -79,13 +79,13 @@ TEST(CarListUpdate, ForgetsACarThatLostItsName) {
     EXPECT_EQ(list.count(), 1);
 }
 
-TEST(CarListUpdate, TakesAnEmptyList) {
+TEST(CarListUpdate, AcceptsAnEmptyList) {
     CarList list;
     EXPECT_TRUE(list.update({}).isEmpty());
     EXPECT_EQ(list.count(), 0);
 }
 
-TEST(CarListCounts, TellTrackAndPitsApart) {
+TEST(CarListCounts, DistinguishTrackAndPits) {
     CarList list;
     list.update(listOf({car(0, "a", CarStatus::Undefined), car(1, "b", CarStatus::NotConnected),
                         car(2, "c", CarStatus::NotInWorld), car(3, "d", CarStatus::WaitingForStart),

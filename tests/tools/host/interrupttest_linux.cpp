@@ -1,3 +1,4 @@
+#include "tools/host/endrequestblocker.h"
 #include "tools/host/interrupt.h"
 
 #include <QSignalSpy>
@@ -5,19 +6,42 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <thread>
 
 namespace {
 
+using rataip::host::EndRequestBlocker;
 using rataip::host::Interrupt;
 
-// For what is awaited; generous, since it is waited out only when a test fails.
+// Only a failing test waits this long.
 constexpr int generousMs = 20'000;
 
-bool isHeldBack(int signal) {
+bool isBlocked(int signal) {
     sigset_t mask;
     sigemptyset(&mask);
     pthread_sigmask(SIG_BLOCK, nullptr, &mask);
     return sigismember(&mask, signal) == 1;
+}
+
+bool isBlockedInNewThread(int signal) {
+    bool isBlockedThere = false;
+    std::thread([&] { isBlockedThere = isBlocked(signal); }).join();
+    return isBlockedThere;
+}
+
+TEST(EndRequestBlocker, BlocksRequestsToEndInThreadsStartedMeanwhile) {
+    const EndRequestBlocker blocker;
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        EXPECT_TRUE(isBlockedInNewThread(number)) << number;
+    }
+    EXPECT_FALSE(isBlockedInNewThread(SIGQUIT)) << "which is for programs that hang";
+}
+
+TEST(EndRequestBlocker, RestoresTheSignalsOfItsOwnThread) {
+    { const EndRequestBlocker blocker; }
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        EXPECT_FALSE(isBlocked(number)) << number;
+    }
 }
 
 class InterruptBy : public ::testing::TestWithParam<int> {};
@@ -34,12 +58,12 @@ TEST_P(InterruptBy, IsReportedOnceInTheEventLoop) {
 TEST_P(InterruptBy, LeavesASecondCtrlCToTheSystem) {
     Interrupt interrupt;
     QSignalSpy requested(&interrupt, &Interrupt::requested);
-    EXPECT_TRUE(isHeldBack(SIGINT));
-    EXPECT_TRUE(isHeldBack(SIGTERM));
+    EXPECT_TRUE(isBlocked(SIGINT));
+    EXPECT_TRUE(isBlocked(SIGTERM));
     raise(GetParam());
     ASSERT_TRUE(requested.wait(generousMs));
-    EXPECT_FALSE(isHeldBack(SIGINT));
-    EXPECT_TRUE(isHeldBack(SIGTERM)) << "a second signal of the same ending is no reason to hurry";
+    EXPECT_FALSE(isBlocked(SIGINT));
+    EXPECT_TRUE(isBlocked(SIGTERM)) << "one end may come as several signals";
 }
 
 INSTANTIATE_TEST_SUITE_P(Signal, InterruptBy, ::testing::Values(SIGINT, SIGTERM, SIGHUP),
@@ -49,12 +73,12 @@ INSTANTIATE_TEST_SUITE_P(Signal, InterruptBy, ::testing::Values(SIGINT, SIGTERM,
                                                                              : "EndOfTerminal");
                          });
 
-TEST(Interrupt, LeavesTheEndOfTheTerminalAloneWhereItIsIgnored) {
+TEST(Interrupt, LeavesTheEndOfTheTerminalAloneWhenItIsIgnored) {
     std::signal(SIGHUP, SIG_IGN);
     {
         Interrupt interrupt;
         QSignalSpy requested(&interrupt, &Interrupt::requested);
-        EXPECT_FALSE(isHeldBack(SIGHUP));
+        EXPECT_FALSE(isBlocked(SIGHUP));
         raise(SIGHUP);
         raise(SIGTERM);
         ASSERT_TRUE(requested.wait(generousMs));
@@ -63,7 +87,7 @@ TEST(Interrupt, LeavesTheEndOfTheTerminalAloneWhereItIsIgnored) {
     std::signal(SIGHUP, SIG_DFL);
 }
 
-TEST(Interrupt, SwallowsAnotherRequestThatCameWhileTheProgramEnded) {
+TEST(Interrupt, DropsAnotherRequestThatArrivesWhileTheProgramEnds) {
     Interrupt interrupt;
     QSignalSpy requested(&interrupt, &Interrupt::requested);
     raise(SIGINT);
@@ -72,11 +96,11 @@ TEST(Interrupt, SwallowsAnotherRequestThatCameWhileTheProgramEnded) {
     EXPECT_EQ(requested.count(), 1);
 }
 
-TEST(Interrupt, LeavesTheSignalsAsTheyWereWhenItGoes) {
+TEST(Interrupt, RestoresTheSignalsAtItsEnd) {
     { const Interrupt interrupt; }
-    EXPECT_FALSE(isHeldBack(SIGINT));
-    EXPECT_FALSE(isHeldBack(SIGTERM));
-    EXPECT_FALSE(isHeldBack(SIGHUP));
+    EXPECT_FALSE(isBlocked(SIGINT));
+    EXPECT_FALSE(isBlocked(SIGTERM));
+    EXPECT_FALSE(isBlocked(SIGHUP));
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ TEST(LapTimeText, SaysSoWhenThereIsNoTime) {
     EXPECT_EQ(lapTimeText(QTime(0, 59, 59)), QStringLiteral("no time"));
 }
 
-TEST(LapTimeText, KnowsATimeNextToTheMarkOfNoTime) {
+TEST(LapTimeText, ShowsATimeNextToTheMarkerOfNoTime) {
     EXPECT_EQ(lapTimeText(QTime(0, 59, 59, 1)), QStringLiteral("59:59.001"));
 }
 
@@ -37,11 +37,11 @@ TEST(LapTypeText, NamesEveryType) {
     EXPECT_EQ(lapTypeText(LapType::Unknown), QStringLiteral("unknown"));
 }
 
-TEST(LapTypeText, TakesANumberThatIsNoTypeForUnknown) {
+TEST(LapTypeText, ShowsAnInvalidTypeAsUnknown) {
     EXPECT_EQ(lapTypeText(static_cast<LapType>(7)), QStringLiteral("unknown"));
 }
 
-TEST(CompletionText, TellsALapDrivenToItsEnd) {
+TEST(CompletionText, SaysWhetherALapWasCompleted) {
     EXPECT_EQ(completionText(true), QStringLiteral("completed"));
     EXPECT_EQ(completionText(false), QStringLiteral("not completed"));
 }

@@ -11,21 +11,21 @@ namespace {
 
 using rataip::host::LivePlugin;
 
-/** With the drive, where the build names folders of another system. */
+/** The absolute path, with a drive where the system has drives. */
 QString fixture(const char* name) {
     const QFileInfo file(
         QStringLiteral(FIXTURE_FOLDER "/%1" FIXTURE_SUFFIX).arg(QLatin1String(name)));
     return file.absoluteFilePath();
 }
 
-/** The sentence that says why the file cannot be used; a null text when it can. */
+/** The sentence that says why the file cannot be used, or a null text. */
 std::string complaintAbout(const QString& path) {
     const LivePlugin::LoadResult result = LivePlugin::load(path);
     EXPECT_EQ(result.plugin == nullptr, !result.error.isEmpty());
     return result.error.toStdString();
 }
 
-/** That it names the file and the reason, and that it is one line. */
+/** Expects one line that names the file and the reason. */
 void expectComplaint(const QString& path, const char* reason) {
     const std::string complaint = complaintAbout(path);
     EXPECT_NE(complaint.find(QDir::toNativeSeparators(path).toStdString()), std::string::npos)
@@ -34,7 +34,7 @@ void expectComplaint(const QString& path, const char* reason) {
     EXPECT_EQ(complaint.find('\n'), std::string::npos) << complaint;
 }
 
-TEST(LivePluginLoad, HandsOutTheSourceOfAProperPlugin) {
+TEST(LivePluginLoad, GivesTheSourceOfAValidPlugin) {
     const LivePlugin::LoadResult result = LivePlugin::load(fixture("quiet"));
     ASSERT_NE(result.plugin, nullptr) << result.error.toStdString();
     EXPECT_EQ(result.plugin->source().pluginName(), QStringLiteral("Quiet Plugin"));

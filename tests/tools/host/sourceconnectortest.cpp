@@ -11,10 +11,10 @@ namespace {
 using namespace std::chrono_literals;
 using rataip::host::SourceConnector;
 
-// For what is awaited; generous, since it is waited out only when a test fails.
+// Only a failing test waits this long.
 constexpr int generousMs = 20'000;
 
-/** A live source that comes and goes as the test says. */
+/** A live source that the test switches on and off. */
 class SwitchableSource : public TLM::SDK::PluginInterfaceLive {
 public:
     void initialize() override {}
@@ -43,7 +43,7 @@ public:
         }
     }
 
-    /** The source goes away while it is connected. */
+    /** Loses the connection. */
     void lose() {
         isThere = false;
         disconnectFromSource();
@@ -77,7 +77,7 @@ TEST(SourceConnector, ConnectsOnceASourceHasCome) {
     ASSERT_TRUE(refused.wait(generousMs));
     source.isThere = true;
     ASSERT_TRUE(connectedSpy.wait(generousMs));
-    EXPECT_EQ(waiting.count(), 1) << "one time of waiting is told once";
+    EXPECT_EQ(waiting.count(), 1) << "one wait is reported once";
 }
 
 TEST(SourceConnector, ConnectsAgainToASourceThatWasLost) {
@@ -187,7 +187,7 @@ TEST(SourceConnector, HasItsWholePatienceAfterEveryStart) {
     EXPECT_TRUE(gaveUp.wait(generousMs));
 }
 
-TEST(SourceConnector, LeavesItsThreadToOthersForMostOfTheTime) {
+TEST(SourceConnector, LeavesMostOfItsThreadsTimeToOthers) {
     SwitchableSource source;
     source.attemptTakesMs = 200;
     SourceConnector connector(source, std::nullopt);
@@ -197,10 +197,10 @@ TEST(SourceConnector, LeavesItsThreadToOthersForMostOfTheTime) {
     QSignalSpy refused(source.dataEmitter(), &TLM::SDK::DataEmitter::sendNotConnected);
     ASSERT_TRUE(refused.wait(generousMs));
     EXPECT_GE(sinceStart.elapsed(), 4 * source.attemptTakesMs)
-        << "an attempt, and three times as long";
+        << "an attempt, and a pause three times as long";
 }
 
-TEST(SourceConnector, LeavesAConnectionAloneThatIsNotItsOwn) {
+TEST(SourceConnector, IgnoresAConnectionThatIsNotItsOwn) {
     SwitchableSource source;
     SourceConnector connector(source, 0ms);
     const QSignalSpy gaveUp(&connector, &SourceConnector::gaveUp);

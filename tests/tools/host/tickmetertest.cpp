@@ -27,12 +27,12 @@ TEST(SessionTick, TakesTheUnsignedNumberOfTheOtherCars) {
     EXPECT_EQ(sessionTick({sampleWithTick(QVariant::fromValue<quint64>(17))}), 17U);
 }
 
-TEST(SessionTick, IsNothingWithoutSamplesOrWithoutTheValue) {
+TEST(SessionTick, HasNoValueWithoutSamplesOrWithoutTheValue) {
     EXPECT_EQ(sessionTick({}), std::nullopt);
     EXPECT_EQ(sessionTick({Sample()}), std::nullopt);
 }
 
-TEST(SessionTick, IsNothingForATextThatIsNoNumber) {
+TEST(SessionTick, HasNoValueForATextThatIsNotANumber) {
     EXPECT_EQ(sessionTick({sampleWithTick(QStringLiteral("soon"))}), std::nullopt);
 }
 
@@ -78,7 +78,7 @@ TEST(TickMeterLost, DoesNotCountTheTimeBetweenTwoConnections) {
     EXPECT_EQ(meter.lost(), 0U);
 }
 
-TEST(TickMeterLost, StandsTheWholeRangeOfTickNumbers) {
+TEST(TickMeterLost, HandlesTheWholeRangeOfTickNumbers) {
     TickMeter meter(start);
     meter.add(0);
     meter.add(std::numeric_limits<quint64>::max());
@@ -96,7 +96,7 @@ TEST(TickMeterRate, IsTheTicksOfTheTimeSinceTheLastCall) {
     EXPECT_DOUBLE_EQ(meter.takeRate(start + 2500ms), 0.0);
 }
 
-TEST(TickMeterRate, BeginsAnewWithAConnection) {
+TEST(TickMeterRate, StartsAgainWithANewConnection) {
     TickMeter meter(start);
     meter.add(1);
     meter.beginConnection(start + 100s);

@@ -53,7 +53,7 @@ double distanceFor(const Eye& eye, const QColor& left, const QColor& right) {
     return std::sqrt(sum);
 }
 
-TEST(Colours, OfRolesSideBySideDifferForEveryEye) {
+TEST(Colours, OfAdjacentRolesDifferForEveryEye) {
     constexpr std::array<std::pair<Role, Role>, 5> sideBySide = {{{Role::ThisLap, Role::OtherLap},
                                                                   {Role::Throttle, Role::Brake},
                                                                   {Role::OwnCar, Role::OtherCar},
@@ -71,7 +71,7 @@ TEST(Colours, OfRolesSideBySideDifferForEveryEye) {
     }
 }
 
-TEST(Colours, StandOutFromTheirGround) {
+TEST(Colours, StandOutFromTheirBackground) {
     constexpr double enoughForLines = 2.5;
     for (int role = 0; role <= static_cast<int>(Role::Bad); ++role) {
         EXPECT_GT(contrast(colour(static_cast<Role>(role), false), Qt::white), enoughForLines);
@@ -80,7 +80,7 @@ TEST(Colours, StandOutFromTheirGround) {
     }
 }
 
-TEST(Colours, TellDarkGroundsFromLightOnes) {
+TEST(Colours, DistinguishDarkFromLightBackgrounds) {
     EXPECT_TRUE(isDark(Qt::black));
     EXPECT_TRUE(isDark(QColor(53, 53, 53)));
     EXPECT_FALSE(isDark(Qt::white));

@@ -72,7 +72,7 @@ TEST(LapPicture, SaysWhatIsPlottedWithItsUnits) {
     EXPECT_TRUE(hasTextWith(picture, QStringLiteral("flying lap")));
 }
 
-TEST(LapPicture, CutsNoTextOffAndKeepsThemApart) {
+TEST(LapPicture, ShowsAllTextsInFullAndApart) {
     for (const auto& lap : {ownLap(), otherLap()}) {
         const LapPicture picture(*lap, sheet);
         const QRectF whole(QPointF(0.0, 0.0), QSizeF(picture.size()));
@@ -107,7 +107,7 @@ TEST(LapPicture, SaysWhatIsNotKnownOfAnotherCar) {
     EXPECT_EQ(picture.panels().at(0).curves.size(), 1);
 }
 
-TEST(LapPicture, IsASheetOfWordsForALapWithoutDistance) {
+TEST(LapPicture, HasOnlyTextsForALapWithoutDistance) {
     Lap lap;
     lap.addChannel(channelWith({1.0, 2.0}), QStringLiteral("speed"));
     const LapPicture picture(lap, sheet);

@@ -19,7 +19,7 @@ TEST(Scale, EndsAtHalfStepsAroundTheRange) {
     EXPECT_EQ(scale.decimals, 0);
 }
 
-TEST(Scale, HasNoZeroWithASign) {
+TEST(Scale, HasNoNegativeZero) {
     for (const Scale& scale : {scaleFor(0.0, 205.0, 5), scaleFor(-50.0, 50.0, 4)}) {
         for (const double mark : scale.marks) {
             EXPECT_FALSE(mark == 0.0 && std::signbit(mark));
@@ -48,7 +48,7 @@ TEST(Scale, HasNoMarksBetweenWholeNumbers) {
     EXPECT_EQ(scaleFor(3.0, 3.0, 3, Numbers::Whole).decimals, 0);
 }
 
-TEST(Scale, HoldsTheRangeWhateverItIs) {
+TEST(Scale, ContainsAnyRange) {
     for (const double low : {-1e9, -3.7, -1e-6, 0.0, 1e-5, 22.6, 42.0}) {
         for (const double width : {1e-3, 0.3, 1.0, 4.1, 7.0, 999.0, 1e8}) {
             for (const int marks : {1, 2, 4, 11}) {
@@ -67,7 +67,7 @@ TEST(Scale, HoldsTheRangeWhateverItIs) {
     }
 }
 
-TEST(Scale, MakesSomethingOfARangeThatIsNone) {
+TEST(Scale, ReplacesARangeThatCannotBeDrawn) {
     constexpr double infinite = std::numeric_limits<double>::infinity();
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     constexpr double most = std::numeric_limits<double>::max();

@@ -27,7 +27,7 @@ TEST(Ticks, SpanNegativeNumbers) {
     EXPECT_EQ(ticks.highest(), 100.0);
 }
 
-TEST(Ticks, HoldTheRangeWhateverItIs) {
+TEST(Ticks, ContainAnyRange) {
     for (const double low : {-1e9, -3.7, -1e-6, 0.0, 1e-5, 42.0}) {
         for (const double width : {1e-4, 0.3, 1.0, 7.0, 999.0, 1e8}) {
             for (const int wanted : {2, 4, 11}) {
@@ -58,7 +58,7 @@ TEST(Ticks, WidenARangeThatNoStepDivides) {
     EXPECT_GT(ticks.highest(), least);
 }
 
-TEST(Ticks, MakeSomethingOfARangeThatIsNone) {
+TEST(Ticks, ReplaceARangeThatCannotBeDrawn) {
     constexpr double infinite = std::numeric_limits<double>::infinity();
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     constexpr double most = std::numeric_limits<double>::max();

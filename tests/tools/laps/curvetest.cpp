@@ -51,7 +51,7 @@ TEST(LapAxis, CountsTimeFromTheFirstReading) {
     EXPECT_EQ(axis.unit, QStringLiteral("s"));
 }
 
-TEST(LapAxis, HasNoValuesWhereNoChannelSaysIt) {
+TEST(LapAxis, HasNoValuesWithoutAChannelForIt) {
     const Lap lap;
     EXPECT_TRUE(axisOf(lap, Axis::Distance).values.isEmpty());
     EXPECT_TRUE(axisOf(lap, Axis::Time).values.isEmpty());
@@ -63,7 +63,7 @@ TEST(LapAxis, KeepsAClockWithoutAnyReading) {
     EXPECT_EQ(axisOf(lap, Axis::Time).values, (QList<double>{missing, missing}));
 }
 
-TEST(LapCurve, LeavesOutWhatIsMissingInEitherDirection) {
+TEST(LapCurve, LeavesOutSamplesMissingOnEitherAxis) {
     constexpr double infinite = std::numeric_limits<double>::infinity();
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     const auto channel = channelWith({1.0, missing, 3.0, nan, -infinite, 6.0, 7.0, 8.0});
@@ -83,12 +83,12 @@ QList<QPointF> zigzag(int size) {
     return curve;
 }
 
-TEST(ThinnedCurve, StaysAsItIsWhileItIsShort) {
+TEST(ThinnedCurve, IsUnchangedWhileShort) {
     EXPECT_EQ(thinned(zigzag(42), 20), zigzag(42));
     EXPECT_TRUE(thinned({}, 20).isEmpty());
 }
 
-TEST(ThinnedCurve, KeepsPointsOfTheCurveOnlyInTheirOrder) {
+TEST(ThinnedCurve, KeepsOnlyPointsOfTheCurveInTheirOrder) {
     const QList<QPointF> curve = zigzag(5000);
     const QList<QPointF> thin = thinned(curve, 100);
     EXPECT_LE(thin.size(), 202);

@@ -26,8 +26,8 @@ using rataip::laps::writeCsv;
 using TLM::SDK::Lap;
 
 /**
- * Lets no file of this process grow beyond some bytes while it lives. Unlike missing rights it
- * stops an administrator, too, and unlike a full disk it needs none.
+ * Limits the size of this process's files during its lifetime. Unlike missing permissions this also
+ * stops root, and unlike a full disk it needs no disk of its own.
  */
 class FileSizeLimit {
 public:
@@ -56,7 +56,7 @@ TEST(FailingFiles, AFullDeviceFailsTheTable) {
     EXPECT_EQ(full.error(), QFileDevice::ResourceError);
 }
 
-TEST(FailingFiles, AFolderThatTheSystemForbidsIsToldInOneSentence) {
+TEST(FailingFiles, AFolderThatTheSystemForbidsIsReportedInOneSentence) {
     EXPECT_EQ(makeFolder(QStringLiteral("/proc/laps")),
               QStringLiteral("cannot make the folder /proc/laps: No such file or directory"));
     LapExporter exporter(QDir(QStringLiteral("/proc")), {csvFormat()});
@@ -80,7 +80,7 @@ TEST(FailingFiles, AFolderIsTriedByWritingIntoIt) {
     EXPECT_TRUE(QDir(folder.path()).isEmpty());
 }
 
-TEST(FailingFiles, NothingIsLeftOfALapWhoseLastFileTheDiskDoesNotTake) {
+TEST(FailingFiles, NothingIsLeftOfALapWhoseLastFileDoesNotFit) {
     const QTemporaryDir folder;
     const LapFormat small{QStringLiteral("txt"),
                           [](const Lap&, QIODevice& device) { return device.write("1") == 1; }};
@@ -93,7 +93,7 @@ TEST(FailingFiles, NothingIsLeftOfALapWhoseLastFileTheDiskDoesNotTake) {
     EXPECT_TRUE(QDir(folder.path()).isEmpty());
 }
 
-TEST(FailingFiles, ADiskThatFillsUpIsToldForEachLapAndLeavesNoHalfFile) {
+TEST(FailingFiles, AFullDiskIsReportedForEachLapAndLeavesNoPartialFile) {
     const QTemporaryDir folder;
     LapExporter exporter(QDir(folder.path()), {csvFormat(), jsonFormat()});
     QSignalSpy failed(&exporter, &LapExporter::failed);
@@ -118,7 +118,7 @@ TEST(FailingFiles, ADiskThatFillsUpIsToldForEachLapAndLeavesNoHalfFile) {
         exporter.add(ownLap(5));
         exporter.finish();
     }
-    EXPECT_EQ(failed.size(), 4) << "it is full anew";
+    EXPECT_EQ(failed.size(), 4) << "it is full again";
 }
 
 }  // namespace

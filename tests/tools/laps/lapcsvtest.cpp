@@ -31,7 +31,7 @@ TEST(LapCsv, BeginsWithALineOfNamesAndALineOfUnits) {
     EXPECT_EQ(csvOf(lap), "gear,speed\r\n,m/s\r\n3,1.5\r\n4,2\r\n");
 }
 
-TEST(LapCsv, PutsCalculatedChannelsBehindTheRecordedOnesAndNamesThem) {
+TEST(LapCsv, PutsCalculatedChannelsAfterRecordedOnesAndMarksThem) {
     Lap lap;
     lap.addChannel(channelWith({1.0}), QStringLiteral("speed"));
     lap.addCalculatedChannel(channelWith({2.0}), QStringLiteral("speed"));
@@ -109,7 +109,7 @@ TEST(LapCsv, WritesNumbersThatReadBackToTheSameBits) {
     }
 }
 
-TEST(LapCsv, WritesAPointWhateverTheLocale) {
+TEST(LapCsv, WritesADecimalPointInEveryLocale) {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German));
     Lap lap;
@@ -123,7 +123,7 @@ TEST(LapCsv, WritesALongLapInPieces) {
     EXPECT_EQ(csvOf(*lap).count("\r\n"), 20'002);
 }
 
-TEST(LapCsv, FailsWhenTheDeviceTakesNothing) {
+TEST(LapCsv, FailsWhenTheDeviceAcceptsNothing) {
     QBuffer closed;
     QTest::ignoreMessage(QtWarningMsg, "QIODevice::write (QBuffer): device not open");
     EXPECT_FALSE(writeCsv(*ownLap(4, 10), closed));

@@ -23,7 +23,7 @@ QStringList filesIn(const QTemporaryDir& folder) {
     return QDir(folder.path()).entryList(QDir::Files, QDir::Name);
 }
 
-TEST(LapExporter, WritesAFileForEachFormatAndTellsThem) {
+TEST(LapExporter, WritesAFileForEachFormatAndReportsThem) {
     const QTemporaryDir folder;
     LapExporter exporter(QDir(folder.path()), {csvFormat(), jsonFormat()});
     QSignalSpy written(&exporter, &LapExporter::written);
@@ -80,7 +80,7 @@ TEST(LapExporter, LeavesOutLapsWithoutChannels) {
     EXPECT_TRUE(filesIn(folder).isEmpty());
 }
 
-TEST(LapExporter, WritesEveryLapBeforeItIsGone) {
+TEST(LapExporter, WritesEveryLapBeforeItIsDestroyed) {
     const QTemporaryDir folder;
     {
         LapExporter exporter(QDir(folder.path()), {csvFormat()});
@@ -91,7 +91,7 @@ TEST(LapExporter, WritesEveryLapBeforeItIsGone) {
     EXPECT_EQ(filesIn(folder).size(), 5);
 }
 
-TEST(LapExporter, TellsAFolderThatCannotBeAndGoesOn) {
+TEST(LapExporter, ReportsAFolderThatCannotBeMadeAndGoesOn) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("taken"));
     QFile file(path);

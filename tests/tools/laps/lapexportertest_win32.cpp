@@ -1,5 +1,5 @@
 #include "tests/tools/laps/samplelap.h"
-#include "tests/tools/laps/slowtogo.h"
+#include "tests/tools/laps/slowcleanup.h"
 #include "tools/laps/lapexporter.h"
 
 #include <QDir>
@@ -12,10 +12,10 @@ namespace {
 using rataip::laps::LapExporter;
 using rataip::laps::LapFormat;
 
-TEST(LapExporter, IsNotGoneBeforeItsThreadHasTidiedUp) {
+TEST(LapExporter, WaitsUntilItsThreadHasCleanedUp) {
     const QTemporaryDir folder;
     const LapFormat format{QStringLiteral("x"), [](const TLM::SDK::Lap&, QIODevice&) {
-                               thread_local SlowToGo slow;
+                               thread_local SlowCleanup slow;
                                slow.isThere = true;
                                return true;
                            }};
@@ -23,7 +23,7 @@ TEST(LapExporter, IsNotGoneBeforeItsThreadHasTidiedUp) {
         LapExporter exporter(QDir(folder.path()), {format});
         exporter.add(ownLap());
     }
-    EXPECT_TRUE(SlowToGo::isTidy);
+    EXPECT_TRUE(SlowCleanup::isDone);
 }
 
 }  // namespace

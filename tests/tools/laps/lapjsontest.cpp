@@ -93,7 +93,7 @@ TEST(LapJson, NamesEveryKindOfSession) {
     }
 }
 
-TEST(LapJson, GivesNoLapTimeWhereThereIsNone) {
+TEST(LapJson, HasNullForAMissingLapTime) {
     Lap lap;
     EXPECT_TRUE(headerOf(lap).value(QStringLiteral("lapTime")).isNull());
     lap.setLapTime(QTime(0, 59, 59));

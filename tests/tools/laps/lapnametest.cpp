@@ -8,7 +8,7 @@ namespace {
 using rataip::laps::lapFileName;
 using TLM::SDK::Lap;
 
-TEST(LapFileName, TellsTheLapApart) {
+TEST(LapFileName, IdentifiesTheLap) {
     EXPECT_EQ(lapFileName(*ownLap()),
               QStringLiteral("car03_Ada-Berg_practice_lap4_flying_1m34s512"));
 }

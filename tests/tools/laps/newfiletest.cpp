@@ -36,7 +36,7 @@ protected:
                               {QStringLiteral("png"), &writeText}});
     }
 
-    /** The paths of files of the folder, for a comparison. */
+    /** The paths of files in the folder. */
     [[nodiscard]] QStringList paths(const QStringList& names) const {
         QStringList all;
         for (const QString& name : names) {
@@ -58,7 +58,7 @@ protected:
     QTemporaryDir folder;
 };
 
-TEST_F(NewFilesIn, AreWrittenUnderOneNameAndTold) {
+TEST_F(NewFilesIn, AreWrittenUnderOneNameAndReported) {
     const NewFiles written = write();
     EXPECT_EQ(written.paths, paths({QStringLiteral("lap.csv"), QStringLiteral("lap.json"),
                                     QStringLiteral("lap.png")}));
@@ -84,9 +84,9 @@ TEST_F(NewFilesIn, ShareTheirNumberWhicheverOfThemIsTaken) {
     EXPECT_EQ(files().size(), 5) << "nothing is left of the names that were tried";
 }
 
-// As with a name that differs in its letters' case only where the file system ignores that, the
-// names in a list of the folder's files do not tell that it is taken.
-TEST_F(NewFilesIn, CountOnWhereTheListOfFilesDoesNotShowThatANameIsTaken) {
+// A list of the folder's files does not show every name that is taken, for instance a folder's or,
+// on some file systems, one that differs only in case.
+TEST_F(NewFilesIn, SkipNamesThatAreTakenWithoutBeingListed) {
     ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("lap.csv")));
     ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("lap_1.json")));
     EXPECT_EQ(write().paths, paths({QStringLiteral("lap_2.csv"), QStringLiteral("lap_2.json"),
@@ -97,7 +97,7 @@ TEST_F(NewFilesIn, CountBeyondAHundredOfOneName) {
     for (int number = 0; number < 150; ++number) {
         const NewFiles written = write();
         ASSERT_TRUE(written.error.isEmpty()) << written.error.toStdString();
-        // The first of the files alone does not show how far to count.
+        // The first file alone does not show how far to count.
         EXPECT_TRUE(QFile::remove(written.paths.constFirst()));
     }
     EXPECT_EQ(write().paths.constFirst(), folder.filePath(QStringLiteral("lap_150.csv")));
@@ -115,7 +115,7 @@ TEST_F(NewFilesIn, LeaveNothingWhenOneCannotBeWritten) {
     EXPECT_TRUE(files().isEmpty()) << files().join(QLatin1Char(' ')).toStdString();
 }
 
-TEST_F(NewFilesIn, AreNamedWhereTheyCannotBeMade) {
+TEST_F(NewFilesIn, AreNamedWhenTheyCannotBeMade) {
     const QString absent = folder.filePath(QStringLiteral("absent"));
     const NewFiles written =
         writeNewFiles(QDir(absent), QStringLiteral("lap"), {{QStringLiteral("csv"), &writeText}});

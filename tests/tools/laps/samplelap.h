@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-/** The marker of a reading that is missing. */
+/** The value of a missing reading. */
 inline constexpr double missing = static_cast<double>(1e25F);
 
 inline QSharedPointer<TLM::SDK::Channel> channelWith(const QList<double>& samples,
@@ -17,7 +17,7 @@ inline QSharedPointer<TLM::SDK::Channel> channelWith(const QList<double>& sample
     return channel;
 }
 
-/** A flying lap of the own car over 4 km in 100 s, with everything that is drawn of one. */
+/** A flying lap of the own car over 4 km in 100 s, with all channels that are drawn. */
 inline QSharedPointer<TLM::SDK::Lap> ownLap(int number = 4, int size = 1200) {
     auto lap = QSharedPointer<TLM::SDK::Lap>::create();
     lap->setCarId(QStringLiteral("3"));
@@ -62,7 +62,7 @@ inline QSharedPointer<TLM::SDK::Lap> ownLap(int number = 4, int size = 1200) {
     return lap;
 }
 
-/** A lap of another car: no pedals, no steering. */
+/** A lap of another car, without pedals and steering. */
 inline QSharedPointer<TLM::SDK::Lap> otherLap(int slot = 7, int size = 1200) {
     QSharedPointer<TLM::SDK::Lap> lap = ownLap(4, size);
     lap->setCarId(QString::number(slot));

@@ -1,4 +1,4 @@
-#include "tests/tools/laps/slowtogo.h"
+#include "tests/tools/laps/slowcleanup.h"
 #include "tools/laps/threadend.h"
 
 #include <gtest/gtest.h>
@@ -11,11 +11,11 @@ namespace {
 
 using rataip::laps::ThreadEnd;
 
-TEST(ThreadEnd, IsWaitedForUntilTheThreadHasTidiedUp) {
+TEST(ThreadEnd, WaitsUntilTheThreadHasCleanedUp) {
     std::atomic<bool> isOver = false;
     std::unique_ptr<ThreadEnd> end;
     std::thread([&] {
-        thread_local SlowToGo slow;
+        thread_local SlowCleanup slow;
         slow.isThere = true;
         end = std::make_unique<ThreadEnd>();
         isOver = true;
@@ -25,7 +25,7 @@ TEST(ThreadEnd, IsWaitedForUntilTheThreadHasTidiedUp) {
     }
     end->wait();
 
-    EXPECT_TRUE(SlowToGo::isTidy);
+    EXPECT_TRUE(SlowCleanup::isDone);
 }
 
 }  // namespace

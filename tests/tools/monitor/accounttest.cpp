@@ -28,7 +28,7 @@ Sample sampleAtTick(int tick) {
 
 class AccountOf : public ::testing::Test {
 protected:
-    /** What was printed since the last call. */
+    /** The text printed since the last call. */
     QString takeText() { return std::exchange(m_text, QString()); }
 
     QString m_text;
@@ -76,7 +76,7 @@ TEST_F(AccountOnAPipe, PrintsADriversNameAsItIs) {
         << text.toStdString();
 }
 
-TEST_F(AccountOnAPipe, MarksOnlyTheOwnCarAndTellsALapThatIsNone) {
+TEST_F(AccountOnAPipe, MarksOnlyTheOwnCarAndPrintsAnIncompleteLap) {
     const auto lap = QSharedPointer<Lap>::create();
     lap->setCarId(QStringLiteral("12"));
     lap->setDriverName(QStringLiteral("Bob"));
@@ -127,7 +127,7 @@ TEST_F(AccountOnAPipe, PrintsTheNamedCarsWhenTheyChange) {
 
     info.cars[5].setStatus(CarStatus::OutLap);
     emit m_emitter.sendCarListChanged(info);
-    EXPECT_EQ(takeText(), QString()) << "a new status alone is no news";
+    EXPECT_EQ(takeText(), QString()) << "a new status alone is not printed";
 
     info.cars[6].setCarId(QStringLiteral("6"));
     info.cars[6].setDriverName(QStringLiteral("Bob"));
@@ -135,7 +135,7 @@ TEST_F(AccountOnAPipe, PrintsTheNamedCarsWhenTheyChange) {
     info.cars[6].setStatus(CarStatus::Undefined);
     emit m_emitter.sendCarListChanged(info);
     EXPECT_EQ(takeText(), QStringLiteral("2 cars, of which new or changed: 1\n    6  Bob\n"))
-        << "no status that is not known, and no blanks for what is missing";
+        << "no unknown status, and no spaces for missing texts";
 
     info.cars[5].setDriverName(QString());
     info.cars[6].setDriverName(QString());
@@ -184,7 +184,7 @@ protected:
     Account m_account{m_emitter, m_console};
 };
 
-TEST_F(AccountOnATerminal, ShowsTheStatusWhileConnectedAndTakesItAwayAfterwards) {
+TEST_F(AccountOnATerminal, ShowsTheStatusWhileConnectedAndRemovesItAfterwards) {
     constexpr int generousMs = 20'000;
     emit m_emitter.sendConnected();
     emit m_emitter.sendSamples({sampleAtTick(1)});

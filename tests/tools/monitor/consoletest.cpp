@@ -22,7 +22,7 @@ TEST_F(ConsoleOutput, WritesLinesAsTheyCome) {
     EXPECT_EQ(m_text, QStringLiteral("one\n\ntwo\n"));
 }
 
-TEST_F(ConsoleOutput, WritesEveryStatusAsALineWhenItIsNoTerminal) {
+TEST_F(ConsoleOutput, WritesEveryStatusAsALineWithoutATerminal) {
     Console console(m_stream, false);
     console.setStatus(QStringLiteral("60 ticks/s"));
     console.print(QStringLiteral("lap"));
@@ -46,7 +46,7 @@ TEST_F(ConsoleOutput, KeepsTheStatusBelowTheLinesOnATerminal) {
     EXPECT_EQ(m_text, QStringLiteral("abc\r   \rlap\nabc\r   \rlap\nabc"));
 }
 
-TEST_F(ConsoleOutput, TakesTheStatusAwayOnATerminal) {
+TEST_F(ConsoleOutput, RemovesTheStatusOnATerminal) {
     Console console(m_stream, true);
     console.setStatus(QStringLiteral("abc"));
     console.setStatus(QString());

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int notWritten = 5;
 
-/** How often a text stands in another. */
+/** How often a text occurs in another. */
 int countOf(const std::string& text, const std::string& in) {
     int count = 0;
     for (std::size_t at = in.find(text); at != std::string::npos; at = in.find(text, at + 1)) {
@@ -20,17 +20,17 @@ int countOf(const std::string& text, const std::string& in) {
 
 TEST(MonitorExport, GoesOnWhenTheDiskIsFull) {
     const QTemporaryDir folder;
-    // No file may grow beyond a few blocks: writing fails as on a full disk, for root, too.
+    // Limits the size of files, so that writing fails as on a full disk, even for root.
     ExportWatch watch(folder.path(), "trap '' XFSZ; ulimit -f 4; exec \"$0\" \"$@\"");
     EXPECT_EQ(watch.waitForEnd(), notWritten) << watch.output();
     EXPECT_EQ(countOf("A lap was not saved: cannot write ", watch.output()), 1) << watch.output();
     EXPECT_EQ(countOf("\n0 of ", watch.output()), 1) << watch.output();
     EXPECT_EQ(countOf(" laps saved, ", watch.output()), 1) << watch.output();
     EXPECT_GE(countOf("\nLap ", watch.output()), 4) << watch.output();
-    EXPECT_TRUE(QDir(folder.path()).isEmpty()) << "no half file is left";
+    EXPECT_TRUE(QDir(folder.path()).isEmpty()) << "no partial file is left";
 }
 
-TEST(MonitorExport, GoesOnSavingWhenItsOutputGoesNowhere) {
+TEST(MonitorExport, KeepsSavingWhenItsOutputFails) {
     const QTemporaryDir folder;
     ExportWatch watch(folder.path(), "exec \"$0\" \"$@\" > /dev/full");
     EXPECT_EQ(watch.waitForEnd(), notWritten) << watch.output();

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/** The monitor, saving laps, with a simulator whose first laps are over within seconds. */
+/** Runs the monitor, saving laps, with a simulator whose first laps end within seconds. */
 class ExportWatch {
 public:
     /** `shell`, where there is one, is what starts the monitor in its place. */

@@ -10,10 +10,10 @@ using namespace std::chrono_literals;
 using rataip::monitor::ExitStatus;
 using rataip::monitor::Goal;
 
-// For what is awaited; generous, since it is waited out only when a test fails.
+// Only a failing test waits this long.
 constexpr int generousMs = 20'000;
 
-/** Remembers how a goal ended. */
+/** Records how a goal ended. */
 class EndSpy {
 public:
     explicit EndSpy(const Goal& goal) {
@@ -76,7 +76,7 @@ std::string nameOf(const ::testing::TestParamInfo<EndingCase>& info) {
 
 class MonitorGoalEarlyEnd : public ::testing::TestWithParam<EndingCase> {};
 
-TEST_P(MonitorGoalEarlyEnd, TellsWhetherItGotWhatWasAskedFor) {
+TEST_P(MonitorGoalEarlyEnd, ReportsWhetherItWasReached) {
     for (void (Goal::*const end)() : {&Goal::onInterrupted, &Goal::onSourceGone}) {
         Goal goal(GetParam().laps, GetParam().duration);
         const EndSpy spy(goal);
@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class MonitorGoalTime : public ::testing::TestWithParam<EndingCase> {};
 
-TEST_P(MonitorGoalTime, TellsWhetherItGotWhatWasAskedFor) {
+TEST_P(MonitorGoalTime, ReportsWhetherItWasReached) {
     Goal goal(GetParam().laps, GetParam().duration);
     const EndSpy spy(goal);
     QSignalSpy ended(&goal, &Goal::ended);
@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
                       EndingCase{"LapsInTimeWithoutData", 5, 10ms, false, ExitStatus::NoData}),
     nameOf);
 
-TEST(MonitorGoal, DoesNotAwaitTheTimeOnceTheLapsAreThere) {
+TEST(MonitorGoal, DoesNotWaitForTheTimeOnceTheLapsHaveArrived) {
     Goal goal(1, 10ms);
     const EndSpy spy(goal);
     QSignalSpy ended(&goal, &Goal::ended);

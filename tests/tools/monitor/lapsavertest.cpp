@@ -24,7 +24,7 @@ protected:
     Console console{stream, false};
 };
 
-TEST_F(Saver, SavesEachLapThreefoldAndSaysHowManyThereAre) {
+TEST_F(Saver, SavesEachLapInThreeFormatsAndCountsThem) {
     const QString target = folder.filePath(QStringLiteral("laps"));
     LapSaver saver(emitter, console, target);
     emit emitter.sendTelemetryLap(ownLap());
@@ -52,7 +52,7 @@ TEST_F(Saver, SaysOnceThatLapsCannotBeSaved) {
     EXPECT_FALSE(saver.hasSavedAll());
 }
 
-TEST_F(Saver, TellsAFailureAgainAfterALapThatCouldBeSaved) {
+TEST_F(Saver, ReportsAFailureAgainAfterALapThatCouldBeSaved) {
     const QString target = folder.filePath(QStringLiteral("taken"));
     QFile file(target);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));

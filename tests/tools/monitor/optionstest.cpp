@@ -49,7 +49,7 @@ TEST(MonitorArguments, NameTheFolderForLaps) {
     expectError({QStringLiteral("--export")}, "export");
 }
 
-TEST(MonitorArguments, TellBeforeAllElseWhetherLapsAreSaved) {
+TEST(MonitorArguments, TellInAdvanceWhetherLapsAreSaved) {
     for (const char* argument : {"--export", "--export=a", "-export"}) {
         const char* const arguments[] = {"monitor", "--laps", argument};
         EXPECT_TRUE(rataip::monitor::asksForExport(3, arguments)) << argument;
@@ -57,7 +57,7 @@ TEST(MonitorArguments, TellBeforeAllElseWhetherLapsAreSaved) {
     }
 }
 
-TEST(MonitorArguments, RefuseSecondsThatAreNone) {
+TEST(MonitorArguments, RefuseInvalidSeconds) {
     for (const char* text : {"", "soon", "-1", "nan", "inf", "1e300", "604801", "5s"}) {
         expectError({QStringLiteral("--wait"), QLatin1String(text)}, "--wait takes seconds");
         expectError({QStringLiteral("--duration"), QLatin1String(text)},
@@ -66,13 +66,13 @@ TEST(MonitorArguments, RefuseSecondsThatAreNone) {
     expectError({QStringLiteral("--duration"), QStringLiteral("0")}, "--duration takes seconds");
 }
 
-TEST(MonitorArguments, RefuseLapsThatAreNoCount) {
+TEST(MonitorArguments, RefuseAnInvalidNumberOfLaps) {
     for (const char* text : {"", "many", "0", "-3", "1.5", "2147483648"}) {
         expectError({QStringLiteral("--laps"), QLatin1String(text)}, "--laps takes a whole number");
     }
 }
 
-TEST(MonitorArguments, KeepTheFirstComplaint) {
+TEST(MonitorArguments, ReportTheFirstMistake) {
     expectError({QStringLiteral("--wait"), QStringLiteral("x"), QStringLiteral("--laps"),
                  QStringLiteral("2")},
                 "--wait");

@@ -27,7 +27,7 @@ ProgramRun runMonitor(const QStringList& arguments, const QString& folder = QStr
     return runProgram(MONITOR_PROGRAM, arguments, folder);
 }
 
-/** That the program ended with that status and one line on the standard error that holds `part`. */
+/** Expects an exit status and one line on standard error that contains `part`. */
 void expectRefusal(const ProgramRun& run, int status, const std::string& part) {
     EXPECT_EQ(run.status, status) << run.err;
     EXPECT_EQ(run.out, "");
@@ -88,7 +88,7 @@ TEST(MonitorProgram, TriesTheFolderForLapsBeforeItWaits) {
     const QTemporaryDir folder;
     QFile file(folder.filePath("taken"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    // It waits for ever where it does not end here.
+    // If it did not end here, it would wait forever.
     const ProgramRun run = runMonitor({fixture("quiet"), "--export", file.fileName()});
     EXPECT_EQ(run.status, NotWritten);
     EXPECT_EQ(run.out, "");

@@ -19,7 +19,7 @@ TEST(MonitorProgram, SaysInOneSentenceThatItCannotDrawLaps) {
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
 }
 
-TEST(MonitorProgram, SaysThatItsHelpGoesNowhere) {
+TEST(MonitorProgram, SaysThatItsHelpCannotBeWritten) {
     const ProgramRun run =
         runProgram("sh", {"-c", QStringLiteral("exec \"$0\" --help > /dev/full"), MONITOR_PROGRAM});
     EXPECT_EQ(run.status, notWritten);

@@ -16,7 +16,7 @@ enum ExitStatus {
     FellShort = 4,
 };
 
-/** A field whose first laps are over within seconds; it publishes when it is there. */
+/** A simulator whose first laps end within seconds. Publishes when constructed. */
 class RunningSimulator : public SimulatorProcess {
 public:
     RunningSimulator()

@@ -12,8 +12,8 @@ namespace {
 
 using rataip::monitor::Console;
 
-TEST(StandardOutput, IsWrittenToInVainWhenItsReaderIsGone) {
-    // Parts of Qt ignore the signal, too; without them it would end the program.
+TEST(StandardOutput, FailsToWriteWhenItsReaderIsGone) {
+    // Parts of Qt ignore the signal as well. Without them it would end the program.
     std::signal(SIGPIPE, SIG_DFL);
     rataip::monitor::prepareStandardOutput();
     int ends[2];

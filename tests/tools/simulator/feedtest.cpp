@@ -11,7 +11,7 @@ using namespace simulator;
 
 namespace {
 
-/** A feed that publishes into memory of this process. */
+/** A feed that publishes into this process's memory. */
 class MemoryFeed {
 public:
     explicit MemoryFeed(const Options& options)

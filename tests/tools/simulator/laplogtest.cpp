@@ -38,12 +38,12 @@ TEST(LapLog, WritesMinusOneForALapWithoutATime) {
 }
 
 TEST(LapLog, BeginsWithTheNamesOfItsColumnsAndCanBeReadWhileItIsOpen) {
-    // Of this run alone: others may run beside it.
+    // Unique, because other runs may be going on.
     const auto path = std::filesystem::temp_directory_path() /
                       ("rataip-laplog-test-" + std::to_string(std::random_device()()) + ".tsv");
     std::ostringstream text;
     {
-        // Closed before the file is removed: some systems keep a file while it is open.
+        // Closed before the file is removed, because some systems do not remove open files.
         LapLog log;
         ASSERT_TRUE(log.open(path.string()));
         log.add({kLap});

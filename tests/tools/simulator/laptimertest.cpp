@@ -12,7 +12,7 @@ LapTimer timer() {
     return LapTimer({kDelay, kDelay}, Random(1));
 }
 
-// Settles all ticks up to `tick`.
+// Runs the timer up to `tick`.
 void runTo(LapTimer& timer, Tick from, Tick tick) {
     for (Tick now = from; now <= tick; ++now) {
         timer.settle(now);
@@ -87,7 +87,7 @@ TEST(LapTimer, PublishesALateLapWhenTheNextOneEndsFirst) {
     EXPECT_EQ(laps.lastLapTime(), 90.0);
 }
 
-TEST(LapTimer, ForgetsAllInANewSession) {
+TEST(LapTimer, ForgetsEverythingInANewSession) {
     LapTimer laps = timer();
     laps.crossLine(0.0, 0);
     laps.crossLine(90.0, 5400);

@@ -23,7 +23,7 @@ constexpr int kTicks = 1000;
 const std::vector<std::string> kLockstep = onShortTrack(6, {"--lockstep"});
 constexpr std::size_t kNoPlace = std::numeric_limits<std::size_t>::max();
 
-/** The simulator as a program of its own, with the link as its reader. */
+/** The simulator in a process of its own, read through the link. */
 class SimulatorLink : public ::testing::Test {
 protected:
     void SetUp() override { irsdk_shutdown(); }
@@ -34,7 +34,7 @@ protected:
     /** One tick in lock step. */
     static void step(SimulatorProcess& program) { ASSERT_TRUE(program.step().has_value()); }
 
-    /** Where an int of the snapshot lies, as the published table says. */
+    /** The offset of an int variable in the snapshot, from the published table. */
     static std::size_t placeOf(const char* name) {
         const int offset = irsdk_varNameToOffset(name);
         return offset < 0 ? kNoPlace : static_cast<std::size_t>(offset);
@@ -90,8 +90,7 @@ TEST_F(SimulatorLink, TakesEveryTickOfARunInLockStep) {
     }
 }
 
-// The run's own count of its ticks says how many there were to be taken, so that a tick that is
-// neither delivered nor known to be skipped would show.
+// The run's own tick count reveals ticks that are neither delivered nor counted as skipped.
 TEST_F(SimulatorLink, AccountsForAThousandTicksOfARunByTheClock) {
     constexpr int kTicksPerSecond = 60;
     constexpr int kAllTicks = 40 * kTicksPerSecond;  // enough to begin seconds late
@@ -146,7 +145,7 @@ TEST_F(SimulatorLink, FindsTheStatusClearedAfterAnOrderlyEnd) {
     EXPECT_FALSE(irsdk_isConnected());
 }
 
-// Several times, since a thread of the program comes to its end at the same moment.
+// Several times, because a thread of the program ends at the same moment.
 TEST_F(SimulatorLink, FindsTheStatusClearedAfterTheEndOfTheInput) {
     constexpr int kRuns = 10;
     for (int run = 0; run < kRuns; ++run) {

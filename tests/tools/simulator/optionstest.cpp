@@ -95,7 +95,7 @@ TEST(Options, RefuseWhatTheyDoNotKnow) {
     EXPECT_EQ(complaintOf({""}), "There is no option \"\"; --help lists all.");
 }
 
-TEST(Options, SayWhatIsWantedWhenAValueWillNotDo) {
+TEST(Options, SayWhatIsValidWhenAValueIsNot) {
     const std::pair<const char*, std::vector<const char*>> cases[] = {
         {"--cars", {"0", "65", "-1", "x", "3.5", "", "99999999999999999999"}},
         {"--session", {"Race", "nap", ""}},

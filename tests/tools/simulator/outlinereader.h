@@ -6,9 +6,9 @@
 #include <vector>
 
 /**
- * Reads the simulator's session text as a client does that counts columns: a line is a section when
- * the next one is deeper, a list entry is known by the value of its first field. Small and strict,
- * for well-formed texts; all values lie in one map by their path.
+ * Reads the simulator's session text like a client that counts columns: a line is a section when
+ * the next one is deeper, and a list entry is identified by the value of its first field. Only for
+ * well-formed texts. Keeps all values in a map by path.
  */
 class OutlineReader {
 public:
@@ -46,7 +46,7 @@ private:
         const std::string content = line.substr(line.find_first_not_of(' '));
         const std::size_t separator = content.find(": ");
         const bool isEntry = content[0] == '-';
-        // The path has one name a column; a list entry stands a column deeper than its mark.
+        // The path has a name per column. A list entry is a column deeper than its mark.
         m_path.resize(own);
         if (isEntry) {
             m_path.push_back(content.substr(separator + 2));

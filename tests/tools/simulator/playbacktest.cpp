@@ -15,7 +15,7 @@ TEST(Playback, AlwaysRunsAtNormalSpeedWhenLive) {
     EXPECT_FALSE(playback.isReplay());
 }
 
-TEST(Playback, IsSearchedNowAndThenInAReplayAndMostlyRunsAtNormalSpeed) {
+TEST(Playback, RunsAtOtherSpeedsNowAndThenInAReplay) {
     Playback playback(true, 20.0, Random(1));
     std::set<int> speeds;
     int normal = 0;

@@ -107,7 +107,7 @@ std::int32_t newestTick(const MappedBlock& block) {
     return block.descriptor(block.newest()).tickCount;
 }
 
-// Whether there comes a time of that length in which no tick is published.
+// Whether there is a period of that length without a tick.
 bool standsStill(const MappedBlock& block, std::chrono::milliseconds length) {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point end = Clock::now() + kPatience;
@@ -132,7 +132,7 @@ bool goesOn(const MappedBlock& block) {
     return newestTick(block) != before;
 }
 
-// Everything that a run in lock step has published, as one sum over the block at every tick.
+// A sum over the block at every tick of a run in lock step.
 std::uint64_t sumOfRun(const std::vector<std::string>& arguments, int ticks) {
     SimulatorProcess process(arguments);
     EXPECT_TRUE(process.publishes());

@@ -13,7 +13,7 @@ using namespace simulator;
 
 namespace {
 
-/** A world and the snapshots that a table writes of it. */
+/** A world and the snapshots that a table makes of it. */
 class Published {
 public:
     explicit Published(const Options& options = {})
@@ -128,7 +128,7 @@ TEST(VariableTable, HasEveryNameThatALapRecorderReads) {
     EXPECT_EQ(table.find("NoSuchName"), nullptr);
 }
 
-TEST(VariableTable, NamesEachVariableOnceWithinTheRoomThatThereIs) {
+TEST(VariableTable, GivesEachVariableAUniqueNameThatFits) {
     const VariableTable table{Options()};
     std::set<std::string> names;
     for (const Variable& variable : table.variables()) {
@@ -157,7 +157,7 @@ TEST(VariableTable, LaysOutElementsWithoutOverlap) {
     EXPECT_GT(table.bufferLength(), VariableTable{Options()}.bufferLength());
 }
 
-TEST(VariableTable, AppendsExtraVariablesBehindTheOthers) {
+TEST(VariableTable, AppendsExtraVariablesAfterTheOthers) {
     Options options;
     options.extraVariables = 12;
     const VariableTable usual{Options()};
@@ -222,7 +222,7 @@ TEST(VariableTable, PublishesADriverWhoHasNotJoinedAsNotThere) {
     EXPECT_EQ(absent, 1);
 }
 
-TEST(VariableTable, TellsTheSameOfTheOwnCarInBothWays) {
+TEST(VariableTable, PublishesTheOwnCarTheSameInBothPlaces) {
     Published published(shortTrack());
     for (int step = 0; step < 100; ++step) {
         published.advance(60);
@@ -238,7 +238,7 @@ TEST(VariableTable, TellsTheSameOfTheOwnCarInBothWays) {
     }
 }
 
-TEST(VariableTable, SettlesTheOwnLapTimeTogetherWithTheRunningTimeAfterTheLine) {
+TEST(VariableTable, PublishesTheOwnLapTimeTogetherWithTheRunningTimeAfterTheLine) {
     Published published(shortTrack());
     int settled = 0;
     int ticksSinceLine = 1000;
@@ -282,7 +282,7 @@ TEST(VariableTable, CountsTheUntimedLapWhileItsRunningTimeIsStillZero) {
     }
 }
 
-TEST(VariableTable, StartsTheEnergyOfALapAnew) {
+TEST(VariableTable, ResetsTheEnergyOfALap) {
     Published published(shortTrack());
     float highest = 0.0F;
     bool startedAnew = false;

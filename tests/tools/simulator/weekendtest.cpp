@@ -13,7 +13,7 @@ Weekend weekendOf(std::vector<SessionPlan> plans) {
     return Weekend(std::move(plans), kLapMeters, kLapSeconds, Random(1));
 }
 
-/** Runs a weekend tick by tick until something happens. */
+/** Runs a weekend tick by tick until an event. */
 class Course {
 public:
     explicit Course(std::vector<SessionPlan> plans) : weekend(weekendOf(std::move(plans))) {}

@@ -10,7 +10,7 @@ using testsupport::SimulatorProcess;
 
 class SimulatorWindow : public ::testing::TestWithParam<std::vector<std::string>> {};
 
-// As "taskkill" and the task list ask a program to end.
+// "taskkill" and the task manager ask a program to end like this.
 TEST_P(SimulatorWindow, EndsTheProgramInOrderWhenItIsAskedToClose) {
     SimulatorProcess program(GetParam());
     // Its window was made before.

@@ -81,7 +81,7 @@ TEST(CarTable, SortsSlotsByNumber) {
               at(cars, 1, CarTableModel::Slot, CarTableModel::SortRole).toInt());
 }
 
-TEST(CarTable, TellsOnlyOfWhatIsAnother) {
+TEST(CarTable, ReportsOnlyRowsThatChanged) {
     CarTableModel cars;
     cars.setCars({car(0), car(1), car(2)});
     QSignalSpy changes(&cars, &CarTableModel::dataChanged);
@@ -98,7 +98,7 @@ TEST(CarTable, TellsOnlyOfWhatIsAnother) {
     EXPECT_EQ(changes.size(), 2) << "it is grey now";
 }
 
-TEST(CarTable, BeginsAnewWhenADriverIsAnother) {
+TEST(CarTable, IsResetWhenADriverChanges) {
     CarTableModel cars;
     cars.setCars({car(0), car(1)});
     QSignalSpy resets(&cars, &CarTableModel::modelReset);

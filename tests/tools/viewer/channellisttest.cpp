@@ -30,7 +30,7 @@ TEST(ChannelList, KeepsRecordedAndCalculatedChannelsApart) {
     EXPECT_EQ(channels.item(1)->child(0, 1)->text(), QStringLiteral("s"));
 }
 
-TEST(ChannelList, TellsWhatIsTickedInTheOrderOfTicking) {
+TEST(ChannelList, ListsTickedChannelsInTheOrderOfTicking) {
     ChannelList channels(lapWithBothKinds());
     QSignalSpy changes(&channels, &ChannelList::chosenChanged);
     channels.choose({QStringLiteral("speed"), true}, true);
@@ -43,7 +43,7 @@ TEST(ChannelList, TellsWhatIsTickedInTheOrderOfTicking) {
     EXPECT_EQ(channels.chosen(), (QList<ChannelName>{{QStringLiteral("gear"), false}}));
 }
 
-TEST(ChannelList, TicksManyChannelsAndTellsItOnce) {
+TEST(ChannelList, TicksManyChannelsWithOneSignal) {
     ChannelList channels(lapWithBothKinds());
     channels.choose({QStringLiteral("gear"), false}, true);
     QSignalSpy changes(&channels, &ChannelList::chosenChanged);
@@ -54,12 +54,12 @@ TEST(ChannelList, TicksManyChannelsAndTellsItOnce) {
     EXPECT_EQ(channels.chosen(), (QList<ChannelName>{names.at(0), names.at(2)}));
     EXPECT_EQ(changes.size(), 1);
     channels.chooseOnly({names.at(0), names.at(2)});
-    EXPECT_EQ(changes.size(), 1) << "nothing is another";
+    EXPECT_EQ(changes.size(), 1) << "nothing changed";
     channels.choose({QStringLiteral("gear"), false}, true);
     EXPECT_EQ(changes.size(), 2);
 }
 
-TEST(ChannelList, LeavesOutAChannelThatTheLapLacks) {
+TEST(ChannelList, IgnoresAChannelThatTheLapLacks) {
     ChannelList channels(lapWithBothKinds());
     channels.choose({QStringLiteral("absent"), false}, true);
     channels.choose({QStringLiteral("gear"), true}, true);

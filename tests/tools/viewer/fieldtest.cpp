@@ -64,7 +64,7 @@ TEST(ViewerField, RanksByLapsAndShareOfTheLap) {
 
 TEST(ViewerField, KeepsACarInFrontThatHasJustCrossedTheLine) {
     Sample leader = at(0.01, 6);
-    // This number follows some ticks after the line.
+    // This number changes some ticks after the line.
     leader.setValue(QStringLiteral("lapcompleted"), 4, {});
     Sample follower = at(0.98, 5);
     follower.setValue(QStringLiteral("lapcompleted"), 4, {});
@@ -82,7 +82,7 @@ TEST(ViewerField, GivesNoPositionToCarsThatAreNotInTheWorld) {
     EXPECT_FALSE(field.cars().at(0).isInWorld());
 }
 
-TEST(ViewerField, TakesShareSlightlyBesideTheLapAsItsEnd) {
+TEST(ViewerField, TakesAShareSlightlyOutsideTheLapAsItsEnd) {
     Field field;
     field.setCars(carsNamed({QStringLiteral("A"), QStringLiteral("B")}));
     field.setSamples({at(-0.1, 0), at(1.2, 0)});
@@ -102,7 +102,7 @@ TEST(ViewerField, ReadsTheOwnCarsLastLapUnderItsOwnName) {
     EXPECT_EQ(field.ownSlot(), 1);
 }
 
-TEST(ViewerField, TakesNumbersThatMakeNoSenseAsNotKnown) {
+TEST(ViewerField, IgnoresNumbersThatMakeNoSense) {
     Sample sample;
     sample.setValue(QStringLiteral("lapdistpct"), std::numeric_limits<double>::quiet_NaN(), {});
     sample.setValue(QStringLiteral("lap"), -1, {});
@@ -130,7 +130,7 @@ TEST(ViewerField, IgnoresSamplesWithoutACarAndCarsWithoutASample) {
     EXPECT_FALSE(field.cars().at(1).isInWorld());
 }
 
-TEST(ViewerField, ForgetsWhereTheCarsAreButNotWhoTheyAre) {
+TEST(ViewerField, ForgetsPositionsButNotDrivers) {
     Field field;
     field.setCars(carsNamed({QStringLiteral("A")}));
     field.setSamples({at(0.5, 0)});

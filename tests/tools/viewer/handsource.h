@@ -4,7 +4,7 @@
 
 #include <QList>
 
-/** A live source that is worked by hand: it delivers what a test tells it to. */
+/** A live source that delivers what the test tells it to. */
 class HandSource : public TLM::SDK::PluginInterfaceLive {
 public:
     void initialize() override { ++initialized; }
@@ -31,7 +31,7 @@ public:
         }
     }
 
-    /** Announces cars, the one in slot `own` as the user's. */
+    /** Sends a list of cars. The one in slot `own` is the user's. */
     void sendCars(int count, int own) {
         TLM::SDK::LivePluginInfo info;
         for (int slot = 0; slot < count; ++slot) {
@@ -48,7 +48,7 @@ public:
         emit dataEmitter()->sendCarListChanged(info);
     }
 
-    /** A tick in which car k is k hundredths of a lap behind `share`. */
+    /** Sends a tick in which car k is k hundredths of a lap behind `share`. */
     void sendTick(int count, int own, quint64 tick, double share) {
         QList<TLM::SDK::Sample> samples(count);
         for (int slot = 0; slot < count; ++slot) {

@@ -52,7 +52,7 @@ TEST(LapList, SortsSlotsByNumberAndLapsWithoutATimeLast) {
     EXPECT_FALSE(laps.data(laps.index(0, 0), Qt::FontRole).isValid());
 }
 
-TEST(LapList, LetsTheOldestLapsOfOtherCarsGoFirst) {
+TEST(LapList, ReleasesTheOldestLapsOfOtherCarsFirst) {
     // A lap of the own car has 8 channels here, one of another car 5.
     LapListModel laps(qsizetype{10} * (8 + 5 + 5));
     const QAbstractItemModelTester tester(&laps,
@@ -68,7 +68,7 @@ TEST(LapList, LetsTheOldestLapsOfOtherCarsGoFirst) {
     EXPECT_EQ(textAt(laps, 1, LapListModel::Slot), QStringLiteral("6"));
 }
 
-TEST(LapList, LetsTheOwnCarsOldestLapGoWhenThereAreNoOthers) {
+TEST(LapList, ReleasesTheOwnCarsOldestLapWhenThereAreNoOthers) {
     LapListModel laps(qsizetype{10} * 16);
     for (int number = 1; number <= 3; ++number) {
         laps.add(ownLap(number, 10));

@@ -32,7 +32,7 @@ using TLM::SDK::Lap;
 constexpr qsizetype otherLine = 0;
 constexpr qsizetype thisLine = 1;
 
-/** That a line shows a channel, reading by reading, over another channel less an offset. */
+/** Expects the line to show all readings of a channel over another channel less an offset. */
 void expectReadings(const QLineSeries& line, const Channel& over, double offset,
                     const Channel& channel) {
     const QList<QPointF> points = line.points();
@@ -88,7 +88,7 @@ TEST_F(LapView, PlotsThemOverTimeFromTheLapsStart) {
     EXPECT_EQ(window->panels().constLast()->axisText(), QStringLiteral("Time (s)"));
 }
 
-TEST_F(LapView, LaysASecondLapOverTheFirst) {
+TEST_F(LapView, PlotsASecondLapOverTheFirst) {
     window->compareWith(other);
     for (const PlotPanel* panel : window->panels()) {
         expectReadings(*panel->lines().at(thisLine), *lap->channel(QStringLiteral("lapdist")), 0.0,
@@ -136,21 +136,21 @@ TEST_F(LapView, OffersLapsOfTheSameCarBeforeAllOthers) {
               "Björn Kowalski, lap 4");
 }
 
-TEST_F(LapView, NoLongerOffersLapsThatWereLetGoButKeepsTheOneInSight) {
-    // Room for one of these laps: what comes next drives the one before out.
+TEST_F(LapView, WithdrawsReleasedLapsExceptTheOneBeingCompared) {
+    // Has room for one of these laps, so that each new lap releases the one before.
     LapListModel few(1);
     few.add(other);
     LapWindow view(lap, few);
     view.compareWith(other);
     const auto* const choice = view.findChild<QComboBox*>();
     few.add(ownLap(5));
-    EXPECT_EQ(choice->count(), 3) << "none, the newest, and the one in sight";
+    EXPECT_EQ(choice->count(), 3) << "none, the newest, and the one being compared";
     few.add(ownLap(6));
     EXPECT_EQ(choice->count(), 3);
     EXPECT_EQ(choice->currentText(), QStringLiteral("Ada Berg, lap 3, 1:34.512"));
 }
 
-TEST_F(LapView, HandsItsLayoutOnToTheNext) {
+TEST_F(LapView, HandsItsLayoutToTheNextWindow) {
     const QTemporaryDir folder;
     QSettings stored(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
     Settings settings(stored);
@@ -191,7 +191,7 @@ TEST_F(LapView, ShowsAndHidesItsBarByTheKey) {
     }
 }
 
-TEST_F(LapView, HandsChannelsOnThatItsLapLacks) {
+TEST_F(LapView, HandsOnChannelsThatItsLapLacks) {
     const QTemporaryDir folder;
     QSettings stored(folder.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
     Settings settings(stored);
@@ -229,7 +229,7 @@ TEST_F(LapView, TakesLinesColoursFromTheDesktopsPalette) {
         legend().contains(rataip::lapimage::colour(rataip::lapimage::Role::ThisLap, true).name()));
 }
 
-TEST_F(LapView, SaysWhatBecameOfSaving) {
+TEST_F(LapView, ShowsTheResultOfSaving) {
     window->showOutcome(QStringLiteral("The lap was not saved: the disk is full."));
     bool isShown = false;
     const QList<QLabel*> labels = window->findChildren<QLabel*>();
@@ -251,7 +251,7 @@ TEST_F(LapView, PlotsWhatIsTickedWithItsUnit) {
     EXPECT_EQ(window->panels().constLast()->axisText(), QStringLiteral("Distance (m)"));
 }
 
-TEST_F(LapView, LabelsStandInThePicture) {
+TEST_F(LapView, ShowsLabelsInItsPicture) {
     QCoreApplication::processEvents();
     window->grab();
     const QStringList texts = chartTexts(*window);
@@ -294,7 +294,7 @@ TEST_F(LapView, AsksForItsLapToBeSaved) {
     EXPECT_EQ(asked.constFirst().constFirst().value<QSharedPointer<Lap>>(), lap);
 }
 
-TEST_F(LapView, CutsNoTextOff) {
+TEST_F(LapView, ShowsAllTextsInFull) {
     window->compareWith(other);
     QCoreApplication::processEvents();
     window->grab();

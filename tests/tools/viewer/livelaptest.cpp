@@ -45,11 +45,11 @@ TEST(LiveLap, DoesNotGrowWhileTheCarStands) {
         EXPECT_EQ(point.x(), 50.0);
         readings.append(point.y());
     }
-    EXPECT_EQ(readings.constFirst(), 36.0) << "joins what was driven before";
+    EXPECT_EQ(readings.constFirst(), 36.0) << "continues the line";
     EXPECT_EQ(*std::min_element(readings.cbegin(), readings.cend()), 0.0);
     EXPECT_EQ(*std::max_element(readings.cbegin(), readings.cend()), 72.0);
     lap.add(tick(0.5, 15.0));
-    EXPECT_EQ(lap.current()[speed].constLast(), QPointF(50.0, 54.0)) << "the newest is in sight";
+    EXPECT_EQ(lap.current()[speed].constLast(), QPointF(50.0, 54.0)) << "the newest is shown";
     lap.add(tick(0.75, 10.0));
     EXPECT_EQ(lap.current()[speed].size(), 6) << "it drives on";
 }
@@ -61,14 +61,14 @@ TEST(LiveLap, BeginsANewLapWhenTheShareFallsByMoreThanHalf) {
     EXPECT_EQ(lap.current()[speed].size(), 1);
 }
 
-TEST(LiveLap, GoesOnWhenTheCarIsSetBackALittle) {
+TEST(LiveLap, ContinuesWhenTheCarIsResetByALittle) {
     LiveLap lap;
     lap.add(tick(0.6));
     lap.add(tick(0.2));
     EXPECT_EQ(lap.current()[speed].size(), 2);
 }
 
-TEST(LiveLap, LeavesOutTicksWithoutAPlace) {
+TEST(LiveLap, IgnoresTicksWithoutAPosition) {
     LiveLap lap;
     lap.add(tick(-1.0));
     lap.add(tick(missing));
@@ -76,7 +76,7 @@ TEST(LiveLap, LeavesOutTicksWithoutAPlace) {
     EXPECT_TRUE(lap.current()[speed].isEmpty());
 }
 
-TEST(LiveLap, LeavesOutReadingsThatAreMissing) {
+TEST(LiveLap, IgnoresMissingReadings) {
     LiveLap lap;
     lap.add(tick(0.5, missing));
     EXPECT_TRUE(lap.current()[speed].isEmpty());
@@ -110,7 +110,7 @@ TEST(LiveLap, KeepsThePreviousLapWhenAnotherKindOfLapEnds) {
     EXPECT_TRUE(lap.previous()[speed].isEmpty());
 }
 
-TEST(LiveLap, DrawsNothingOfAPreviousLapThatLacksAChannel) {
+TEST(LiveLap, HasNoCurveWhereThePreviousLapLacksTheChannel) {
     LiveLap lap;
     const auto finished = ownLap();
     finished->removeChannel(QStringLiteral("gear"));
@@ -122,7 +122,7 @@ TEST(LiveLap, DrawsNothingOfAPreviousLapThatLacksAChannel) {
     EXPECT_TRUE(lap.previous()[speed].isEmpty());
 }
 
-TEST(LiveLap, StartsAnewWithAConnection) {
+TEST(LiveLap, StartsAgainWithANewConnection) {
     LiveLap lap;
     lap.add(tick(0.9));
     lap.addFinished(*ownLap());

@@ -29,7 +29,7 @@ using rataip::viewer::OutcomeLine;
 using rataip::viewer::Session;
 using rataip::viewer::TrackStrip;
 
-// For what is awaited; generous, since it is waited out only when a test fails.
+// Only a failing test waits this long.
 constexpr int generousMs = 60'000;
 
 class Window : public ::testing::Test {
@@ -129,7 +129,7 @@ TEST_F(Window, SaysWhenDataArrivesAndWhenItDoesNot) {
     EXPECT_TRUE(window->noticeText().startsWith(QStringLiteral("Connected: Hand Plugin")));
 }
 
-TEST_F(Window, WorksTheSourceByItsKeys) {
+TEST_F(Window, ControlsTheSourceByItsKeys) {
     session.setSource(source);
     showWindow();
     QTest::keyClick(window.get(), Qt::Key_F5);
@@ -189,7 +189,7 @@ TEST_F(Window, DrawsAtItsOwnPace) {
         << pointsDrawn() - before;
 }
 
-TEST_F(Window, LeavesTracesAloneThatHaveGrownByLessThanAPixel) {
+TEST_F(Window, DoesNotRedrawTracesThatGrewByLessThanAPixel) {
     showWindow();
     connectSource();
     window->refresh();
@@ -203,10 +203,10 @@ TEST_F(Window, LeavesTracesAloneThatHaveGrownByLessThanAPixel) {
     EXPECT_EQ(pointsDrawn(), before);
     source.sendTick(20, 3, 3, 0.51);
     window->refresh();
-    EXPECT_EQ(pointsDrawn(), before + 2) << "nothing is left out for good";
+    EXPECT_EQ(pointsDrawn(), before + 2) << "no point is lost";
 }
 
-TEST_F(Window, BeginsTheTracesAnewWithALap) {
+TEST_F(Window, StartsTheTracesAgainWithALap) {
     showWindow();
     connectSource();
     source.sendTick(20, 3, 2, 0.9);
@@ -220,7 +220,7 @@ TEST_F(Window, BeginsTheTracesAnewWithALap) {
     }
 }
 
-TEST_F(Window, ThinsTheLiveTracesToWhatCanBeSeen) {
+TEST_F(Window, ThinsTheLiveTracesToTheResolutionOfThePlots) {
     showWindow();
     connectSource();
     for (quint64 tick = 2; tick < 6000; ++tick) {
@@ -282,7 +282,7 @@ TEST_F(Window, SaysInASentenceWhyALapCannotBeSavedAndGoesOn) {
     ASSERT_TRUE(saysInTime(QStringLiteral("The lap was not saved"), 2));
 }
 
-TEST_F(Window, ShowsAFailedSaveAlsoWhileTheMessagesAreHidden) {
+TEST_F(Window, ShowsAFailedSaveEvenWhileTheMessagesAreHidden) {
     showWindow();
     actionOf("Ctrl+4")->trigger();
     ASSERT_FALSE(window->findChild<QPlainTextEdit*>()->isVisible());
@@ -300,7 +300,7 @@ TEST_F(Window, ShowsAFailedSaveAlsoWhileTheMessagesAreHidden) {
     EXPECT_FALSE(line->visibleRegion().isEmpty());
 }
 
-/** The window that the dialog of an action belongs to; the dialog is cancelled. */
+/** Cancels the dialog that an action opens, and returns the window that it belonged to. */
 QWidget* ownerOfDialog(QAction& action) {
     QWidget* owner = nullptr;
     QTimer closing;
@@ -330,7 +330,7 @@ TEST_F(Window, AsksForAFolderInTheWindowWhoseLapIsSaved) {
     }
 }
 
-TEST_F(Window, TellsTheWindowOfALapWhatBecameOfSavingIt) {
+TEST_F(Window, ShowsTheResultOfSavingInTheWindowOfALap) {
     showWindow();
     const LapWindow& view = *window->openLap(ownLap());
     window->saving().save(ownLap(), folder.filePath(QStringLiteral("laps")));
@@ -361,7 +361,7 @@ TEST_F(Window, RemembersItsLayout) {
     EXPECT_TRUE(window->findChild<QDockWidget*>(QStringLiteral("Messages"))->isVisible());
 }
 
-TEST_F(Window, BeginsWithTheUsualLayoutWhenTheStoredOneIsDamaged) {
+TEST_F(Window, UsesTheDefaultLayoutWhenTheStoredOneIsDamaged) {
     settings.setValue(QStringLiteral("window/geometry"), QByteArray("rubbish"));
     settings.setValue(QStringLiteral("window/layout"), QByteArray("rubbish"));
     showWindow();
@@ -372,7 +372,7 @@ TEST_F(Window, BeginsWithTheUsualLayoutWhenTheStoredOneIsDamaged) {
     }
 }
 
-/** Actions that users see: not the ones that Qt keeps inside its own widgets. */
+/** The actions that users see, without those inside Qt's own widgets. */
 QList<QAction*> offeredActions(const QWidget& window) {
     QList<QAction*> offered;
     const QList<QAction*> all = window.findChildren<QAction*>();
@@ -400,7 +400,7 @@ void expectShortcutsAndNames(const QWidget& window) {
     }
 }
 
-/** What the keyboard can reach must be called something by a screen reader. */
+/** Whatever the keyboard can reach needs a name for screen readers. */
 void expectNames(const QWidget& window) {
     const QList<QWidget*> widgets = window.findChildren<QWidget*>();
     for (const QWidget* widget : widgets) {
@@ -434,7 +434,7 @@ TEST_F(Window, ListsItsKeysAndThoseOfALapOnce) {
     window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     QString text;
-    // The box keeps the key's press to itself until it is closed.
+    // The key press returns only after the message box is closed.
     QTimer closing;
     QObject::connect(&closing, &QTimer::timeout, [&text] {
         if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
@@ -458,11 +458,11 @@ TEST_F(Window, ReachesAllPanesByTheTabKey) {
     window->refresh();
     for (const char* name : {"Cars", "Laps"}) {
         auto* const table = window->findChild<QTableView*>(QString::fromLatin1(name));
-        // A cell to go on from, which tables may take the key for.
+        // With a current cell, where a table might use the key to go to the next one.
         table->setCurrentIndex(table->model()->index(0, 0));
         table->setFocus();
     }
-    // More than there are places to stop at.
+    // More than there are widgets to reach.
     constexpr int steps = 50;
     QSet<const QWidget*> reached;
     for (int step = 0; step < steps; ++step) {

@@ -58,7 +58,7 @@ TEST_F(Panel, ShowsWhatComesNearZeroFromZeroOn) {
     EXPECT_GT(panel.yAxis().min(), 900.0);
 }
 
-TEST_F(Panel, HasAHeightWithoutAnyPoint) {
+TEST_F(Panel, HasARangeWithoutPoints) {
     panel.fitHeight();
     EXPECT_LT(panel.yAxis().min(), panel.yAxis().max());
 }
@@ -86,7 +86,7 @@ TEST_F(Panel, ShowsTheWholeAxisRange) {
     EXPECT_LT(panel.xAxis().min(), panel.xAxis().max());
 }
 
-TEST_F(Panel, TellsWhereAPointLies) {
+TEST_F(Panel, GivesThePositionOfAPoint) {
     panel.setAxisRange(0.0, 200.0);
     panel.setPoints(1, {{0.0, 0.0}, {200.0, 100.0}});
     panel.fitHeight();
@@ -110,12 +110,12 @@ TEST_F(Panel, FitsItsHeightToWhatItShows) {
     EXPECT_EQ(panel.yAxis().labelFormat(), QStringLiteral("%.0f"));
 }
 
-TEST_F(Panel, TellsLinesApartByMoreThanTheirColours) {
+TEST_F(Panel, DistinguishesLinesByMoreThanColour) {
     EXPECT_NE(panel.lines().at(0)->pen().style(), panel.lines().at(1)->pen().style());
     EXPECT_NE(panel.lines().at(0)->pen().color(), panel.lines().at(1)->pen().color());
 }
 
-TEST_F(Panel, StandsExactlyAboveAnotherOfTheSameWidth) {
+TEST_F(Panel, LinesUpWithAnotherOfTheSameWidth) {
     PlotPanel other(QStringLiteral("force"), {{QStringLiteral("this"), Role::ThisLap, false}});
     other.resize(700, 300);
     other.setPoints(0, {{0.0, -123456.0}, {1.0, 654321.0}});
@@ -137,7 +137,7 @@ TEST_F(Panel, FollowsADarkPalette) {
     EXPECT_NE(panel.lines().at(1)->pen().color(), lightLine);
 }
 
-TEST_F(Panel, CutsNoMarksNumberWhereverItHasTheRoomItAsksFor) {
+TEST_F(Panel, ShowsNumbersInFullFromItsMinimumSizeOn) {
     const QList<QPair<double, double>> ranges = {
         {0.0, 100.0},          {-45.0, 65.0}, {0.6, 1.4},   {1.0, 5.0},
         {-123456.0, 654321.0}, {1e-7, 2e-7},  {-1e-7, 0.0}, {-2147483648.0, 2147483647.0},
@@ -150,7 +150,7 @@ TEST_F(Panel, CutsNoMarksNumberWhereverItHasTheRoomItAsksFor) {
             for (int more = 0; more < 200; more += 7) {
                 panel.resize(least + QSize(more, more));
                 panel.fitHeight();
-                QCoreApplication::processEvents();  // lays the numbers out
+                QCoreApplication::processEvents();  // applies the layout
                 const QStringList cut = textsCutOff(panel).filter(QStringLiteral("..."));
                 ASSERT_TRUE(cut.isEmpty()) << low << " to " << high << ", " << more;
             }
@@ -158,7 +158,7 @@ TEST_F(Panel, CutsNoMarksNumberWhereverItHasTheRoomItAsksFor) {
     }
 }
 
-TEST_F(Panel, TellsMarksApartThatAreTooWideToBeWrittenInFull) {
+TEST_F(Panel, DistinguishesMarksThatAreTooWideToBeWrittenInFull) {
     panel.setPoints(1, {{0.0, -2147483648.0}, {1.0, 2147483647.0}});
     panel.fitHeight();
     EXPECT_EQ(panel.yAxis().labelFormat(), QStringLiteral("%.0e"));

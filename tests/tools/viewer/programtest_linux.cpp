@@ -37,14 +37,14 @@ TEST(ViewerProgramWithoutDisplay, SaysSoInOneSentence) {
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
 }
 
-TEST(ViewerProgramWithoutDisplay, HelpsAndComplainsAsWithOne) {
+TEST(ViewerProgramWithoutDisplay, ShowsHelpAndErrorsAllTheSame) {
     EXPECT_EQ(runWithoutDisplay({"--help"}).status, Ok);
     EXPECT_EQ(runWithoutDisplay({"--colour"}).status, BadArguments);
 }
 
 class ViewerProgramToEnd : public ::testing::Test {
 protected:
-    /** Starts the program and waits until it listens to requests to end. */
+    /** Starts the program and waits until it handles requests to end. */
     void start(const std::vector<std::string>& options) {
         std::vector<std::string> arguments{"QT_QPA_PLATFORM=offscreen",
                                            "XDG_CONFIG_HOME=" + settings.path().toStdString(),
@@ -81,7 +81,7 @@ TEST_F(ViewerProgramToEnd, StoresItsLayoutAndSaysThatItWasAskedTo) {
     EXPECT_TRUE(stored.contains("window/layout"));
 }
 
-TEST_F(ViewerProgramToEnd, MissesThePicturesOfTheEnd) {
+TEST_F(ViewerProgramToEnd, SkipsThePicturesDueAtTheEnd) {
     start({"--duration", "3600", "--picture",
            settings.filePath(QStringLiteral("window.png")).toStdString()});
     viewer.askToEnd();

@@ -79,7 +79,7 @@ TEST(ViewerSession, WaitsAgainWhenTheSimulatorIsLost) {
     EXPECT_EQ(session.state(), State::Disconnected);
 }
 
-TEST(ViewerSession, WaitsAgainWhenItIsConnectedAnewWithoutASimulator) {
+TEST(ViewerSession, WaitsAgainWhenReconnectedWithoutASimulator) {
     HandSource source;
     source.isThere = false;
     Session session;
@@ -92,7 +92,7 @@ TEST(ViewerSession, WaitsAgainWhenItIsConnectedAnewWithoutASimulator) {
     }
 }
 
-TEST(ViewerSession, TellsWhatAProbeFound) {
+TEST(ViewerSession, ReportsWhatAProbeFound) {
     HandSource source;
     Session session;
     session.setSource(source);
@@ -105,7 +105,7 @@ TEST(ViewerSession, TellsWhatAProbeFound) {
     EXPECT_FALSE(probed.at(1).at(0).toBool());
 }
 
-TEST(ViewerSession, TakesInEveryTick) {
+TEST(ViewerSession, StoresEveryTick) {
     HandSource source;
     Session session;
     session.setSource(source);
@@ -121,7 +121,7 @@ TEST(ViewerSession, TakesInEveryTick) {
     EXPECT_EQ(session.liveLap().current()[0].size(), 2);
 }
 
-TEST(ViewerSession, ForgetsWhereTheCarsAreWhenTheSourceIsLost) {
+TEST(ViewerSession, ForgetsPositionsWhenTheSourceIsLost) {
     HandSource source;
     Session session;
     session.setSource(source);

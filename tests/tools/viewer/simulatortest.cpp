@@ -12,7 +12,7 @@ using rataip::viewer::LapWindow;
 using rataip::viewer::MainWindow;
 using rataip::viewer::Session;
 
-// Waited out only when a test fails.
+// Only a failing test waits this long.
 constexpr int longestWaitMs = 90'000;
 
 QSharedPointer<TLM::SDK::Lap> ownFlyingLap(const MainWindow& window) {
@@ -50,7 +50,7 @@ TEST(ViewerAndSimulator, ShowsCarsTracesAndLapsThroughThePlugin) {
     for (const rataip::viewer::PlotPanel* panel : traces->panels()) {
         EXPECT_FALSE(panel->lines().constLast()->points().isEmpty())
             << panel->accessibleName().toStdString();
-        EXPECT_FALSE(panel->lines().constFirst()->points().isEmpty()) << "of the lap before";
+        EXPECT_FALSE(panel->lines().constFirst()->points().isEmpty()) << "of the previous lap";
     }
 
     const auto lap = ownFlyingLap(window);

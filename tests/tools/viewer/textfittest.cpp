@@ -17,10 +17,10 @@ using rataip::viewer::LapWindow;
 using rataip::viewer::MainWindow;
 using rataip::viewer::Session;
 
-// The scale of the screen comes from the environment: the same cases run at several.
+// The environment sets the scale of the screen. The same cases run at several scales.
 class TextFit : public ::testing::TestWithParam<QSize> {
 protected:
-    /** A window of the size to test, connected to a source. */
+    /** A window of the tested size, connected to a source. */
     [[nodiscard]] std::unique_ptr<MainWindow> connectedWindow() {
         session.setSource(source);
         session.connectToSource();
@@ -37,7 +37,7 @@ protected:
 };
 
 std::string cutOff(QWidget& window) {
-    QCoreApplication::processEvents();  // lays everything out
+    QCoreApplication::processEvents();  // applies the layout
     window.grab();
     return textsCutOff(window).join(QLatin1Char('\n')).toStdString();
 }
@@ -88,7 +88,7 @@ TEST_P(TextFit, InALapWithAnother) {
     EXPECT_EQ(window.size(), GetParam());
 }
 
-TEST_P(TextFit, InTheWindowThatTellsAFailedSave) {
+TEST_P(TextFit, InTheWindowThatReportsAFailedSave) {
     const auto window = connectedWindow();
     source.sendCars(20, 3);
     source.sendTick(20, 3, 1, 0.5);

@@ -18,7 +18,7 @@
 
 namespace {
 
-// Rounding of scaled fonts.
+// Tolerates the rounding of scaled fonts.
 constexpr double tolerance = 1.0;
 
 void checkLabel(const QLabel& label, QStringList& cutOff) {
@@ -60,7 +60,7 @@ void checkCells(const QAbstractItemView& view, const QModelIndex& parent, QStrin
     }
 }
 
-/** A text item of either kind in a chart, or nothing. */
+/** A text item in a chart, plain or rich. */
 struct ChartText {
     QString text;
     QRectF ink;  // in the scene
@@ -68,7 +68,7 @@ struct ChartText {
 
 std::optional<ChartText> textIn(const QGraphicsItem& item) {
     if (const auto* rich = qgraphicsitem_cast<const QGraphicsTextItem*>(&item)) {
-        // The document's own margin around the text may hang over the edge.
+        // The document's margin around the text may exceed the chart.
         const double margin = rich->document()->documentMargin();
         return ChartText{rich->toPlainText(), rich->mapRectToScene(rich->boundingRect().adjusted(
                                                   margin, margin, -margin, -margin))};

@@ -5,10 +5,10 @@
 #include <QWidget>
 
 /**
- * The texts of a shown widget and those below it that do not fit where they stand: labels, buttons,
- * headings, cells, titles of panes, and what stands in charts. Empty when all can be read.
+ * The texts in a shown widget and its children that do not fit: labels, buttons, headings, cells,
+ * titles of panes and texts in charts. Empty when all can be read.
  */
 [[nodiscard]] QStringList textsCutOff(const QWidget& root);
 
-/** Every text that stands in the charts below a widget. */
+/** All texts in the charts of a widget and its children. */
 [[nodiscard]] QStringList chartTexts(const QWidget& root);

@@ -54,14 +54,14 @@ TEST_F(Strip, MovesACarWithItsShare) {
     EXPECT_GT(markOf(strip, 0).box.center().x(), before);
 }
 
-TEST_F(Strip, TellsTheOwnCarAndTheCarsInThePitsByTheirShape) {
+TEST_F(Strip, MarksTheOwnCarAndCarsInThePitsByShape) {
     CarState inPits = carAt(2, 0.9);
     inPits.info.setStatus(TLM::SDK::CarStatus::InPitStall);
     strip.setCars({carAt(0, 0.5, true), carAt(1, 0.5), inPits});
     EXPECT_EQ(markOf(strip, 0).shape, Shape::Diamond);
     EXPECT_EQ(markOf(strip, 1).shape, Shape::Disc);
     EXPECT_EQ(markOf(strip, 2).shape, Shape::Square);
-    EXPECT_EQ(strip.marks().constLast().slot, QStringLiteral("0")) << "drawn above the others";
+    EXPECT_EQ(strip.marks().constLast().slot, QStringLiteral("0")) << "drawn on top of the others";
 }
 
 TEST_F(Strip, KeepsTheOwnCarsShapeInThePits) {
@@ -90,7 +90,7 @@ TEST_F(Strip, ShowsNoCarThatIsNotInTheWorld) {
     EXPECT_FALSE(strip.grab().isNull());
 }
 
-TEST_F(Strip, LetsNumbersOfACrowdOverlapNowhereAndKeepsTheOwnOne) {
+TEST_F(Strip, AvoidsOverlappingNumbersAndKeepsTheOwnCars) {
     QList<CarState> cars;
     for (int slot = 0; slot < 64; ++slot) {
         cars.append(carAt(slot, 0.5 + 0.001 * slot, slot == 40));

@@ -1,12 +1,12 @@
-#include "tools/host/deafthreads.h"
+#include "tools/host/endrequestblocker.h"
 #include "tools/host/endrequests_linux.h"
 
 #include <csignal>
 
 namespace rataip::host {
 
-/** What the thread held back before; threads inherit it from the one that starts them. */
-class DeafThreads::State {
+/** The thread's former signal mask. New threads inherit the mask of the thread that starts them. */
+class EndRequestBlocker::State {
 public:
     State() {
         const sigset_t requests = endRequests();
@@ -20,8 +20,8 @@ private:
     sigset_t m_mask{};
 };
 
-DeafThreads::DeafThreads() : m_before(std::make_unique<State>()) {}
+EndRequestBlocker::EndRequestBlocker() : m_before(std::make_unique<State>()) {}
 
-DeafThreads::~DeafThreads() = default;
+EndRequestBlocker::~EndRequestBlocker() = default;
 
 }  // namespace rataip::host
