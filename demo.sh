@@ -36,7 +36,7 @@ is_running() {
     [[ -n "$1" ]] && kill -0 "$1" 2>/dev/null
 }
 
-# Asks a child to end, and ends it by force when it has not done so in time.
+# Asks a child process to end, and kills it when it does not do so in time.
 stop() {
     local pid="$1" tenth
     is_running "$pid" || return 0
@@ -80,14 +80,14 @@ start_simulator() {
     simulator=$!
 }
 
-# In the background and waited for, so that Ctrl-C reaches this script at once.
+# Runs in the background and is waited for, so that Ctrl-C reaches this script at once.
 watch() {
     "$build_folder/bin/$1" "${@:2}" &
     watcher=$!
     wait "$watcher"
 }
 
-# Runs a demonstration and shows what the simulator said when it went wrong.
+# Runs a demonstration. On failure shows the simulator's output.
 demonstrate() {
     local status=0
     watch "$@" || status=$?
@@ -98,7 +98,7 @@ demonstrate() {
     fi
 }
 
-# The folder is the demonstration's own: what an earlier one left there is replaced.
+# The folder belongs to the demonstration, which replaces the contents of an earlier one.
 clear_laps() {
     mkdir -p "$laps_folder"
     rm -f "$laps_folder"/car*.{csv,json,png}

@@ -1,23 +1,22 @@
 #!/usr/bin/env bash
-# Feeds every fuzz target with changed inputs for a while and says what came of it.
+# Runs every fuzz target for a while and reports the findings.
 #
 #   ./fuzz.sh MINUTES                 install what is missing, build, share MINUTES among the targets
 #   ./fuzz.sh MINUTES --target NAME   one target (may be given several times)
 #
-# The exit status is 1 when there was a finding: an input that ends a target by a sanitizer, by a
-# broken promise, by taking too long or by taking too much memory. Findings are kept in
-# build/fuzz/findings, what was learnt of good inputs in build/fuzz/corpus, where the next run goes
-# on from. To look at a finding:
+# The exit status is 1 after a finding: an input that makes a target fail by a sanitizer, a violated
+# promise, the time limit or the memory limit. Findings are kept in build/fuzz/findings. Useful inputs
+# are kept in build/fuzz/corpus, from which the next run continues. To reproduce a finding:
 #
 #   build/fuzz/bin/rataip-fuzz-NAME build/fuzz/findings/NAME/crash-...
 #
-# One that was mended belongs into tests/fuzz/findings/NAME, where every test run reads it.
+# Once fixed, it belongs in tests/fuzz/findings/NAME, where every test run reads it.
 set -euo pipefail
 export CDPATH=
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 all_targets=(block sessiontext ticks streams)
-# Larger inputs hold nothing new and take longer.
+# Larger inputs cover nothing new and take longer.
 declare -A longest_inputs=([block]=65536 [sessiontext]=8192 [ticks]=96 [streams]=2048)
 
 print_usage() {
@@ -63,8 +62,8 @@ build() {
     build/fuzz/bin/rataip-fuzz-seeds build/fuzz/seeds
 }
 
-# A damaged stream may announce more than any memory holds; the allocation then fails, as the
-# readers expect of one.
+# A damaged stream may announce more data than fits into memory. The allocation then fails, which the
+# readers handle.
 sanitizers_of_runs() {
     export ASAN_OPTIONS="allocator_may_return_null=1:max_allocation_size_mb=512:${ASAN_OPTIONS:-}"
     export UBSAN_OPTIONS="print_stacktrace=1:${UBSAN_OPTIONS:-}"
@@ -79,7 +78,7 @@ fuzz() {
     local inputs=("build/fuzz/corpus/$target" "build/fuzz/seeds/$target")
     [[ ! -d "$former" ]] || inputs+=("$former")
     mkdir -p "build/fuzz/corpus/$target" "build/fuzz/findings/$target"
-    # The status is that of a finding; the table says so.
+    # A failure means a finding, which the table shows.
     "build/fuzz/bin/rataip-fuzz-$target" "${options[@]}" \
         -max_total_time="$seconds" -max_len="${longest_inputs[$target]}" -len_control=50 \
         -timeout=25 -rss_limit_mb=2048 -malloc_limit_mb=0 -print_final_stats=1 \

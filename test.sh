@@ -7,10 +7,10 @@
 #   ./test.sh --list           print the stages
 #
 # With RATAIP_WINDOWS_QT=FOLDER in the environment, the stage "windows" builds with the Qt for Windows
-# in that folder and runs every test as a Windows program; without, those that are free of Qt.
+# in that folder and runs every test as a Windows program; otherwise only the tests without Qt.
 #
-# With CI=true in the environment, tests that were skipped for want of Wine are a failure. Interrupted
-# (Ctrl-C, SIGTERM), it ends all that the stage has started; the exit status is then 130 or 143.
+# With CI=true in the environment, tests skipped because Wine is missing count as failures. When
+# interrupted (Ctrl-C, SIGTERM), it ends everything that the stage started, with exit status 130 or 143.
 set -euo pipefail
 export CDPATH=
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -18,8 +18,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 source_folders=(sdk irsdk yaml reader plugin tools benchmarks tests)
 jobs="$(nproc)"
 
-# A stage is a function stage_NAME. Its one-line result, when it has more to say than "ok", goes to
-# the variable `result`.
+# A stage is a function stage_NAME. It stores a result of one line, if other than "ok", in the variable
+# `result`.
 all_stages=(format asan tsan windows lint fuzz)
 quick_stages=(format debug)
 declare -A stage_titles=(
@@ -42,7 +42,7 @@ declare -A stage_packages=(
     [lint-tests]="build viewer test lint"
     [fuzz]="build test fuzz"
 )
-# A stage does without these where they cannot be installed, and says so.
+# A stage works without these where they cannot be installed, and says so.
 declare -A stage_optional_packages=(
     [windows]="wine"
 )
@@ -56,7 +56,7 @@ stage_debug() {
     build_and_test debug
 }
 
-# What is new is freed and what was freed is not touched again, all the way to the program's end.
+# Checks for leaks and uses after free until the end of the program.
 stage_asan() {
     export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_stack_use_after_return=1}"
     export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}"
@@ -71,8 +71,8 @@ stage_tsan() {
     result="$(grep 'PASSED' "$log")"
 }
 
-# The programs that are free of Qt run as Windows programs; everything else is compiled for Windows.
-# Where RATAIP_WINDOWS_QT names a Qt for Windows, everything is linked and run.
+# Programs without Qt run as Windows programs; everything else is only compiled for Windows. With a Qt
+# for Windows in RATAIP_WINDOWS_QT, everything is linked and run.
 stage_windows() {
     local qt=()
     if [[ -n "${RATAIP_WINDOWS_QT:-}" ]]; then
@@ -80,7 +80,7 @@ stage_windows() {
             "-DQT_HOST_PATH=$(qmake6 -query QT_HOST_PREFIX)"
             "-DQT_HOST_PATH_CMAKE_DIR=$(qmake6 -query QT_HOST_LIBS)/cmake")
     fi
-    # The folder may remember the Qt of another run.
+    # The build folder may still use the Qt of another run.
     cmake --preset windows-mingw -U 'Qt6*' -U 'QT_*' -U CMAKE_PREFIX_PATH "${qt[@]}"
     build_and_test windows-mingw
     local skipped
@@ -95,14 +95,13 @@ stage_windows() {
     fi
 }
 
-# Reads the commands of the build with sanitizers, so what is compiled is what is checked. The
-# generated meta-object sources are not ours to mend.
+# Uses the compile commands of the build with sanitizers. Skips the generated meta-object sources.
 stage_lint() {
     build asan
     run_clang_tidy 'irsdk|sdk|yaml|reader|plugin|tools|benchmarks'
 }
 
-# The headers of GoogleTest make this the slowest stage: it is for whoever edits the tests.
+# The slowest stage, because of GoogleTest's headers. For changes to the tests.
 stage_lint-tests() {
     build asan
     run_clang_tidy 'tests'
@@ -140,7 +139,7 @@ build_and_test() {
     result="$(grep 'tests passed' "$log")"
 }
 
-# Where whoever sees only the end of a long log finds it.
+# Printed at the end, where it is found in a long log.
 print_failures() {
     printf '\n== What the tests that failed said\n'
     awk '/^[0-9]+\/[0-9]+ Testing: /{section = ""}
@@ -239,8 +238,8 @@ interrupt() {
     exit "$1"
 }
 
-# A stage is waited for, so that a request to end reaches this script at once, and has a process
-# group, so that its builds and tests can be ended with it.
+# Waits for a stage in the background, so that a request to end reaches this script at once. The stage
+# has its own process group, so that its builds and tests can be ended with it.
 run_stage() {
     local started=$SECONDS
     current_stage="$1"

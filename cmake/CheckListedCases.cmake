@@ -1,4 +1,4 @@
-# Compares the cases of a GoogleTest program with those that CTest knows:
+# Compares the test cases of a GoogleTest program with those registered with CTest:
 # cmake -DEMULATOR=<command> -DPROGRAM=<file> -DCASES=<Suite.Case>,... -P CheckListedCases.cmake
 string(REPLACE "," ";" expected "${CASES}")
 execute_process(COMMAND ${EMULATOR} "${PROGRAM}" --gtest_list_tests

@@ -1,5 +1,5 @@
-# Links a library for Windows whose Qt is not there. What the objects ask of Qt goes into import
-# libraries, by name; everything else has to be found:
+# Links a library for Windows without a Qt for Windows. Creates import libraries with the names that the
+# objects need from Qt; all other symbols must be found:
 # cmake -DNM=<command> -DDLLTOOL=<command> -DCXX=<command> -DOBJECTS=<file>;...
 # -DLIBRARIES=<file>;... -DOUTPUT=<file> -P LinkToNames.cmake
 function(list_names variable)
@@ -12,8 +12,8 @@ function(list_names variable)
     set(${variable} "${lines}" PARENT_SCOPE)
 endfunction()
 
-# Qt's names are those that are declared to be imported, and the virtual functions of its classes
-# that the tables of derived ones hold.
+# Qt's names are those declared as imported, and virtual functions of its classes in the tables of
+# derived classes.
 list_names(asked --undefined-only)
 list_names(defined --defined-only)
 list(REMOVE_ITEM asked ${defined})

@@ -1,5 +1,5 @@
-# What every target of the project shares: the language level, the warnings, the output folders and
-# whether a Qt for the target platform was found.
+# Common to all targets: the language version, the warnings, the output folders, and whether a Qt for
+# the target platform was found.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -10,16 +10,16 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 endif()
-# Whoever has chosen a folder for everything, as a bigger build may have, gets these things there.
+# A surrounding build may have chosen a folder for everything, which then takes precedence.
 if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
     set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 endif()
 
 include(RataipQt)
 
-# Carries the root of the include paths ("folder/header.h") and, where this project is built by
-# itself, the warnings that are errors. A bigger build has its own idea of warnings, and perhaps a
-# compiler that knows more of them.
+# Has the root of the include paths ("folder/header.h") and, where this project is built by itself, the
+# warnings that are errors. A surrounding build chooses its own warnings, and its compiler may have
+# others.
 add_library(rataip_common INTERFACE)
 target_include_directories(rataip_common INTERFACE "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
 if(MSVC)
@@ -35,7 +35,7 @@ if(WIN32)
     target_compile_definitions(rataip_common INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 
-# Programs that are free of Qt are one file on Windows, which runs wherever it is copied to.
+# On Windows, programs without Qt are single files that can be copied anywhere.
 if(MINGW AND NOT RATAIP_HAVE_QT)
     add_link_options(-static)
 endif()

@@ -1,9 +1,9 @@
-# What a package holds: the plugin, the programs, and what the author of a host needs. Without a Qt
-# for the target platform that is the simulator and the texts.
+# The contents of a package: the plugin, the programs, and what the author of a host needs. Without a Qt
+# for the target platform only the simulator and the texts.
 include(CMakePackageConfigHelpers)
 
-# The same folders on every platform, since the package is unpacked anywhere. The programs look for
-# the plugin beside themselves and in ../plugins.
+# The same folders on every platform, because the package can be unpacked anywhere. The programs look
+# for the plugin beside themselves and in ../plugins.
 set(program_folder "bin")
 set(plugin_folder "plugins")
 set(library_folder "lib")
@@ -19,7 +19,7 @@ if(RATAIP_HAVE_QT)
     endif()
     install(TARGETS rataip LIBRARY DESTINATION "${plugin_folder}")
 
-    # Everything in sdk/ is the interface or what it hands out.
+    # Everything in sdk/ is part of the interface.
     file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/sdk/*.h")
     install(FILES ${headers} "${PROJECT_BINARY_DIR}/sdk/generated/sdk/interfaceid.h"
         DESTINATION "${header_folder}/sdk")
@@ -67,8 +67,8 @@ function(rataip_readme_section variable heading)
     set(${variable} "${text}" PARENT_SCOPE)
 endfunction()
 
-# The page of the package is one of its own: it is about what was unpacked, not about what is built.
-# What it says of hosts and programs stands in README.md.
+# The package has its own README about its contents instead of the build. Its sections on hosts and
+# programs come from README.md.
 if(RATAIP_HAVE_QT)
     rataip_readme_section(host_section "Load it from a host")
     rataip_readme_section(programs_section "The programs")

@@ -1,6 +1,5 @@
-# Whether there is a Qt for the target platform: RATAIP_HAVE_QT. The build goes without one that is
-# merely not there. One that somebody named has to be usable, else it would be missed only when there
-# is no plugin at the end.
+# Sets RATAIP_HAVE_QT when there is a Qt for the target platform. The build works without one. But a Qt
+# that the user named must be usable; otherwise the user would only notice by the missing plugin.
 
 # rataip_is_qt_named(<variable> <folder of Qt6_DIR before it was looked for>)
 function(rataip_is_qt_named variable folder)
@@ -35,7 +34,7 @@ if(NOT Qt6_FOUND)
     elseif(Qt6_CONSIDERED_CONFIGS)
         message(WARNING "The Qt of ${Qt6_CONSIDERED_CONFIGS}, version ${Qt6_CONSIDERED_VERSIONS}, "
             "cannot be used. ${Qt6_NOT_FOUND_MESSAGE}")
-        # Else the next run would take it for one that was named.
+        # Otherwise the next run would treat it as named by the user.
         unset(Qt6_DIR CACHE)
     endif()
 endif()

@@ -1,13 +1,13 @@
-# Seconds. Only a hang takes this long, also with sanitizers on a busy machine.
+# In seconds. Only a hang takes this long, even with sanitizers on a busy machine.
 set(RATAIP_TEST_TIMEOUT 600)
-# The same for a program that is to list its cases, which starts it and runs none.
+# The same for listing the cases of a program, which runs none of them.
 set(RATAIP_DISCOVERY_TIMEOUT 120)
 
 # rataip_add_test(NAME <target> SOURCES <file>... [LIBS <target>...] [SIMULATOR])
 #
 # A GoogleTest program whose test cases appear in CTest one by one, named "<target>/<Suite>.<Case>".
-# SIMULATOR marks a program that publishes or opens the simulator's named objects: their names are
-# fixed for the whole machine, so such cases never run side by side, and each begins without them.
+# SIMULATOR marks a program that publishes or opens the simulator's named objects. Their names are fixed
+# for the whole machine, so such cases never run in parallel, and each starts without the objects.
 function(rataip_add_test)
     cmake_parse_arguments(ARG "SIMULATOR" "NAME" "SOURCES;LIBS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
@@ -28,7 +28,8 @@ endfunction()
 # rataip_add_cases(<target> PREFIX <text> SOURCES <file>... [FILTER <cases>]
 #     PROPERTIES <property> <value>...)
 #
-# The test cases of a program, those of these sources or that fit the filter, under the prefix.
+# Registers the test cases of a program from these sources, or those that match the filter, under the
+# prefix.
 function(rataip_add_cases target)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "PREFIX;FILTER" "SOURCES;PROPERTIES")
     if(RATAIP_WINE)
@@ -41,8 +42,8 @@ function(rataip_add_cases target)
     endif()
 endfunction()
 
-# A cross build for Windows runs its programs with Wine, in a folder of the build. Without Wine every
-# test is reported as skipped.
+# A cross build for Windows runs its programs with Wine, in a folder of the build. Without Wine all tests
+# are reported as skipped.
 set(RATAIP_WINE OFF)
 if(WIN32 AND CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
     set(RATAIP_WINE ON)
@@ -51,7 +52,7 @@ if(WIN32 AND CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
     set(RATAIP_WINE_SKIPPED 77)  # exit status of wine.sh where there is no Wine
 endif()
 
-# The Wine folder is made before the first test that needs it, and nothing runs in it after the last.
+# Creates the Wine folder before the first test that needs it, and ends its processes after the last.
 function(rataip_add_wine_fixture)
     add_test(NAME wine-start COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} start)
     set_tests_properties(wine-start PROPERTIES
@@ -61,9 +62,9 @@ function(rataip_add_wine_fixture)
         FIXTURES_CLEANUP wine SKIP_RETURN_CODE ${RATAIP_WINE_SKIPPED} TIMEOUT 60)
 endfunction()
 
-# Programs of Qt find its libraries and the compiler's by the path, draw without a screen, and need a
-# font for that. Wine passes no variable on that begins with "QT_", so the registry of the Wine folder
-# holds them all; wine.sh enters what stands in the file.
+# Qt programs find Qt's and the compiler's libraries by the path. They draw without a screen, for which
+# they need a font. Wine does not pass on variables that begin with "QT_", so all of them go into the
+# registry of the Wine folder; wine.sh enters the contents of this file.
 function(rataip_write_wine_environment)
     set(folders)
     if(RATAIP_HAVE_QT)
@@ -72,7 +73,7 @@ function(rataip_write_wine_environment)
     foreach(library IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
         execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${library}
             OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
-        # A bare name comes back when the compiler has no such file.
+        # The compiler returns a bare name when it has no such file.
         if(IS_ABSOLUTE "${file}")
             cmake_path(NORMAL_PATH file)
             cmake_path(GET file PARENT_PATH folder)
@@ -100,12 +101,12 @@ function(rataip_write_wine_environment)
 ")
 endfunction()
 
-# rataip_list_cases(<variable> <file>...): the test cases of sources as "Suite.Case".
+# rataip_list_cases(<variable> <file>...): the test cases in sources as "Suite.Case".
 function(rataip_list_cases variable)
     set(name "[ \n]*([A-Za-z0-9_]+)[ \n]*")
     set(cases)
     foreach(source IN LISTS ARGN)
-        # Under one name, also when several folders list it: Ninja takes two for two files.
+        # By one name even when several folders list it, because Ninja treats two names as two files.
         cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}" NORMALIZE)
         set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
         file(READ "${source}" text)
@@ -120,8 +121,8 @@ endfunction()
 
 # rataip_add_wine_cases(<target> PREFIX <text> SOURCES <file>... PROPERTIES <property> <value>...)
 #
-# The cases' names come from the sources, since the program cannot be asked where there is no Wine. A
-# case with parameters is one test that runs it with each of them.
+# Takes the names of the cases from the sources, because the program cannot run without Wine. A case
+# with parameters is one test that runs it with all of them.
 function(rataip_add_wine_cases target)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "PREFIX" "SOURCES;PROPERTIES")
     rataip_list_cases(cases ${ARG_SOURCES})
@@ -132,13 +133,13 @@ function(rataip_add_wine_cases target)
         list(APPEND tests "${ARG_PREFIX}${case}")
     endforeach()
     set_tests_properties(${tests} PROPERTIES ${ARG_PROPERTIES}
-        # A filter that fits no case is a success to GoogleTest.
+        # GoogleTest succeeds when a filter matches no case.
         FAIL_REGULAR_EXPRESSION "Running 0 tests"
         FIXTURES_REQUIRED wine SKIP_RETURN_CODE ${RATAIP_WINE_SKIPPED})
 endfunction()
 
-# rataip_add_wine_case_check(<target> <file>...): the test "<target>/lists-its-cases" holds the names
-# that the sources gave to those of the program.
+# rataip_add_wine_case_check(<target> <file>...): adds the test "<target>/lists-its-cases", which compares
+# the names from the sources with those of the program.
 function(rataip_add_wine_case_check target)
     rataip_list_cases(cases ${ARGN})
     string(REPLACE ";" "," names "${cases}")

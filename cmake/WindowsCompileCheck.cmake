@@ -1,8 +1,8 @@
-# Compiles for Windows what needs Qt where there is no Qt for Windows: against the headers of the
-# building machine's Qt. Of those, only what the configuration of that Qt decides differs from a Qt
-# for Windows; the compiler's own macros choose the platform's side of everything else. The plugin is
-# linked as well, to import libraries that hold the names of Qt that it asks for, so that its own
-# tables can be read. It cannot be loaded.
+# Compiles the sources that need Qt for Windows without a Qt for Windows, against the headers of the
+# build machine's Qt. These differ from a Qt for Windows only in what the configuration of that Qt
+# decides; for everything else the compiler's macros select the platform. The plugin is also linked, to
+# import libraries with the names that it needs from Qt, so that its imports and exports can be checked.
+# It cannot be loaded.
 find_program(RATAIP_HOST_QMAKE NAMES qmake6 DOC "Names the folders of the building machine's Qt")
 if(NOT RATAIP_HOST_QMAKE)
     message(WARNING "No Qt 6 on the building machine: sources that need Qt are not compiled")

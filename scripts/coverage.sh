@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds with line coverage, runs every test and prints the lines covered of each source of the
-# libraries and the plugin, with the total. Ends with a failure when the total is below the floor.
+# Builds with line coverage, runs every test and prints the covered lines of each source file of the
+# libraries and the plugin, with the total. Fails when the total is below the floor.
 set -euo pipefail
 export CDPATH=
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -12,7 +12,7 @@ jobs="$(nproc)"
 scripts/setup.sh build test coverage
 cmake --preset coverage
 cmake --build --preset coverage --parallel "$jobs"
-# Counters of an earlier run would add up with this one's.
+# The counters would otherwise include those of an earlier run.
 find "$build_folder" -name '*.gcda' -delete
 ctest --preset coverage --parallel "$jobs" --no-tests=error
 

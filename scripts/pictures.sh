@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Makes the pictures in docs/ anew: the window with 20 and with 64 cars of the stand-in simulator, a
-# lap in its window, and a lap as it is saved. Needs no screen and some five minutes after the build.
+# Updates the pictures in docs/: the window with 20 and with 64 cars of the stand-in simulator, a lap in
+# its window, and a saved lap. Needs no screen and takes about five minutes after the build.
 set -euo pipefail
 export CDPATH=
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_folder="build/pictures"
 pictures="docs"
-# Out of the garage, an out lap and two flying laps of 22 s, and on into the next.
+# Enough to leave the garage, for an out lap, two flying laps of 22 s and part of the next.
 seconds_on_the_track=95
 window_size="1500x920"
 
@@ -41,7 +41,7 @@ stop_simulator() {
     simulator=""
 }
 
-# The picture of a window that has watched so many cars; further arguments go to the viewer.
+# Makes the picture of a window with so many cars. Passes further arguments to the viewer.
 take_picture() {
     local cars="$1" file="$2"
     shift 2

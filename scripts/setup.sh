@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Installs what a piece of work needs and is not there yet, on Debian 12 and its relatives.
+# Installs missing packages on Debian 12 and related systems.
 #
 #   scripts/setup.sh GROUP...      install the groups' missing packages
 #   scripts/setup.sh --list        print the groups and their packages
 #
-# When nothing is missing, nothing is asked of the network and no rights are needed. Elsewhere than
-# on a Debian it names the packages and leaves the installing to you.
+# When nothing is missing, it needs neither the network nor root. On other systems it only names the
+# packages.
 set -euo pipefail
 
 declare -A packages=(
@@ -34,11 +34,11 @@ die() {
 }
 
 is_installed() {
-    # Once for each architecture that a package is known for.
+    # There is a line for each architecture of a package.
     dpkg-query --show --showformat='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
 }
 
-# Runs a command with the rights to install: as it is for root, through sudo for everybody else.
+# Runs a command as root, with sudo if necessary.
 as_root() {
     if [[ "$(id -u)" -eq 0 ]]; then
         "$@"

@@ -2,17 +2,17 @@
 # Runs Windows programs of a cross build with Wine, away from the user's own Wine.
 #
 #   scripts/wine.sh FOLDER PROGRAM [ARGUMENT...]   run a program
-#   scripts/wine.sh FOLDER start                   make the Wine folder and keep its server running
+#   scripts/wine.sh FOLDER start                   create the Wine folder and keep its server running
 #   scripts/wine.sh FOLDER stop                    end everything that runs in it
 #
-# FOLDER holds the drives and the registry, and is made where there is none. Where there is no Wine,
-# the exit status is 77 and nothing else happens.
+# FOLDER holds the drives and the registry, and is created if missing. Without Wine the script only
+# exits with status 77.
 set -euo pipefail
 
 readonly no_wine_status=77
 readonly server_patience=60 # seconds without a program after which the server ends by itself
 
-# Debian keeps the programs of its 64-bit package outside of the path.
+# Debian installs the programs of its 64-bit package outside the path.
 find_program() {
     local candidate
     for candidate in "$@"; do
@@ -30,14 +30,14 @@ mkdir -p "$1"
 WINEPREFIX="$(cd "$1" && pwd)"
 export WINEPREFIX
 export WINEDEBUG=-all
-# No debugger's window for a crash, no download of the runtimes for .NET and HTML, and nothing for
-# the user's menus.
+# No debugger window after a crash, no download of the runtimes for .NET and HTML, and no entries in the
+# user's menus.
 export WINEDLLOVERRIDES="winedbg.exe=d;mscoree=d;mshtml=d;winemenubuilder.exe=d"
 export HOME="$WINEPREFIX"
 unset DISPLAY WAYLAND_DISPLAY
 shift
 
-# With the null driver, windows exist and get messages, though there is no display.
+# With the null driver, windows exist and receive messages without a display.
 make_folder() {
     local made="$WINEPREFIX/made"
     [[ ! -e "$made" ]] || return 0
@@ -48,7 +48,7 @@ make_folder() {
     touch "$made"
 }
 
-# What every program of the folder finds in its environment, where the build has something to say.
+# The environment of all programs in the folder, if the build defines one.
 set_environment() {
     local file="$WINEPREFIX/environment.reg"
     [[ ! -e "$file" ]] || "$wine" reg import "Z:$file"
@@ -56,11 +56,11 @@ set_environment() {
 
 case "$1" in
 start)
-    # What stays behind must not hold on to the output of who called.
+    # The server keeps running and must not keep the caller's output open.
     exec >"$WINEPREFIX/start.log" 2>&1 </dev/null
     make_folder
-    # Else the server ends with each program, and the next one waits until it has come up again. One
-    # that runs already is as good.
+    # Otherwise the server ends with each program, and the next one waits until it has started again. A
+    # server that is already running will do.
     "$wineserver" --persistent="$server_patience" || true
     set_environment
     "$wine" cmd /c exit
