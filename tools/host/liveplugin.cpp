@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <QObject>
 
+#include <algorithm>
 #include <utility>
 
 namespace rataip::host {
@@ -105,6 +106,27 @@ LivePlugin::LoadResult LivePlugin::load(const QString& path) {
                            .arg(className, requiredInterface()));
     }
     return {std::unique_ptr<LivePlugin>(new LivePlugin(std::move(loader), source)), {}};
+}
+
+QStringList standardPluginPaths(const QString& programFolder) {
+    const QString fileName = QStringLiteral(RATAIP_PLUGIN_FILE);
+    const QDir folder(programFolder);
+    return {QDir::cleanPath(folder.absoluteFilePath(fileName)),
+            QDir::cleanPath(folder.absoluteFilePath(QStringLiteral("../plugins/") + fileName))};
+}
+
+PluginFile findPlugin(const QString& named, const QString& programFolder) {
+    if (!named.isEmpty()) {
+        return {named, {}};
+    }
+    const QStringList places = standardPluginPaths(programFolder);
+    const auto found = std::find_if(places.cbegin(), places.cend(),
+                                    [](const QString& path) { return QFileInfo(path).isFile(); });
+    if (found == places.cend()) {
+        return {{},
+                QStringLiteral("found no plugin at %1").arg(places.join(QStringLiteral(" or ")))};
+    }
+    return {*found, {}};
 }
 
 }  // namespace rataip::host

@@ -4,6 +4,7 @@
 
 #include <QPluginLoader>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -52,5 +53,23 @@ struct LivePlugin::LoadResult {
     std::unique_ptr<LivePlugin> plugin;
     QString error;
 };
+
+/** The path of the file to load, or why none was found. */
+struct PluginFile {
+    QString path;
+    QString error;  // one sentence without a full stop, or empty
+};
+
+/**
+ * The paths at which a program looks for the plugin by default: in `programFolder`, which holds the
+ * program, then in the folder "plugins" next to it, as in the build tree and in an installation.
+ */
+[[nodiscard]] QStringList standardPluginPaths(const QString& programFolder);
+
+/**
+ * The plugin that the user named, whether it exists or not. Without a name, the first file at the
+ * standard paths.
+ */
+[[nodiscard]] PluginFile findPlugin(const QString& named, const QString& programFolder);
 
 }  // namespace rataip::host

@@ -2,7 +2,6 @@
 #include "tools/host/endrequestblocker.h"
 #include "tools/host/interrupt.h"
 #include "tools/host/liveplugin.h"
-#include "tools/host/pluginfile.h"
 #include "tools/host/sourceconnector.h"
 #include "tools/laps/newfile.h"
 #include "tools/monitor/account.h"

@@ -56,9 +56,6 @@ public:
     /** Published running lap time at `seconds`, 0 while the lap has no start. */
     double currentLapTime(double seconds) const;
 
-    /** The published start time of the running lap. */
-    std::optional<double> lapStart() const { return m_publishedStart; }
-
 private:
     struct Pending {
         Tick due;

@@ -81,9 +81,6 @@ public:
     /** The position of the stall of slot `slot` of `slots`. */
     double stall(int slot, int slots) const;
 
-    /** Metres of pit road from entry to exit. */
-    double pitLaneLength() const { return ahead(pitEntry(), pitExit()); }
-
 private:
     double lookUp(const std::vector<double>& table, double distance) const;
     void layOutCorners();

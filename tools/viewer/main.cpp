@@ -1,7 +1,6 @@
 #include "tools/host/displayguard.h"
 #include "tools/host/endrequestblocker.h"
 #include "tools/host/interrupt.h"
-#include "tools/host/pluginfile.h"
 #include "tools/viewer/mainwindow.h"
 #include "tools/viewer/options.h"
 #include "tools/viewer/parentconsole.h"

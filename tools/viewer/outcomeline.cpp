@@ -5,7 +5,7 @@ namespace rataip::viewer {
 OutcomeLine::OutcomeLine(QWidget* parent) : QLabel(parent) {
     setWordWrap(true);
     setMargin(fontMetrics().height() / 3);
-    setAccessibleName(QStringLiteral("What became of saving"));
+    setAccessibleName(QStringLiteral("Result of saving"));
     hide();
 }
 

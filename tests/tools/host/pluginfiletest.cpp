@@ -1,7 +1,8 @@
-#include "tools/host/pluginfile.h"
+#include "tools/host/liveplugin.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -9,63 +10,49 @@
 namespace {
 
 using rataip::host::findPlugin;
-using rataip::host::firstExistingFile;
 using rataip::host::PluginFile;
 using rataip::host::standardPluginPaths;
 
-void touch(const QString& path) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+class FindPlugin : public ::testing::Test {
+protected:
+    static void make(const QString& path) {
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+
+    QTemporaryDir folder;
+    QString programFolder = folder.filePath(QStringLiteral("bin"));
+    QStringList places = standardPluginPaths(programFolder);
+};
+
+TEST_F(FindPlugin, LooksBesideTheProgramAndThenInThePluginsFolder) {
+    ASSERT_EQ(places.size(), 2);
+    EXPECT_EQ(QFileInfo(places.at(0)).path(), programFolder);
+    EXPECT_EQ(QFileInfo(places.at(1)).path(), folder.filePath(QStringLiteral("plugins")));
+    make(places.at(1));
+    EXPECT_EQ(findPlugin({}, programFolder).path, places.at(1));
+    make(places.at(0));
+    EXPECT_EQ(findPlugin({}, programFolder).path, places.at(0));
+    EXPECT_TRUE(findPlugin({}, programFolder).error.isEmpty());
 }
 
-TEST(StandardPluginPaths, LookBesideTheProgramAndThenInThePluginsFolder) {
-    const QStringList paths = standardPluginPaths(QStringLiteral("/somewhere/bin"));
-    ASSERT_EQ(paths.size(), 2);
-    EXPECT_TRUE(paths.at(0).contains(QStringLiteral("/somewhere/bin/")));
-    EXPECT_TRUE(paths.at(1).contains(QStringLiteral("/somewhere/plugins/")));
+TEST_F(FindPlugin, PassesOverAFolderWithTheNameOfThePlugin) {
+    ASSERT_TRUE(QDir().mkpath(places.at(0)));
+    make(places.at(1));
+    EXPECT_EQ(findPlugin({}, programFolder).path, places.at(1));
 }
 
-TEST(FirstExistingFile, PrefersTheEarlierPath) {
-    const QTemporaryDir folder;
-    const QStringList paths = {folder.filePath(QStringLiteral("a")),
-                               folder.filePath(QStringLiteral("b"))};
-    touch(paths.at(1));
-    EXPECT_EQ(firstExistingFile(paths), paths.at(1));
-    touch(paths.at(0));
-    EXPECT_EQ(firstExistingFile(paths), paths.at(0));
-}
-
-TEST(FirstExistingFile, PassesOverAFolderOfThatName) {
-    const QTemporaryDir folder;
-    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("a")));
-    EXPECT_TRUE(firstExistingFile({folder.filePath(QStringLiteral("a"))}).isNull());
-}
-
-TEST(FirstExistingFile, IsANullTextWhenThereIsNone) {
-    EXPECT_TRUE(firstExistingFile({}).isNull());
-    EXPECT_TRUE(firstExistingFile({QStringLiteral("/no/such/file")}).isNull());
-}
-
-TEST(FindPlugin, TakesTheOneThatIsNamedWithoutLookingForIt) {
-    const PluginFile file =
-        findPlugin(QStringLiteral("no/such/file"), QStringLiteral("/somewhere/bin"));
+TEST_F(FindPlugin, TakesTheOneThatIsNamedWithoutLookingForIt) {
+    const PluginFile file = findPlugin(QStringLiteral("no/such/file"), programFolder);
     EXPECT_EQ(file.path, QStringLiteral("no/such/file"));
     EXPECT_TRUE(file.error.isEmpty());
 }
 
-TEST(FindPlugin, TakesTheOneBesideTheProgramWhenNoneIsNamed) {
-    const QTemporaryDir folder;
-    const QString path = standardPluginPaths(folder.path()).constFirst();
-    touch(path);
-    EXPECT_EQ(findPlugin({}, folder.path()).path, path);
-    EXPECT_TRUE(findPlugin({}, folder.path()).error.isEmpty());
-}
-
-TEST(FindPlugin, NamesThePlacesWhereThereIsNone) {
-    const QTemporaryDir folder;
-    const PluginFile file = findPlugin({}, folder.path());
+TEST_F(FindPlugin, NamesThePlacesWhereThereIsNone) {
+    const PluginFile file = findPlugin({}, programFolder);
     EXPECT_TRUE(file.path.isEmpty());
-    for (const QString& place : standardPluginPaths(folder.path())) {
+    for (const QString& place : places) {
         EXPECT_TRUE(file.error.contains(place)) << file.error.toStdString();
     }
 }
