@@ -357,7 +357,7 @@ QString MainWindow::notice() const {
                ? QStringLiteral("Connected: %1").arg(m_session.pluginText())
                : QStringLiteral(
                      "Connected, but no data is arriving. If the simulator is paused or "
-                     "loading, wait; if it is gone, this is told in a moment.");
+                     "loading, wait; if it is gone, this window will say so in a moment.");
 }
 
 void MainWindow::showState() {
@@ -390,7 +390,7 @@ void MainWindow::addLap(const LapPointer& lap) {
     m_lapPane->setWindowTitle(
         m_laps.released() == 0
             ? QStringLiteral("Laps")
-            : QStringLiteral("Laps (%1 older ones let go)").arg(m_laps.released()));
+            : QStringLiteral("Laps (%1 older ones released)").arg(m_laps.released()));
 }
 
 void MainWindow::fitLapColumns() {
