@@ -92,6 +92,15 @@ TEST(Text, ReadsOnlyWholeTexts) {
     EXPECT_EQ(number, 2.5);
 }
 
+TEST(Text, TakesAnUnfinishedLineOnlyWhenNothingFollows) {
+    std::string text = "one\n\ntwo";
+    EXPECT_EQ(takeLine(text, true), "one");
+    EXPECT_EQ(takeLine(text, false), "");
+    EXPECT_EQ(takeLine(text, false), std::nullopt);
+    EXPECT_EQ(takeLine(text, true), "two");
+    EXPECT_EQ(takeLine(text, true), std::nullopt);
+}
+
 TEST(Text, TrimsBothEnds) {
     EXPECT_EQ(trimmed(" \tstep 3\r"), "step 3");
     EXPECT_EQ(trimmed("  "), "");

@@ -37,7 +37,9 @@ protected:
 };
 
 std::string cutOff(QWidget& window) {
-    QCoreApplication::processEvents();  // applies the layout
+    QCoreApplication::processEvents();
+    // The window may just have changed a text by its timer, which asks for a new layout.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     window.grab();
     return textsCutOff(window).join(QLatin1Char('\n')).toStdString();
 }
