@@ -50,9 +50,8 @@ public:
             1.0 / m_contest.ratio("row", "obvious"), atLeast(30.0),
             timeText(m_contest.seconds("row")) + " : " + timeText(m_contest.seconds("obvious")));
         report.add("recording a value: allocations, lap of 600 samples", allocations, atMost(0.01));
-        report.add("recording a value: to std::vector::push_back",
-                   m_contest.ratio("row", "vector"), atMost(1.5),
-                   timeText(m_contest.seconds("vector")));
+        report.add("recording a value: to std::vector::push_back", m_contest.ratio("row", "vector"),
+                   atMost(1.5), timeText(m_contest.seconds("vector")));
         report.add("Lap::addSample, a value: times faster than the obvious way",
                    1.0 / m_contest.ratio("sample", "obvious"), atLeast(8.0),
                    timeText(m_contest.seconds("sample")));

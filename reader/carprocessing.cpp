@@ -158,8 +158,8 @@ LapOutcome recordSample(RecorderCar& car, bool isOwn, const TickContext& tick) {
     if (waitsForLap(car) || isStandingBySpeed(car.sample)) {
         return LapOutcome::GoesOn;
     }
-    const auto track = needsCourse(isOwn, tick.feed) ? std::optional(tick.trackKilometres)
-                                                     : std::nullopt;
+    const auto track =
+        needsCourse(isOwn, tick.feed) ? std::optional(tick.trackKilometres) : std::nullopt;
     if (car.lap.noteDistance(car.current.lapDistPct) == LapPart::AfterLine) {
         car.nextLap.add(car.sample, track);
         return LapOutcome::GoesOn;

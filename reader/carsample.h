@@ -149,7 +149,7 @@ private:
     bool m_isHandedOut = false;
     quint64 m_planVersion = 0;  // of the plan that the places are those of, 0 while there are none
     Places m_places;
-    std::vector<Source> m_sources;  // of the planned numbers, by reading
+    std::vector<Source> m_sources;                          // of the planned numbers, by reading
     std::array<std::size_t, kReadingCount + 1> m_groups{};  // first source of each reading
     std::vector<Rank> m_ranks;
     std::shared_ptr<const RowLayout> m_layout;

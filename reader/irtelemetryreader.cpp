@@ -321,8 +321,8 @@ void iRTelemetryReader::preprocessLap(int car) {
 }
 
 void iRTelemetryReader::deriveChannels(int car, LapCourse course) {
-    m_debugLines += reader::deriveChannels(*m_cars[car].lap, std::move(course), car == m_myCarIdx,
-                                           m_replay);
+    m_debugLines +=
+        reader::deriveChannels(*m_cars[car].lap, std::move(course), car == m_myCarIdx, m_replay);
 }
 
 void iRTelemetryReader::processLap(int index, bool completed) {

@@ -17,8 +17,8 @@ void describeLap(RecorderCar& car, bool completed, bool diskLoading);
 [[nodiscard]] bool needsCourse(bool isOwnCar, Feed feed);
 
 /**
- * Derives the channels of a lap that the simulator does not deliver, anew where `course` is not that
- * of the lap's channels. Returns lines for the debug log.
+ * Derives the channels of a lap that the simulator does not deliver, anew where `course` is not
+ * that of the lap's channels. Returns lines for the debug log.
  */
 [[nodiscard]] QStringList deriveChannels(TLM::SDK::Lap& lap, LapCourse course, bool isOwnCar,
                                          Feed feed);

@@ -102,7 +102,8 @@ RecorderCar::OnTrackStatus RecorderCar::updateOnTrackStatus() {
         return waitForStartOrBeginOutLap(kGridLapDistance);
     }
     if (isRacingOnOutLap()) {
-        current.status = lapDistance() > kGridLapDistance ? CarStatus::OutLap : CarStatus::FlyingLap;
+        current.status =
+            lapDistance() > kGridLapDistance ? CarStatus::OutLap : CarStatus::FlyingLap;
         return OnTrackStatus::Settled;
     }
     if (previous.status == CarStatus::InPitlane) {

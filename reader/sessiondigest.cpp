@@ -348,7 +348,8 @@ void SessionDigest::addDriverInfo(LapFacts& facts, const TStringTree& driverInfo
             addCalculator(facts.values, *calculator);
         }
     }
-    if (const TStringTree* const driver = driverInfo.pathSub("Drivers/"_L1 + QString::number(car))) {
+    if (const TStringTree* const driver =
+            driverInfo.pathSub("Drivers/"_L1 + QString::number(car))) {
         facts.driver = LapFacts::Driver{.name = driver->value(u"UserName"_s),
                                         .carName = driver->value(u"CarScreenName"_s)};
         addDriver(facts.values, *driver);

@@ -23,7 +23,7 @@ struct CarResult {
 /** What the session text says of one session. */
 struct SessionFacts {
     int number = -1;
-    std::optional<TLM::SDK::Session> kind;  // nothing for a type that names no kind
+    std::optional<TLM::SDK::Session> kind;          // nothing for a type that names no kind
     std::vector<std::optional<CarResult>> results;  // by car slot
 };
 

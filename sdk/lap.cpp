@@ -83,11 +83,12 @@ void Lap::addCalculatedChannel(const QSharedPointer<Channel>& channel, const QSt
 void Lap::addSample(const Sample& sample) {
     auto value = sample.data().cbegin();
     const auto lastValue = sample.data().cend();
-    auto channel = m_channels.begin();
-    while (value != lastValue || channel != m_channels.end()) {
-        const int order = value == lastValue              ? 1
-                          : channel == m_channels.end() ? -1
-                                                        : compareNames(value.key(), channel.key());
+    // Appending changes channels and not the map, which copies of the lap may share.
+    auto channel = m_channels.cbegin();
+    while (value != lastValue || channel != m_channels.cend()) {
+        const int order = value == lastValue             ? 1
+                          : channel == m_channels.cend() ? -1
+                                                         : compareNames(value.key(), channel.key());
         if (order > 0) {
             (*channel)->samples.append(kMissingReading);
         } else {

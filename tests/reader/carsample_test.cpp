@@ -62,13 +62,14 @@ void expectSameValues(const Sample& left, const Sample& right) {
 TEST(CarSample, HoldsWhatASampleFilledByNameHolds) {
     SnapshotSource first(variablesOfEveryType());
     SnapshotSource second({{"gear", irsdk_int, ""}, {"speed", irsdk_double, "km/h"}}, 2);
+    reader::SamplingPlan plan;
     CarSample sample;
     Sample expected;
     QList<Sample> kept;
     for (int tick = 0; tick < 3000; ++tick) {
         SnapshotSource& source = tick / 500 % 2 == 0 ? first : second;
         source.change();
-        source.fill(sample);
+        source.fill(sample, plan);
         source.setByName(expected);
         if (source.number(50) == 0) {
             sample.set("note", Value(QString::number(tick), "unit"));

@@ -35,10 +35,6 @@ public:
             m_table.push_back(header);
             m_snapshot.resize(m_snapshot.size() + irsdk_varTypeSize(variable.type));
         }
-        m_plan.resolve(m_table.data(), m_names.size(), m_names, m_units,
-                       {.ownCar = 0,
-                        .carCount = 1,
-                        .dataLength = static_cast<qint64>(m_snapshot.size())});
     }
 
     /** Some of the readings change; floats and doubles may be NaNs, infinities and zeros. */
@@ -46,13 +42,24 @@ public:
         for (std::size_t i = 0; i < m_table.size(); ++i) {
             if (number(3) == 0) {
                 char* const place = m_snapshot.data() + m_table[i].offset;
-                std::generate_n(place, irsdk_varTypeSize(m_table[i].type),
-                                [this] { return static_cast<char>(kBytes[number(kBytes.size())]); });
+                std::generate_n(place, irsdk_varTypeSize(m_table[i].type), [this] {
+                    return static_cast<char>(kBytes[number(kBytes.size())]);
+                });
             }
         }
     }
 
-    void fill(reader::CarSample& sample) const { sample.fill(m_plan, 0, m_snapshot.data(), 0); }
+    void fill(reader::CarSample& sample) { fill(sample, m_plan); }
+
+    /** By a plan that other sources use as well, as the simulator's table changes. */
+    void fill(reader::CarSample& sample, reader::SamplingPlan& plan) const {
+        const reader::SamplingPlan::Mode mode{
+            .ownCar = 0, .carCount = 1, .dataLength = static_cast<qint64>(m_snapshot.size())};
+        if (!plan.matches(m_table.data(), m_names.size(), mode)) {
+            plan.resolve(m_table.data(), m_names.size(), m_names, m_units, mode);
+        }
+        sample.fill(plan, 0, m_snapshot.data(), 0);
+    }
 
     /** What a sample filled by name has. */
     void setByName(TLM::SDK::Sample& sample) const {

@@ -5,6 +5,7 @@
 #include <limits>
 
 using namespace readertest;
+using reader::LapCourse;
 
 namespace {
 
@@ -117,8 +118,7 @@ TEST(LapCourse, IsTheSameHoweverLongItIsExpectedToBe) {
         }
         const LapCourse expected = courseOf(fractions);
         for (const qsizetype hint : {1, 15, 16, 17, 600}) {
-            LapCourse course(1.0);
-            course.expect(hint);
+            LapCourse course(1.0, hint);
             for (int i = 0; i < samples; ++i) {
                 course.add(1.5 * i, fractions[i]);
             }
@@ -132,22 +132,6 @@ TEST(LapCourse, IsTheSameHoweverLongItIsExpectedToBe) {
     }
 }
 
-TEST(LapCourse, TakesRoomForTwentyMinutesAtMost) {
-    constexpr qsizetype kTwentyMinutes = 72'000;
-    constexpr qsizetype kEightHours = 1'728'000;
-    LapCourse course;
-    course.expect(kEightHours);
-    for (int i = 0; i < 32; ++i) {
-        course.add(1.5 * i, 0.5);
-    }
-    for (const QList<double>* const list :
-         {&course.timeSteps(), &course.time(), &course.distance(), &course.speed()}) {
-        ASSERT_FALSE(list->isEmpty());
-        EXPECT_GE(list->capacity(), kTwentyMinutes);
-        EXPECT_LT(list->capacity(), 2 * kTwentyMinutes);
-    }
-}
-
 TEST(LapCourse, IsOfItsSamplesAndItsTrackAlone) {
     LapCourse course(1.0);
     course.add(0.0, 0.0);
@@ -156,20 +140,10 @@ TEST(LapCourse, IsOfItsSamplesAndItsTrackAlone) {
     EXPECT_FALSE(course.isOf(1, 1.0));
     EXPECT_FALSE(course.isOf(3, 1.0));
     EXPECT_FALSE(course.isOf(2, 1.1));
-    course.setTrack(1.0);
-    EXPECT_TRUE(course.isOf(2, 1.0));
-    course.setTrack(2.0);
-    EXPECT_FALSE(course.isOf(2, 1.0)) << "half of it is of another track";
-    EXPECT_FALSE(course.isOf(2, 2.0));
-    course.add(2.0, 0.2);
-    EXPECT_FALSE(course.isOf(3, 2.0));
-    course.clear();
-    EXPECT_TRUE(course.isOf(0, 0.0)) << "a cleared course begins anew";
 }
 
-TEST(LapCourse, TrustsNoTrackWhoseLengthIsNoNumber) {
-    LapCourse course;
-    course.setTrack(std::numeric_limits<double>::quiet_NaN());
+TEST(LapCourse, TrustsNoTrackWhoseLengthIsNaN) {
+    LapCourse course(std::numeric_limits<double>::quiet_NaN());
     course.add(0.0, 0.0);
     EXPECT_FALSE(course.isOf(1, std::numeric_limits<double>::quiet_NaN()));
 }

@@ -55,10 +55,6 @@ std::vector<SnapshotSource::Variable> manyVariables(std::vector<std::string>& na
     return variables;
 }
 
-double entryOf(const LapRecorder& recorder, const QString& name, qsizetype i) {
-    return recorder->channel(name)->samples.at(i);
-}
-
 }  // namespace
 
 TEST(LapRecorder, RecordsWhatALapRecordsByNames) {
@@ -66,17 +62,18 @@ TEST(LapRecorder, RecordsWhatALapRecordsByNames) {
         SnapshotSource first(variablesOfEveryType(), seed);
         // One name more at either end, and the rest of the first.
         SnapshotSource second({{"zebra", irsdk_int, ""}, {"alpha", irsdk_double, "m"}}, seed);
+        reader::SamplingPlan plan;
         CarSample sample;
         RecordedTwice twice{.recorder = LapRecorder(static_cast<qsizetype>(seed)), .plain = {}};
         const auto ticks = 100 + first.number(100);
         for (std::size_t tick = 0; tick < ticks; ++tick) {
             first.change();
             if (first.number(40) != 0 || seed % 2 == 0) {
-                first.fill(sample);
+                first.fill(sample, plan);
             }
             if (seed % 5 == 0 && tick > 40) {
                 second.change();
-                second.fill(sample);
+                second.fill(sample, plan);
             }
             if (seed % 3 == 0 && first.number(20) == 0) {
                 sample.set("beta", Value(static_cast<int>(tick), "s"));
@@ -214,7 +211,6 @@ TEST(LapRecorder, MovesFewChannelsInOneTick) {
     while (tick < 64) {
         drive();
     }
-    std::vector<reader::LapRecorder> copies = recorders;
     const auto entriesIn = [](const LapRecorder& recorder) {
         // Without giving the lap out: a look at the header's lap is none at its channels.
         const auto& lap = static_cast<const Lap&>(recorder.header());

@@ -165,39 +165,6 @@ TEST(Lap, KeepsAMapOnceGivenCompleteAlsoAfterItWasCleared) {
     }
 }
 
-TEST(Lap, KnowsWhetherItsChannelsWereSeen) {
-    Sample sample;
-    sample.setValue("a", 1, QString());
-    const auto recorded = [&sample] {
-        Lap lap;
-        lap.addSample(sample);
-        lap.addSample(sample);
-        return lap;
-    };
-    EXPECT_FALSE(recorded().areChannelsSeen());
-    EXPECT_FALSE(Lap().areChannelsSeen());
-    const Lap moved = recorded();
-    static_cast<void>(moved.size());
-    static_cast<void>(moved.isEmpty());
-    static_cast<void>(moved.getAvailableRecordedChannels());
-    EXPECT_FALSE(moved.areChannelsSeen());
-
-    const std::function<void(Lap&)> waysIn[] = {
-        [](Lap& lap) { static_cast<void>(lap.channels()); },
-        [](Lap& lap) { static_cast<void>(lap.channel("a")); },
-        [](Lap& lap) { static_cast<void>(lap.channel("absent")); },
-        [](Lap& lap) { lap.addChannel(channelOf({1}), "b"); },
-        [](Lap& lap) { lap.removeChannel("absent"); },
-        [](Lap& lap) { lap.completeChannels(); },
-        [](Lap& lap) { EXPECT_TRUE(Lap(lap).areChannelsSeen()); },
-    };
-    for (const auto& goIn : waysIn) {
-        Lap lap = recorded();
-        goIn(lap);
-        EXPECT_TRUE(lap.areChannelsSeen()) << &goIn - waysIn;
-    }
-}
-
 TEST(Lap, GivesItsValuesByNameAndAsAWhole) {
     Lap lap;
     lap.setValue("Track length", 5.1, "km");

@@ -252,48 +252,6 @@ TEST(LapAddSample, KeepsNewChannelsOutOfASharedMap) {
     EXPECT_EQ(entries(lap, "e"), QList<double>({7}));
 }
 
-TEST(LapAddSample, GivesTheSameHoweverSeldomSomebodyLooks) {
-    constexpr int kSamples = 700;
-    const auto sampleAt = [](int i) {
-        Sample sample = sampleOf({{"b", i}, {"d", 0.5 * i}});
-        if (i % 3 != 0) {
-            sample.setValue("c", QVariant(-i), "m");
-        }
-        if (i > 100 && i % 50 != 0) {
-            sample.setValue("e", QVariant(1), QString());
-        }
-        if (i > 237) {
-            sample.setValue("a", QVariant(true), QString());
-        }
-        if (i % 91 == 90) {
-            sample.removeValue("b");
-        }
-        return sample;
-    };
-    const auto record = [&sampleAt](int interval) {
-        Lap lap;
-        lap.reserve(interval);
-        for (int i = 0; i < kSamples; ++i) {
-            lap.addSample(sampleAt(i));
-            if (i % interval == 0) {
-                lap.channels();
-            }
-            EXPECT_EQ(lap.size(), i + 1 - (i > 237 ? 1 : 0)) << "sample " << i;
-        }
-        return lap;
-    };
-    const Lap watched = record(1);
-    for (const int interval : {2, 7, 16, 17, 100, 2 * kSamples}) {
-        const Lap lap = record(interval);
-        ASSERT_EQ(lap.channels().keys(), watched.channels().keys());
-        for (const QString& name : watched.channels().keys()) {
-            ASSERT_EQ(entries(lap, name), entries(watched, name))
-                << name.toStdString() << ", a look every " << interval;
-            ASSERT_EQ(lap.channel(name)->unit(), watched.channel(name)->unit());
-        }
-    }
-}
-
 TEST(LapAddSample, ShowsEverySampleToWhoHasBeenGivenAChannel) {
     const Sample sample = sampleOf({{"a", 1}, {"b", 2}});
     Lap lap;
@@ -369,44 +327,6 @@ TEST(LapAddSample, LosesNothingWhenALapIsCopiedMovedOrChangedBetweenSamples) {
     EXPECT_EQ(entries(cleared, "b"), QList<double>({2}));
 }
 
-TEST(LapAddSample, NeverMovesTheListsOfALapTogether) {
-    constexpr int kChannels = 100;
-    constexpr int kSamples = 5000;
-    for (const qsizetype hint : {qsizetype{0}, qsizetype{40}, qsizetype{600}, qsizetype{6000}}) {
-        Lap lap;
-        lap.reserve(hint);
-        Sample sample;
-        for (int i = 0; i < kChannels; ++i) {
-            sample.setValue(QString::number(i), QVariant(i), QString());
-        }
-        lap.addSample(sample);
-        const auto places = [&lap] {
-            std::vector<const double*> result;
-            for (const auto& channel : lap.channels()) {
-                result.push_back(channel->samples.constData());
-            }
-            return result;
-        };
-        std::vector<const double*> before = places();
-        int worst = 0;
-        int moves = 0;
-        for (int i = 1; i < kSamples; ++i) {
-            lap.addSample(sample);
-            const std::vector<const double*> after = places();
-            int moved = 0;
-            for (std::size_t j = 0; j < after.size(); ++j) {
-                moved += after[j] != before[j] ? 1 : 0;
-            }
-            worst = std::max(worst, moved);
-            moves += moved;
-            before = after;
-        }
-        EXPECT_LE(worst, 8) << "hint " << hint;
-        // From 32 entries to 8192, or to the hint in two steps.
-        EXPECT_LE(moves, (hint > kSamples ? 2 : 9) * kChannels) << "hint " << hint;
-    }
-}
-
 TEST(LapAddSample, GoesOnInAChannelThatSomebodyHolds) {
     Lap lap;
     const Sample sample = sampleOf({{"a", 1}, {"b", 2}});
@@ -420,51 +340,6 @@ TEST(LapAddSample, GoesOnInAChannelThatSomebodyHolds) {
     }
     EXPECT_EQ(held.size(), 197);
     EXPECT_EQ(lap.channel("b")->samples.size(), 200);
-}
-
-TEST(LapReserve, TakesLittleRoomForALapThatBreaksOff) {
-    Lap lap;
-    lap.reserve(6000);
-    for (int i = 0; i < 300; ++i) {
-        lap.addSample(sampleOf({{"a", i}}));
-    }
-    EXPECT_LT(lap.channel("a")->samples.capacity(), 1000);
-}
-
-TEST(LapReserve, ChangesNoResult) {
-    Lap lap;
-    lap.reserve(2);
-    for (int i = 0; i < 5; ++i) {
-        lap.addSample(sampleOf({{"b", i}}));
-    }
-    lap.addSample(sampleOf({{"b", 5}, {"c", 6}}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({0, 1, 2, 3, 4, 5}));
-    EXPECT_EQ(entries(lap, "c"),
-              QList<double>({kMissing, kMissing, kMissing, kMissing, kMissing, 6}));
-    EXPECT_EQ(lap.size(), 6);
-}
-
-TEST(LapReserve, SurvivesClear) {
-    Lap lap;
-    lap.reserve(500);
-    lap.addSample(sampleOf({{"a", 0}}));
-    lap.clear();
-    for (int i = 0; i < 40; ++i) {
-        lap.addSample(sampleOf({{"a", i}}));
-    }
-    EXPECT_GE(lap.channel("a")->samples.capacity(), 500);
-    EXPECT_LT(lap.channel("a")->samples.capacity(), 600);
-}
-
-TEST(LapReserve, TakesAbsurdHintsWithoutTakingTheMemory) {
-    for (const qsizetype hint : {std::numeric_limits<qsizetype>::max(),
-                                 std::numeric_limits<qsizetype>::min(), qsizetype{0}}) {
-        Lap lap;
-        lap.reserve(hint);
-        EXPECT_NO_THROW(lap.addSample(sampleOf({{"a", 1}})));
-        EXPECT_LT(lap.channel("a")->samples.capacity(), 1'000'000);
-        EXPECT_EQ(entries(lap, "a"), QList<double>({1}));
-    }
 }
 
 TEST(LapAddSample, GoesOnWithAChannelThatReplacedARecordedOne) {
