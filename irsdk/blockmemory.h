@@ -1,16 +1,15 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 namespace irsdk {
 
 /**
- * The mapped bytes of the block and the one place that knows what lies inside them. Whatever
- * follows an offset, a count or a length of the block asks here first; arguments are taken as the
- * block states them and may be anything.
+ * Where the block is mapped, and the one place that knows what lies inside it. Whatever follows an
+ * offset, a count or a length of the block asks here first; arguments are taken as the block states
+ * them and may be anything. The mapped bytes themselves are for the pointers that the link hands
+ * out; the link reads by BlockObject::read().
  */
 class BlockMemory {
 public:
@@ -38,31 +37,8 @@ public:
         return count < fitting ? count : fitting;
     }
 
-    /**
-     * Bytes before the first zero byte from `offset` on, or up to the end; `offset` lies inside.
-     */
-    [[nodiscard]] std::size_t textLength(std::int64_t offset) const {
-        const auto room = static_cast<std::size_t>(m_size - offset);
-        const void* end = std::memchr(at(offset), '\0', room);
-        return end == nullptr
-                   ? room
-                   : static_cast<std::size_t>(static_cast<const char*>(end) - at(offset));
-    }
-
     /** Address of a byte that lies inside, or of the end. */
     [[nodiscard]] const char* at(std::int64_t offset) const { return m_base + offset; }
-
-    /**
-     * Reads an aligned 32-bit integer that lies inside, exactly once. An atomic load is a read that
-     * the compiler may neither leave out nor repeat nor merge with another one; acquire order keeps
-     * every later read of this thread, in the machine too, behind it.
-     */
-    [[nodiscard]] std::int32_t read(std::int64_t offset) const {
-        // atomic_ref takes no pointer to const before C++26; a lock-free load writes nothing.
-        static_assert(std::atomic_ref<std::int32_t>::is_always_lock_free);
-        auto* field = reinterpret_cast<std::int32_t*>(const_cast<char*>(at(offset)));
-        return std::atomic_ref<std::int32_t>(*field).load(std::memory_order_acquire);
-    }
 
 private:
     const char* m_base = nullptr;

@@ -7,12 +7,11 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstring>
 #include <limits>
-#include <string_view>
+#include <span>
 
 namespace {
 
@@ -42,50 +41,73 @@ const irsdk::BlockMemory& block() {
     return hMemMapFile.memory();
 }
 
-std::int32_t headerField(std::size_t offset) {
-    return block().read(static_cast<std::int64_t>(offset));
-}
-
-std::int32_t status() {
-    return headerField(offsetof(irsdk_header, status));
-}
-std::int32_t sessionInfoUpdate() {
-    return headerField(offsetof(irsdk_header, sessionInfoUpdate));
-}
-std::int32_t sessionInfoOffset() {
-    return headerField(offsetof(irsdk_header, sessionInfoOffset));
-}
-std::int32_t numVars() {
-    return headerField(offsetof(irsdk_header, numVars));
-}
-std::int32_t varHeaderOffset() {
-    return headerField(offsetof(irsdk_header, varHeaderOffset));
-}
-std::int32_t numBuf() {
-    return headerField(offsetof(irsdk_header, numBuf));
-}
-std::int32_t bufferLength() {
-    return headerField(offsetof(irsdk_header, bufferLength));
-}
-
 std::int64_t descriptorOffset(std::int64_t index) {
     return static_cast<std::int64_t>(offsetof(irsdk_header, varBuf)) +
            index * static_cast<std::int64_t>(sizeof(irsdk_varBuf));
 }
 
-std::int32_t tickCountOf(std::int64_t buffer) {
-    return block().read(descriptorOffset(buffer) +
-                        static_cast<std::int64_t>(offsetof(irsdk_varBuf, tickCount)));
+std::int64_t varHeaderOffset(std::int64_t table, std::int64_t index) {
+    return table + index * static_cast<std::int64_t>(sizeof(irsdk_varHeader));
 }
 
-std::int32_t bufferOffsetOf(std::int64_t buffer) {
-    return block().read(descriptorOffset(buffer) +
-                        static_cast<std::int64_t>(offsetof(irsdk_varBuf, bufferOffset)));
+/** Copies bytes that lie inside the block; false when it was cut off before them. */
+bool copyOut(std::int64_t offset, std::size_t length, void* into) {
+    return hMemMapFile.read(offset, length, into) || fail(irsdk_Error::BlockShrunk);
+}
+
+bool copyField(std::size_t offset, std::int32_t& field) {
+    return copyOut(static_cast<std::int64_t>(offset), sizeof field, &field);
+}
+
+/** Copies the header of an open link as the simulator states it, each value read once. */
+bool copyStatedHeader(irsdk_header& header) {
+    return isInitialized && copyOut(0, sizeof header, &header);
+}
+
+std::int64_t varHeadersInside(const irsdk_header& header) {
+    return block().entriesHeld(header.varHeaderOffset, header.numVars, sizeof(irsdk_varHeader));
+}
+
+/** Calls `take` with one piece of the block after the other until it answers false. */
+template <typename Take>
+bool copyInPieces(std::int64_t offset, std::int64_t length, Take take) {
+    constexpr std::int64_t kPiece = 4096;
+    std::array<char, kPiece> piece;
+    for (std::int64_t done = 0; done < length; done += kPiece) {
+        const auto size = static_cast<std::size_t>(std::min(kPiece, length - done));
+        if (!copyOut(offset + done, size, piece.data())) {
+            return false;
+        }
+        if (!take(std::span<const char>(piece.data(), size))) {
+            return true;
+        }
+    }
+    return true;
+}
+
+/** The start of the block: the header, and all descriptors of a ring of usual size. */
+struct BlockStart {
+    static constexpr std::int64_t kDescriptors = 8;
+
+    irsdk_header header;
+    std::array<irsdk_varBuf, kDescriptors - 1> further;
+
+    [[nodiscard]] const irsdk_varBuf& descriptor(std::int64_t index) const {
+        return index == 0 ? header.varBuf[0] : further[static_cast<std::size_t>(index - 1)];
+    }
+};
+
+static_assert(offsetof(BlockStart, further) == sizeof(irsdk_header));
+
+/** Copies the start of the block in one go, so that each of its values is read once. */
+bool copyStart(BlockStart& start) {
+    const auto size = static_cast<std::size_t>(block().size());
+    return copyOut(0, std::min(sizeof start, size), &start);
 }
 
 /** The first descriptor is read whatever the block says of their number. */
-std::int64_t descriptorsToRead(std::int32_t stated) {
-    return std::max(stated, 1);
+std::int64_t descriptorsToRead(const irsdk_header& header) {
+    return std::max(header.numBuf, 1);
 }
 
 bool holdsDescriptors(std::int64_t count) {
@@ -93,21 +115,33 @@ bool holdsDescriptors(std::int64_t count) {
                          count * static_cast<std::int64_t>(sizeof(irsdk_varBuf)));
 }
 
-bool holdsAnyBuffer(std::int32_t stated, std::int32_t length) {
-    const std::int64_t count = descriptorsToRead(stated);
-    if (length <= 0 || !holdsDescriptors(count)) {
-        return false;
+/** Calls `visit` with the index and the descriptor of each of the first `count` buffers. */
+template <typename Visit>
+bool visitDescriptors(const BlockStart& start, std::int64_t count, Visit visit) {
+    const std::int64_t atHand = std::min(count, BlockStart::kDescriptors);
+    for (std::int64_t i = 0; i < atHand; ++i) {
+        visit(i, start.descriptor(i));
     }
-    for (std::int64_t i = 0; i < count; ++i) {
-        if (block().holds(bufferOffsetOf(i), length)) {
-            return true;
-        }
-    }
-    return false;
+    const std::int64_t offset = descriptorOffset(atHand);
+    return copyInPieces(offset, descriptorOffset(count) - offset,
+                        [&visit, index = atHand](std::span<const char> piece) mutable {
+                            irsdk_varBuf descriptor{};
+                            for (; !piece.empty(); piece = piece.subspan(sizeof descriptor)) {
+                                std::memcpy(&descriptor, piece.data(), sizeof descriptor);
+                                visit(index++, descriptor);
+                            }
+                            return true;
+                        });
 }
 
-std::int64_t varHeaderAt(std::int64_t table, std::int64_t index) {
-    return table + index * static_cast<std::int64_t>(sizeof(irsdk_varHeader));
+bool holdsAnyBuffer(const BlockStart& start) {
+    const std::int64_t count = descriptorsToRead(start.header);
+    const std::int32_t length = start.header.bufferLength;
+    bool found = false;
+    const auto look = [&](std::int64_t /*index*/, const irsdk_varBuf& descriptor) {
+        found = found || block().holds(descriptor.bufferOffset, length);
+    };
+    return length > 0 && holdsDescriptors(count) && visitDescriptors(start, count, look) && found;
 }
 
 void closeAll() {
@@ -140,125 +174,122 @@ enum class Look {
 struct NewestBuffer {
     std::int64_t index = 0;
     std::int32_t tickCount = 0;
+    std::int32_t offset = 0;
+    std::int32_t length = 0;
 };
 
 /** The buffer with the largest count, the first of them if there are several. */
-NewestBuffer findNewest(std::int64_t count) {
-    NewestBuffer newest{0, tickCountOf(0)};
-    for (std::int64_t i = 1; i < count; ++i) {
-        const std::int32_t tickCount = tickCountOf(i);
-        if (tickCount > newest.tickCount) {
-            newest = {i, tickCount};
+bool findNewest(const BlockStart& start, std::int64_t count, NewestBuffer& newest) {
+    const irsdk_varBuf& first = start.descriptor(0);
+    newest = {0, first.tickCount, first.bufferOffset, start.header.bufferLength};
+    return visitDescriptors(start, count, [&](std::int64_t index, const irsdk_varBuf& descriptor) {
+        if (descriptor.tickCount > newest.tickCount) {
+            newest.index = index;
+            newest.tickCount = descriptor.tickCount;
+            newest.offset = descriptor.bufferOffset;
         }
-    }
-    return newest;
+    });
 }
 
-/**
- * Copies a buffer, offset and length being read afresh for each copy; with null `data` only tells
- * whether there is such a buffer.
- */
-bool copyBuffer(std::int64_t index, char* data, int room) {
-    const std::int32_t length = bufferLength();
-    const std::int32_t offset = bufferOffsetOf(index);
-    if (length <= 0 || !block().holds(offset, length)) {
+/** Copies a buffer; with null `data` only tells whether there is such a buffer. */
+bool copyBuffer(const NewestBuffer& buffer, char* data, int room) {
+    if (buffer.length <= 0 || !block().holds(buffer.offset, buffer.length)) {
         return fail(irsdk_Error::BlockInvalid);
     }
     if (data == nullptr) {
         return true;
     }
-    if (length > room) {
+    if (buffer.length > room) {
         return fail(irsdk_Error::BufferTooSmall);
     }
-    std::memcpy(data, block().at(offset), static_cast<std::size_t>(length));
-    lastDataLength = length;
+    if (!copyOut(buffer.offset, static_cast<std::size_t>(buffer.length), data)) {
+        return false;
+    }
+    lastDataLength = buffer.length;
+    return true;
+}
+
+/** The count of a buffer after its payload was copied, and where the buffer lies by now. */
+bool copyCountAndOffset(NewestBuffer& buffer) {
+    std::array<std::int32_t, 2> fields{};
+    static_assert(offsetof(irsdk_varBuf, tickCount) == 0);
+    static_assert(offsetof(irsdk_varBuf, bufferOffset) == sizeof(std::int32_t));
+    if (!copyOut(descriptorOffset(buffer.index), sizeof fields, fields.data())) {
+        return false;
+    }
+    buffer.tickCount = fields[0];
+    buffer.offset = fields[1];
     return true;
 }
 
 /**
- * The count of a buffer after its payload was copied. The fence keeps the reads of the payload from
- * being moved behind this read, by the compiler as by the processor, and the atomic read behind it
- * cannot be merged with the one before the copy: it fetches what the simulator has written
- * meanwhile.
- */
-std::int32_t tickCountAfterCopy(std::int64_t buffer) {
-    std::atomic_thread_fence(std::memory_order_acquire);
-    return tickCountOf(buffer);
-}
-
-/**
- * Copies a snapshot whole, at the second attempt if the simulator wrote into the first. The count
- * of the good copy is left in `newest`. A count that fell during the copy is the mark of a buffer
- * that is being overwritten; it stands still for as long as that takes and therefore proves
- * nothing.
+ * Copies a snapshot whole, at the second attempt, with offset and length read afresh, if the
+ * simulator wrote into the first. The count of the good copy is left in `newest`. A count that fell
+ * during the copy is the mark of a buffer that is being overwritten; it stands still for as long as
+ * that takes and therefore proves nothing.
  */
 bool copyUntorn(NewestBuffer& newest, char* data, int room) {
-    if (!copyBuffer(newest.index, data, room)) {
+    if (!copyBuffer(newest, data, room)) {
         return false;
     }
     if (data == nullptr) {
         return true;
     }
-    const std::int32_t afterFirst = tickCountAfterCopy(newest.index);
-    if (afterFirst == newest.tickCount) {
-        return true;
-    }
-    if (afterFirst < newest.tickCount || !copyBuffer(newest.index, data, room) ||
-        tickCountAfterCopy(newest.index) != afterFirst) {
+    const std::int32_t before = newest.tickCount;
+    if (!copyCountAndOffset(newest)) {
         return false;
     }
-    newest.tickCount = afterFirst;
-    return true;
-}
-
-Look noteStart(std::int32_t tickCount) {
-    lastTickCount = tickCount;
-    return Look::Resynchronised;
-}
-
-Look handOut(std::int32_t tickCount) {
-    lastTickCount = tickCount;
-    lastValidTime = irsdk::calendarSeconds();
-    return Look::NewData;
-}
-
-Look nothing(irsdk_Error error) {
-    fail(error);
-    return Look::NothingNew;
-}
-
-Look blockShrunk() {
-    lastTickCount = kNoTickYet;
-    return nothing(irsdk_Error::BlockShrunk);
-}
-
-/** Looks at the ring of an open link and takes its newest snapshot if it is a new one. */
-Look takeNewest(char* data, int room) {
-    lastError = irsdk_Error::None;
-    if (!hMemMapFile.isWhole()) {
-        return blockShrunk();
+    if (newest.tickCount == before) {
+        return true;
     }
-    if ((status() & irsdk_stConnected) == 0) {
+    const std::int32_t afterFirst = newest.tickCount;
+    return afterFirst > before && copyField(offsetof(irsdk_header, bufferLength), newest.length) &&
+           copyBuffer(newest, data, room) && copyCountAndOffset(newest) &&
+           newest.tickCount == afterFirst;
+}
+
+/** Looks at the ring and copies its newest snapshot if it is a new one. */
+Look lookAtRing(NewestBuffer& newest, char* data, int room) {
+    BlockStart start{};
+    if (!copyStart(start)) {
+        return Look::NothingNew;
+    }
+    if ((start.header.status & irsdk_stConnected) == 0) {
         lastTickCount = kNoTickYet;
         return Look::NothingNew;
     }
-    const std::int64_t count = descriptorsToRead(numBuf());
+    const std::int64_t count = descriptorsToRead(start.header);
     if (!holdsDescriptors(count)) {
-        return nothing(irsdk_Error::BlockInvalid);
+        fail(irsdk_Error::BlockInvalid);
+        return Look::NothingNew;
     }
-    NewestBuffer newest = findNewest(count);
-    if (lastTickCount == newest.tickCount) {
+    if (!findNewest(start, count, newest) || lastTickCount == newest.tickCount) {
         return Look::NothingNew;
     }
     if (lastTickCount > newest.tickCount) {
-        return noteStart(newest.tickCount);
+        return Look::Resynchronised;
     }
-    const bool copied = copyUntorn(newest, data, room);
-    // What was cut off meanwhile was copied as zeros.
-    if (!hMemMapFile.isIntact()) {
-        return blockShrunk();
+    return copyUntorn(newest, data, room) ? Look::NewData : Look::NothingNew;
+}
+
+/** A look whose result counts: the block still is whole, and the state moves on with it. */
+Look takeNewest(char* data, int room) {
+    lastError = irsdk_Error::None;
+    NewestBuffer newest;
+    const Look look = lookAtRing(newest, data, room);
+    // Asked after the reads: what was cut off during one may have been copied as zeros.
+    if (!hMemMapFile.isWhole()) {
+        lastTickCount = kNoTickYet;
+        fail(irsdk_Error::BlockShrunk);
+        return Look::NothingNew;
     }
-    return copied ? handOut(newest.tickCount) : Look::NothingNew;
+    if (look != Look::NothingNew) {
+        lastTickCount = newest.tickCount;
+    }
+    if (look == Look::NewData) {
+        lastValidTime = irsdk::calendarSeconds();
+    }
+    return look;
 }
 
 bool ensureOpen() {
@@ -315,24 +346,84 @@ bool newDataWithin(int timeOut, char* data, int room) {
     return takesNewData(data, room);
 }
 
-/** The text up to its zero byte or the end of the block. One that lies outside is absent: empty. */
-std::string_view textAt(std::int32_t offset) {
-    return block().holds(offset, 1)
-               ? std::string_view(block().at(offset), block().textLength(offset))
-               : std::string_view();
+/** Bytes from `offset` up to the first zero byte or the end of the block; none from outside it. */
+bool measureText(std::int64_t offset, std::int64_t& length) {
+    length = 0;
+    return !block().holds(offset, 1) ||
+           copyInPieces(offset, block().size() - offset, [&](std::span<const char> piece) {
+               const void* end = std::memchr(piece.data(), '\0', piece.size());
+               length += end == nullptr ? static_cast<std::int64_t>(piece.size())
+                                        : static_cast<const char*>(end) - piece.data();
+               return end == nullptr;
+           });
 }
 
 /**
  * Whether a copied text is what the block still holds. The counter alone does not tell: a simulator
- * that changes it behind the text leaves it alone while it writes. Only one that stops in the
+ * that changes it after the text leaves it alone while it writes. Only one that stops in the
  * middle of its writing passes with half a text; its counter moves when it goes on, and the text is
  * read anew.
  */
 bool stoodStill(const std::string& copy, std::int32_t offset, std::int32_t update) {
-    std::atomic_thread_fence(std::memory_order_acquire);
-    const bool isSame =
-        copy.empty() || std::memcmp(copy.data(), block().at(offset), copy.size()) == 0;
-    return isSame && sessionInfoUpdate() == update;
+    std::span<const char> rest(copy);
+    std::int32_t updateNow = 0;
+    return copyInPieces(offset, static_cast<std::int64_t>(copy.size()),
+                        [&](std::span<const char> piece) {
+                            const bool isSame =
+                                std::memcmp(piece.data(), rest.data(), piece.size()) == 0;
+                            rest = rest.subspan(isSame ? piece.size() : 0);
+                            return isSame;
+                        }) &&
+           rest.empty() && copyField(offsetof(irsdk_header, sessionInfoUpdate), updateNow) &&
+           updateNow == update;
+}
+
+enum class TextCopy { Whole, Changing, Failed };
+
+/** One attempt to copy the session text; a failure has been noted. */
+TextCopy copyText(std::string& text, int& update) {
+    irsdk_header header{};
+    std::int64_t length = 0;
+    if (!copyStatedHeader(header)) {
+        return TextCopy::Failed;
+    }
+    update = header.sessionInfoUpdate;
+    const std::int32_t offset = header.sessionInfoOffset;
+    if (!measureText(offset, length)) {
+        return TextCopy::Failed;
+    }
+    if (!irsdk::hasMemoryTo([&] { text.resize(static_cast<std::size_t>(length)); })) {
+        fail(irsdk_Error::OutOfMemory);
+        return TextCopy::Failed;
+    }
+    if (!copyOut(offset, text.size(), text.data())) {
+        return TextCopy::Failed;
+    }
+    return stoodStill(text, offset, update) ? TextCopy::Whole : TextCopy::Changing;
+}
+
+struct Variable {
+    int index = -1;
+    int offset = -1;
+};
+
+/** The first variable of that name. */
+Variable findVariable(const char* name) {
+    irsdk_header header{};
+    if (name == nullptr || !copyStatedHeader(header)) {
+        return {};
+    }
+    const std::int64_t count = varHeadersInside(header);
+    irsdk_varHeader entry{};
+    for (int i = 0; i < count; ++i) {
+        if (!copyOut(varHeaderOffset(header.varHeaderOffset, i), sizeof entry, &entry)) {
+            return {};
+        }
+        if (std::strncmp(name, entry.name, IRSDK_MAX_STRING) == 0) {
+            return {i, entry.offset};
+        }
+    }
+    return {};
 }
 
 void broadcast(irsdk_BroadcastMsg msg, int var1, std::int32_t var2) {
@@ -454,29 +545,24 @@ int irsdk_getDataLength() {
 }
 
 bool irsdk_isConnected() {
-    if (!isInitialized || !hMemMapFile.isWhole()) {
-        return false;
-    }
-    return irsdk::calendarSeconds() - lastValidTime <= kLongestSilence &&
-           (status() & irsdk_stConnected) != 0;
+    std::int32_t status = 0;
+    return isInitialized && irsdk::calendarSeconds() - lastValidTime <= kLongestSilence &&
+           copyField(offsetof(irsdk_header, status), status) && (status & irsdk_stConnected) != 0 &&
+           hMemMapFile.isWhole();
 }
 
 bool irsdk_copyHeader(irsdk_header& header) {
-    if (!isInitialized) {
+    BlockStart start{};
+    if (!isInitialized || !copyStart(start)) {
         return false;
     }
+    const bool hasBuffer = holdsAnyBuffer(start);
     if (!hMemMapFile.isWhole()) {
         return fail(irsdk_Error::BlockShrunk);
     }
-    constexpr std::size_t kFieldSize = sizeof(std::int32_t);
-    std::array<std::int32_t, sizeof(irsdk_header) / kFieldSize> fields{};
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        fields[i] = headerField(i * kFieldSize);
-    }
-    std::memcpy(&header, fields.data(), sizeof header);
-    header.numVars = static_cast<std::int32_t>(
-        block().entriesHeld(header.varHeaderOffset, header.numVars, sizeof(irsdk_varHeader)));
-    if (!holdsAnyBuffer(header.numBuf, header.bufferLength)) {
+    header = start.header;
+    header.numVars = static_cast<std::int32_t>(varHeadersInside(header));
+    if (!hasBuffer) {
         header.bufferLength = 0;
         lastError = irsdk_Error::BlockInvalid;
     }
@@ -485,22 +571,17 @@ bool irsdk_copyHeader(irsdk_header& header) {
 
 bool irsdk_copyVarHeaders(std::vector<irsdk_varHeader>& table) {
     table.clear();
-    if (!isInitialized) {
+    irsdk_header header{};
+    if (!copyStatedHeader(header)) {
         return false;
     }
-    if (!hMemMapFile.isWhole()) {
-        return fail(irsdk_Error::BlockShrunk);
-    }
-    const std::int32_t offset = varHeaderOffset();
-    const std::int64_t count = block().entriesHeld(offset, numVars(), sizeof(irsdk_varHeader));
+    const std::int64_t count = varHeadersInside(header);
     if (!irsdk::hasMemoryTo([&] { table.resize(static_cast<std::size_t>(count)); })) {
         return fail(irsdk_Error::OutOfMemory);
     }
-    if (count > 0) {
-        std::memcpy(table.data(), block().at(offset), table.size() * sizeof(irsdk_varHeader));
-    }
-    // What was cut off meanwhile was copied as zeros.
-    if (!hMemMapFile.isWhole()) {
+    const std::size_t bytes = table.size() * sizeof(irsdk_varHeader);
+    if ((count > 0 && !copyOut(header.varHeaderOffset, bytes, table.data())) ||
+        !hMemMapFile.isWhole()) {
         table.clear();
         return fail(irsdk_Error::BlockShrunk);
     }
@@ -513,27 +594,20 @@ bool irsdk_copySessionInfoStr(std::string& text, int& update) {
     if (!isInitialized) {
         return false;
     }
-    if (!hMemMapFile.isWhole()) {
-        return fail(irsdk_Error::BlockShrunk);
-    }
     for (int attempt = 0; attempt < kSessionTextAttempts; ++attempt) {
-        update = sessionInfoUpdate();
-        const std::int32_t offset = sessionInfoOffset();
-        if (!irsdk::hasMemoryTo([&] { text.assign(textAt(offset)); })) {
-            text.clear();
-            return fail(irsdk_Error::OutOfMemory);
-        }
-        const bool stood = stoodStill(text, offset, update);
-        // What was cut off meanwhile was copied, or compared, as zeros.
+        const TextCopy copy = copyText(text, update);
         if (!hMemMapFile.isWhole()) {
             text.clear();
             update = -1;
             return fail(irsdk_Error::BlockShrunk);
         }
-        if (stood) {
+        if (copy == TextCopy::Whole) {
             // The text may have become shorter between the search for its end and the copy.
             text.resize(std::min(text.find('\0'), text.size()));
             return true;
+        }
+        if (copy == TextCopy::Failed) {
+            break;
         }
     }
     text.clear();
@@ -545,75 +619,58 @@ const irsdk_header* irsdk_getHeader() {
 }
 
 const char* irsdk_getData(int index) {
-    if (!isInitialized || index < 0 || !holdsDescriptors(std::int64_t{index} + 1)) {
-        return nullptr;
-    }
-    const std::int32_t offset = bufferOffsetOf(index);
-    const std::int32_t length = bufferLength();
-    return length > 0 && block().holds(offset, length) ? block().at(offset) : nullptr;
+    NewestBuffer buffer;
+    buffer.index = index;
+    const bool isInside = isInitialized && index >= 0 &&
+                          holdsDescriptors(std::int64_t{index} + 1) && copyCountAndOffset(buffer) &&
+                          copyField(offsetof(irsdk_header, bufferLength), buffer.length) &&
+                          buffer.length > 0 && block().holds(buffer.offset, buffer.length);
+    return isInside ? block().at(buffer.offset) : nullptr;
 }
 
 const char* irsdk_getSessionInfoStr() {
-    if (!isInitialized) {
-        return nullptr;
-    }
-    const std::int32_t offset = sessionInfoOffset();
-    if (!block().holds(offset, 1)) {
-        return nullptr;
-    }
-    const std::int64_t end = offset + static_cast<std::int64_t>(block().textLength(offset));
-    return block().holds(end, 1) ? block().at(offset) : nullptr;
+    std::int32_t offset = 0;
+    std::int64_t length = 0;
+    const bool isInside = isInitialized &&
+                          copyField(offsetof(irsdk_header, sessionInfoOffset), offset) &&
+                          measureText(offset, length) && block().holds(offset, length + 1);
+    return isInside ? block().at(offset) : nullptr;
 }
 
 int irsdk_getSessionInfoStrUpdate() {
-    return isInitialized ? sessionInfoUpdate() : -1;
+    std::int32_t update = -1;
+    return isInitialized && copyField(offsetof(irsdk_header, sessionInfoUpdate), update) ? update
+                                                                                         : -1;
 }
 
 const irsdk_varHeader* irsdk_getVarHeaderPtr() {
-    if (!isInitialized) {
+    irsdk_header header{};
+    if (!copyStatedHeader(header)) {
         return nullptr;
     }
-    const std::int32_t offset = varHeaderOffset();
-    const std::int64_t count = std::max(numVars(), 0);
-    return block().holds(offset, varHeaderAt(0, count))
-               ? reinterpret_cast<const irsdk_varHeader*>(block().at(offset))
+    const std::int64_t count = std::max(header.numVars, 0);
+    return block().holds(header.varHeaderOffset, varHeaderOffset(0, count))
+               ? reinterpret_cast<const irsdk_varHeader*>(block().at(header.varHeaderOffset))
                : nullptr;
 }
 
 const irsdk_varHeader* irsdk_getVarHeaderEntry(int index) {
-    if (!isInitialized || index < 0 || index >= numVars()) {
+    irsdk_header header{};
+    if (index < 0 || !copyStatedHeader(header) || index >= header.numVars) {
         return nullptr;
     }
-    const std::int64_t entry = varHeaderAt(varHeaderOffset(), index);
+    const std::int64_t entry = varHeaderOffset(header.varHeaderOffset, index);
     return block().holds(entry, sizeof(irsdk_varHeader))
                ? reinterpret_cast<const irsdk_varHeader*>(block().at(entry))
                : nullptr;
 }
 
 int irsdk_varNameToIndex(const char* name) {
-    if (name == nullptr || !isInitialized) {
-        return -1;
-    }
-    const std::int32_t table = varHeaderOffset();
-    const std::int64_t count = block().entriesHeld(table, numVars(), sizeof(irsdk_varHeader));
-    for (std::int64_t i = 0; i < count; ++i) {
-        const char* entry = block().at(varHeaderAt(table, i));
-        if (std::strncmp(name, entry + offsetof(irsdk_varHeader, name), IRSDK_MAX_STRING) == 0) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
+    return findVariable(name).index;
 }
 
 int irsdk_varNameToOffset(const char* name) {
-    const auto* entry =
-        reinterpret_cast<const char*>(irsdk_getVarHeaderEntry(irsdk_varNameToIndex(name)));
-    if (entry == nullptr) {
-        return -1;
-    }
-    std::int32_t offset = 0;  // copied as bytes: nothing makes the simulator align its table
-    std::memcpy(&offset, entry + offsetof(irsdk_varHeader, offset), sizeof offset);
-    return offset;
+    return findVariable(name).offset;
 }
 
 unsigned int irsdk_getBroadcastMsgID() {

@@ -42,16 +42,18 @@ public:
     [[nodiscard]] const BlockMemory& memory() const { return m_memory; }
 
     /**
-     * Whether the object still has all the bytes that were mapped. Cheap enough to be asked before
-     * every read.
+     * Copies `length` bytes, which lie inside the block, from `offset` on; false when the object
+     * no longer has them all. It never faults, whatever the simulator does to its object. What is
+     * copied is read once, each aligned 32-bit word in one piece, after the reads of the call
+     * before and before those of the call after; within one call nothing is promised of the order.
      */
-    [[nodiscard]] bool isWhole() const;
+    [[nodiscard]] bool read(std::int64_t offset, std::size_t length, void* into) const;
 
     /**
-     * Whether no page was missing in any read so far. Asks nothing of the system; a cut within the
-     * last page shows only in isWhole().
+     * Whether the object still has all the bytes that were mapped. Asked after a read, it tells
+     * also of a cut that fell into the read and left zeros in it.
      */
-    [[nodiscard]] bool isIntact() const;
+    [[nodiscard]] bool isWhole() const;
 
     /** Whether the object can no longer be found by its name, so that nobody will write to it. */
     [[nodiscard]] bool isAbandoned() const;

@@ -1,4 +1,3 @@
-#include "irsdk/guardedmapping_linux.h"
 #include "irsdk/platform.h"
 
 #include <array>
@@ -70,7 +69,42 @@ public:
     }
 
     [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
+
+    /** Maps the first `size` bytes; their pages go away when the object is cut off. */
+    [[nodiscard]] bool map(std::size_t size) {
+        void* view = mmap(nullptr, size, PROT_READ, MAP_SHARED, m_descriptor, 0);
+        if (view == MAP_FAILED) {
+            return false;
+        }
+        m_view = static_cast<char*>(view);
+        m_mapped = size;
+        return true;
+    }
+    [[nodiscard]] const char* view() const { return m_view; }
+
+    /** Copies bytes of the object; false when it does not have them all. */
+    [[nodiscard]] bool read(std::int64_t offset, std::size_t length, void* into) const {
+        auto* to = static_cast<char*>(into);
+        while (length > 0) {
+            const ssize_t count = pread(m_descriptor, to, length, offset);
+            if (count > 0) {
+                to += count;
+                offset += count;
+                length -= static_cast<std::size_t>(count);
+            } else if (count == 0 || errno != EINTR) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /**
+     * Whether the object has `size` bytes. Nothing else uses the position in the file, and to move
+     * it costs a third of fstat().
+     */
+    [[nodiscard]] bool reaches(std::size_t size) const {
+        return lseek(m_descriptor, 0, SEEK_END) >= static_cast<off_t>(size);
+    }
 
     /** Bytes of the object, or 0 when the system cannot tell. */
     [[nodiscard]] std::size_t size() const {
@@ -84,9 +118,13 @@ public:
     }
 
     void close() {
+        if (m_view != nullptr) {
+            munmap(m_view, m_mapped);
+        }
         if (m_descriptor >= 0) {
             ::close(m_descriptor);
         }
+        m_view = nullptr;
         m_descriptor = -1;
     }
 
@@ -104,6 +142,8 @@ private:
     }
 
     int m_descriptor = -1;
+    char* m_view = nullptr;
+    std::size_t m_mapped = 0;
 };
 
 timespec monotonicTimeIn(int milliseconds) {
@@ -118,76 +158,89 @@ timespec monotonicTimeIn(int milliseconds) {
     return time;
 }
 
+void sleepUntil(const timespec& end) {
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
+    }
+}
+
 /**
  * Sleeps on a counter in shared memory while it has the value `armed`, until `end`. True when it is
  * worth looking at the counter again. A read-only view is enough for the kernel to find the futex.
+ * Where it finds none, because the page is gone, the time is slept out, so that a caller in a loop
+ * does not spin.
  */
 bool sleepOnFutex(const char* counter, std::uint32_t armed, const timespec& end) {
     const long result = syscall(SYS_futex, counter, FUTEX_WAIT_BITSET, armed, &end, nullptr,
                                 FUTEX_BITSET_MATCH_ANY);
-    return result == 0 || errno == EINTR;
+    if (result == 0 || errno == EINTR || errno == EAGAIN) {
+        return true;
+    }
+    sleepUntil(end);
+    return false;
 }
 
 }  // namespace
 
-struct BlockObject::Handle {
-    SharedObject object;
-    GuardedMapping view;
-};
+struct BlockObject::Handle : SharedObject {};
 
 BlockObject::BlockObject() : m_handle(std::make_unique<Handle>()) {}
 BlockObject::~BlockObject() = default;
 
 irsdk_Error BlockObject::open() {
-    return m_handle->object.open(kBlockName, irsdk_Error::NoBlock, irsdk_Error::ForeignBlock);
+    return m_handle->open(kBlockName, irsdk_Error::NoBlock, irsdk_Error::ForeignBlock);
 }
 
 bool BlockObject::isOpen() const {
-    return m_handle->object.isOpen();
+    return m_handle->isOpen();
 }
 
 irsdk_Error BlockObject::map() {
-    const std::size_t size = m_handle->object.size();
+    const std::size_t size = m_handle->size();
     if (size < sizeof(irsdk_header)) {
         return irsdk_Error::BlockTooSmall;
     }
     if (size > kLargestBlock) {
         return irsdk_Error::BlockTooLarge;
     }
-    if (!m_handle->view.map(m_handle->object.descriptor(), size)) {
+    if (!m_handle->map(size)) {
         return irsdk_Error::MapFailed;
     }
-    m_memory = BlockMemory(m_handle->view.data(), size);
+    m_memory = BlockMemory(m_handle->view(), size);
     m_mapped = true;
     return irsdk_Error::None;
 }
 
-bool BlockObject::isWhole() const {
-    return isIntact() && m_handle->object.size() >= m_handle->view.size();
+// The kernel copies out of the pages without a lock and, as it happens, in ascending order; it
+// promises neither. But each call takes hold of its pages before it copies, by an atomic operation
+// that no access to memory passes. So what must be read before or after something else is read by a
+// call of its own.
+bool BlockObject::read(std::int64_t offset, std::size_t length, void* into) const {
+    return m_handle->read(offset, length, into);
 }
 
-bool BlockObject::isIntact() const {
-    return m_handle->view.isIntact();
+bool BlockObject::isWhole() const {
+    return m_handle->reaches(static_cast<std::size_t>(m_memory.size()));
 }
 
 bool BlockObject::isAbandoned() const {
-    return !m_handle->object.hasName();
+    return !m_handle->hasName();
 }
 
 void BlockObject::close() {
     m_mapped = false;
     m_memory = BlockMemory();
-    m_handle->view.unmap();
-    m_handle->object.close();
+    m_handle->close();
 }
 
-struct DataValidEvent::Handle {
-    SharedObject object;
-    GuardedMapping view;
+struct DataValidEvent::Handle : SharedObject {
     std::uint32_t armed = 0;
 
-    [[nodiscard]] std::uint32_t counter() const {
-        return static_cast<std::uint32_t>(BlockMemory(view.data(), view.size()).read(0));
+    /** Takes the counter as it stands; one that was cut off counts as unmoved. */
+    void arm() { static_cast<void>(read(0, sizeof armed, &armed)); }
+
+    [[nodiscard]] bool hasMoved() const {
+        std::uint32_t counter = 0;
+        return read(0, sizeof counter, &counter) && counter != armed;
     }
 };
 
@@ -196,29 +249,29 @@ DataValidEvent::~DataValidEvent() = default;
 
 irsdk_Error DataValidEvent::open() {
     const irsdk_Error error =
-        m_handle->object.open(kEventName, irsdk_Error::NoEvent, irsdk_Error::ForeignEvent);
+        m_handle->open(kEventName, irsdk_Error::NoEvent, irsdk_Error::ForeignEvent);
     if (error != irsdk_Error::None) {
         return error;
     }
     constexpr std::size_t kCounterSize = sizeof(std::uint32_t);
     // Between its creation and its first size it is no event yet.
-    if (m_handle->object.size() < kCounterSize) {
-        m_handle->object.close();
+    if (m_handle->size() < kCounterSize) {
+        m_handle->close();
         return irsdk_Error::NoEvent;
     }
-    if (!m_handle->view.map(m_handle->object.descriptor(), kCounterSize)) {
-        m_handle->object.close();
+    if (!m_handle->map(kCounterSize)) {
+        m_handle->close();
         return irsdk_Error::MapFailed;
     }
     return irsdk_Error::None;
 }
 
 bool DataValidEvent::isOpen() const {
-    return m_handle->object.isOpen();
+    return m_handle->isOpen();
 }
 
 void DataValidEvent::arm() {
-    m_handle->armed = m_handle->counter();
+    m_handle->arm();
 }
 
 void DataValidEvent::rearm() {
@@ -227,8 +280,7 @@ void DataValidEvent::rearm() {
 
 void DataValidEvent::wait(int timeOut) {
     const timespec end = monotonicTimeIn(timeOut);
-    while (m_handle->counter() == m_handle->armed &&
-           sleepOnFutex(m_handle->view.data(), m_handle->armed, end)) {
+    while (!m_handle->hasMoved() && sleepOnFutex(m_handle->view(), m_handle->armed, end)) {
     }
     // Whatever the caller looks at next, a completion after this moment ends the next wait.
     arm();
@@ -240,14 +292,11 @@ bool DataValidEvent::waitOn(int timeOut) {
 }
 
 void DataValidEvent::close() {
-    m_handle->view.unmap();
-    m_handle->object.close();
+    m_handle->close();
 }
 
 void sleepFor(int milliseconds) {
-    const timespec end = monotonicTimeIn(milliseconds);
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
-    }
+    sleepUntil(monotonicTimeIn(milliseconds));
 }
 
 std::int64_t systemSeconds() {

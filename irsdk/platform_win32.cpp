@@ -1,5 +1,7 @@
 #include "irsdk/platform.h"
 
+#include <atomic>
+#include <cstring>
 #include <time.h>
 #include <windows.h>
 
@@ -84,12 +86,17 @@ irsdk_Error BlockObject::map() {
     return irsdk_Error::None;
 }
 
-// A section cannot become shorter while a view of it exists.
-bool BlockObject::isWhole() const {
-    return m_mapped;
+// The fences keep the compiler and the processor from moving this copy before the one of an earlier
+// call or after that of a later one.
+bool BlockObject::read(std::int64_t offset, std::size_t length, void* into) const {
+    std::atomic_thread_fence(std::memory_order_acquire);
+    std::memcpy(into, m_memory.at(offset), length);
+    std::atomic_thread_fence(std::memory_order_acquire);
+    return true;
 }
 
-bool BlockObject::isIntact() const {
+// A section cannot become shorter while a view of it exists.
+bool BlockObject::isWhole() const {
     return m_mapped;
 }
 

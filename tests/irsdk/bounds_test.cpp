@@ -50,16 +50,6 @@ TEST(BlockMemory, CountsTheEntriesThatFit) {
     EXPECT_EQ(memory.entriesHeld(0, 0, 10), 0);
 }
 
-TEST(BlockMemory, ATextEndsAtItsZeroOrAtTheEnd) {
-    const std::vector<char> bytes{'a', 'b', '\0', 'c', 'd'};
-    const irsdk::BlockMemory memory(bytes.data(), bytes.size());
-
-    EXPECT_EQ(memory.textLength(0), 2U);
-    EXPECT_EQ(memory.textLength(2), 0U);
-    EXPECT_EQ(memory.textLength(3), 2U);
-    EXPECT_EQ(memory.textLength(5), 0U);
-}
-
 struct BrokenField {
     const char* name;
     std::size_t offset;

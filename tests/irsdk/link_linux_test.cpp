@@ -1,4 +1,3 @@
-#include "irsdk/guardedmapping_linux.h"
 #include "tests/irsdk/linktest.h"
 #include "tests/support/checkedsnapshot.h"
 
@@ -6,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
@@ -32,6 +32,13 @@ bool isAtWork(pid_t thread) {
     const std::size_t afterName = facts.rfind(')');
     return afterName != std::string::npos &&
            (facts.compare(afterName, 3, ") R") == 0 || facts.compare(afterName, 3, ") D") == 0);
+}
+
+/** Time of the processor that this thread has had. */
+std::chrono::nanoseconds threadTime() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 /** One wait of the link, and another thread that does something at certain moments of it. */
@@ -222,35 +229,50 @@ TEST_P(LinuxLink, ATruncatedBlockIsNoData) {
     }
 }
 
-TEST_P(LinuxLink, ATruncatedBlockIsNoReasonToEndForPointersEither) {
-    block.setBufferLength(3 * static_cast<int>(kPage));
+TEST_P(LinuxLink, NothingIsPointedAtInATruncatedBlock) {
     openAtTick10();
-    const irsdk_header* header = irsdk_getHeader();
-    ASSERT_EQ(header->numVars, 3);
+    ASSERT_EQ(irsdk_varNameToIndex("Gear"), 2);
     publisher.command("truncate 0");
 
-    EXPECT_EQ(header->numVars, 0) << "a block that went away reads as zeros";
+    EXPECT_EQ(irsdk_getVarHeaderPtr(), nullptr);
     EXPECT_EQ(irsdk_getVarHeaderEntry(0), nullptr);
-    EXPECT_EQ(irsdk_varNameToIndex("Speed"), -1);
+    EXPECT_EQ(irsdk_varNameToIndex("Gear"), -1);
+    EXPECT_EQ(irsdk_varNameToOffset("Gear"), -1);
     EXPECT_EQ(irsdk_getData(0), nullptr);
-    EXPECT_EQ(irsdk_getSessionInfoStrUpdate(), 0);
-    EXPECT_STREQ(irsdk_getSessionInfoStr(), "");
+    EXPECT_EQ(irsdk_getSessionInfoStrUpdate(), -1);
+    EXPECT_EQ(irsdk_getSessionInfoStr(), nullptr);
 }
 
-TEST_P(LinuxLink, ABlockThatWasLostStaysLostUntilShutdown) {
+TEST_P(LinuxLink, NothingIsReadFromWhatIsLeftOfATruncatedBlock) {
+    block.setBufferLength(static_cast<int>(kPage));
+    snapshot.resize(static_cast<std::size_t>(block.snapshotLength()));
+    openAtTick10();
+    publisher.completeChecked(0, 11);
+    publisher.command("truncate " + std::to_string(block.bytes().size() - 1));
+
+    EXPECT_FALSE(takes()) << "the newest buffer is there whole, and so is all before it";
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockShrunk);
+    EXPECT_FALSE(irsdk_isConnected());
+    irsdk_header header{};
+    std::vector<irsdk_varHeader> table;
+    std::string text;
+    int update = 0;
+    EXPECT_FALSE(irsdk_copyHeader(header));
+    EXPECT_FALSE(irsdk_copyVarHeaders(table));
+    EXPECT_FALSE(irsdk_copySessionInfoStr(text, update));
+}
+
+TEST_P(LinuxLink, ABlockThatIsWholeAgainIsReadAnew) {
     openAtTick10();
     const std::size_t size = block.bytes().size();
     publisher.command("truncate 0");
-    ASSERT_EQ(irsdk_getHeader()->numVars, 0);
+    ASSERT_FALSE(takes());
     publisher.command("truncate " + std::to_string(size));
     publisher.publishBlock(block);
     publisher.completeChecked(1, 11);
 
-    EXPECT_FALSE(takes());
-    EXPECT_EQ(irsdk_lastError(), irsdk_Error::BlockShrunk);
-
-    irsdk_shutdown();
-    EXPECT_FALSE(takes());
+    EXPECT_FALSE(takes()) << "the starting point";
+    EXPECT_EQ(irsdk_lastError(), irsdk_Error::None);
     publisher.completeChecked(2, 12);
     EXPECT_TRUE(takes());
 }
@@ -267,13 +289,27 @@ TEST_P(LinuxLink, ATickThatNeededNoWaitDoesNotEndTheNextOne) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kTimeOut));
 }
 
-TEST_P(LinuxLink, AnEventThatWasCutOffEndsWaitsByTimeAlone) {
+TEST_P(LinuxLink, WithoutItsEventAWaitSleepsForItsTime) {
     openAtTick10();
-    publisher.command("truncate-event");
-
-    EXPECT_FALSE(irsdk_waitForDataReady(20, snapshot.data(), length()));
+    static constexpr int kTimeOut = 200;  // milliseconds
+    const auto waitsAsleep = [this] {
+        const auto start = std::chrono::steady_clock::now();
+        const std::chrono::nanoseconds startOfWork = threadTime();
+        EXPECT_FALSE(irsdk_waitForDataReady(kTimeOut, snapshot.data(), length()));
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kTimeOut));
+        EXPECT_LT(threadTime() - startOfWork, std::chrono::milliseconds(kTimeOut / 4));
+    };
+    std::thread cutter([this, reader = gettid()] {
+        while (isAtWork(reader)) {
+            std::this_thread::yield();
+        }
+        publisher.command("truncate-event");
+    });
+    waitsAsleep();
+    cutter.join();
+    waitsAsleep();
     publisher.poke(descriptorField(1, 0), 11);
-    EXPECT_TRUE(irsdk_waitForDataReady(20, snapshot.data(), length()));
+    EXPECT_TRUE(irsdk_waitForDataReady(kTimeOut, snapshot.data(), length()));
 }
 
 RATAIP_IN_BOTH_PLACES(LinuxLink);
@@ -327,7 +363,7 @@ protected:
         readTable();
         readText();
         readSnapshot();
-        followPointers();
+        lookUp();
     }
 
     /** Whatever was asked of it, the link has nothing of a block that was cut off. */
@@ -405,13 +441,13 @@ private:
         EXPECT_FALSE(refused && irsdk_isConnected());
     }
 
-    /** What pointers lead to is as it was, or zero. */
-    void followPointers() {
-        const irsdk_varHeader* entry = irsdk_getVarHeaderEntry(0);
-        EXPECT_TRUE(entry == nullptr || entry->name[0] == 'S' || entry->name[0] == 0);
-        const char* published = irsdk_getSessionInfoStr();
-        const char last = published == nullptr ? '\0' : published[sessionText.size() - 1];
-        EXPECT_TRUE(last == sessionText.back() || last == 0);
+    void lookUp() {
+        const int index = irsdk_varNameToIndex("Speed");
+        EXPECT_TRUE(index == 0 || index == -1);
+        const int counter = irsdk_getSessionInfoStrUpdate();
+        EXPECT_TRUE(counter == block.header().sessionInfoUpdate || counter == -1);
+        static_cast<void>(irsdk_getSessionInfoStr());
+        static_cast<void>(irsdk_getData(0));
     }
 
     const std::string sessionText = std::string(16 * kPage, 'a');
@@ -662,230 +698,6 @@ TEST(LinuxBroadcast, AFullQueueDropsWithoutWaiting) {
 
     irsdk_broadcastMsg(static_cast<irsdk_BroadcastMsg>(1), 0, 9);
     ASSERT_EQ(receiver.take().size(), 1U) << "the channel is as good as before";
-}
-
-/** A file that can be cut off, in place of a simulator's object. */
-class CutFile {
-public:
-    CutFile() : m_descriptor(memfd_create("rataip-test", MFD_CLOEXEC)) { resize(2 * kPage); }
-    ~CutFile() { close(m_descriptor); }
-    CutFile(const CutFile&) = delete;
-    CutFile& operator=(const CutFile&) = delete;
-
-    void resize(std::size_t size) {
-        ASSERT_EQ(ftruncate(m_descriptor, static_cast<off_t>(size)), 0);
-    }
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
-struct sigaction currentAction() {
-    struct sigaction action {};
-    sigaction(SIGBUS, nullptr, &action);
-    return action;
-}
-
-bool isSame(const struct sigaction& left, const struct sigaction& right) {
-    return left.sa_sigaction == right.sa_sigaction;
-}
-
-char firstByte(const irsdk::GuardedMapping& mapping) {
-    return *static_cast<const volatile char*>(mapping.data());
-}
-
-TEST(GuardedMapping, ReadsZerosWhereTheFileEndsMeanwhile) {
-    CutFile file;
-    irsdk::GuardedMapping mapping;
-    ASSERT_TRUE(mapping.map(file.descriptor(), 2 * kPage));
-    EXPECT_TRUE(mapping.isIntact());
-
-    file.resize(0);
-
-    EXPECT_EQ(firstByte(mapping), 0);
-    EXPECT_FALSE(mapping.isIntact());
-}
-
-TEST(GuardedMapping, ReturnsTheHandlerThatWasThere) {
-    const struct sigaction before = currentAction();
-    CutFile file;
-    {
-        irsdk::GuardedMapping first;
-        irsdk::GuardedMapping second;
-        ASSERT_TRUE(first.map(file.descriptor(), kPage));
-        ASSERT_TRUE(second.map(file.descriptor(), kPage));
-        EXPECT_FALSE(isSame(currentAction(), before));
-        first.unmap();
-        EXPECT_FALSE(isSame(currentAction(), before));
-    }
-    EXPECT_TRUE(isSame(currentAction(), before));
-}
-
-TEST(GuardedMapping, HasNoRoomForAThirdView) {
-    CutFile file;
-    irsdk::GuardedMapping first;
-    irsdk::GuardedMapping second;
-    irsdk::GuardedMapping third;
-    ASSERT_TRUE(first.map(file.descriptor(), kPage));
-    ASSERT_TRUE(second.map(file.descriptor(), kPage));
-
-    EXPECT_FALSE(third.map(file.descriptor(), kPage));
-    EXPECT_EQ(third.data(), nullptr);
-    EXPECT_FALSE(third.isIntact());
-}
-
-TEST(GuardedMapping, RefusesWhatCannotBeMapped) {
-    irsdk::GuardedMapping mapping;
-
-    EXPECT_FALSE(mapping.map(-1, kPage));
-    EXPECT_FALSE(mapping.isIntact());
-    mapping.unmap();
-}
-
-/** Runs `act` in a child, since a bus error that is nobody's ends the process. */
-template <typename Act>
-int statusOfChild(Act act) {
-    const pid_t child = fork();
-    if (child == 0) {
-        act();
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return status;
-}
-
-bool endedByBusError(int status) {
-    return WIFSIGNALED(status) && WTERMSIG(status) == SIGBUS;
-}
-
-/** Reads a page that its file no longer has, outside every guarded view. */
-void readMissingPage() {
-    CutFile file;
-    void* view = mmap(nullptr, kPage, PROT_READ, MAP_SHARED, file.descriptor(), 0);
-    file.resize(0);
-    static_cast<void>(*static_cast<const volatile char*>(view));
-}
-
-void setHandler(void (*handler)(int)) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    sigaction(SIGBUS, &action, nullptr);
-}
-
-constexpr int kHandled = 7;  // exit status of a child whose own handler ran
-
-void exitHandled(int /*signal*/) {
-    _exit(kHandled);
-}
-
-void exitHandledWithInfo(int /*signal*/, siginfo_t* info, void* /*context*/) {
-    _exit(info->si_addr != nullptr ? kHandled : 0);
-}
-
-bool endedByHandler(int status) {
-    return WIFEXITED(status) && WEXITSTATUS(status) == kHandled;
-}
-
-TEST(GuardedMapping, LeavesForeignFaultsToTheSystem) {
-    CutFile file;
-    irsdk::GuardedMapping mapping;
-
-    EXPECT_TRUE(endedByBusError(statusOfChild([&] {
-        setHandler(SIG_DFL);
-        static_cast<void>(mapping.map(file.descriptor(), kPage));
-        readMissingPage();
-    })));
-    EXPECT_TRUE(endedByBusError(statusOfChild([&] {
-        setHandler(SIG_IGN);
-        static_cast<void>(mapping.map(file.descriptor(), kPage));
-        readMissingPage();
-    }))) << "a fault cannot be ignored";
-}
-
-TEST(GuardedMapping, LeavesForeignFaultsToTheHandlerThatWasThere) {
-    CutFile file;
-    irsdk::GuardedMapping mapping;
-
-    EXPECT_TRUE(endedByHandler(statusOfChild([&] {
-        setHandler(exitHandled);
-        static_cast<void>(mapping.map(file.descriptor(), kPage));
-        readMissingPage();
-    })));
-    EXPECT_TRUE(endedByHandler(statusOfChild([&] {
-        struct sigaction action {};
-        action.sa_sigaction = exitHandledWithInfo;
-        action.sa_flags = SA_SIGINFO;
-        sigaction(SIGBUS, &action, nullptr);
-        static_cast<void>(mapping.map(file.descriptor(), kPage));
-        readMissingPage();
-    })));
-}
-
-TEST(GuardedMapping, LeavesSignalsOfProcessesAsTheyWere) {
-    CutFile file;
-    irsdk::GuardedMapping mapping;
-
-    EXPECT_EQ(statusOfChild([&] {
-                  setHandler(SIG_IGN);
-                  static_cast<void>(mapping.map(file.descriptor(), kPage));
-                  raise(SIGBUS);
-              }),
-              0);
-    EXPECT_TRUE(endedByBusError(statusOfChild([&] {
-        setHandler(SIG_DFL);
-        static_cast<void>(mapping.map(file.descriptor(), kPage));
-        raise(SIGBUS);
-    })));
-}
-
-TEST(GuardedMapping, BelievesNoAddressThatAProcessSends) {
-    CutFile file;
-    irsdk::GuardedMapping mapping;
-
-    EXPECT_EQ(statusOfChild([&] {
-                  setHandler(SIG_IGN);
-                  static_cast<void>(mapping.map(file.descriptor(), kPage));
-                  siginfo_t info{};
-                  info.si_code = SI_QUEUE;
-                  info.si_addr = const_cast<char*>(mapping.data());
-                  syscall(SYS_rt_sigqueueinfo, getpid(), SIGBUS, &info);
-                  _exit(mapping.isIntact() ? 0 : 1);
-              }),
-              0);
-}
-
-TEST(GuardedMapping, LeavesAHandlerOnTopWhereItIs) {
-    CutFile file;
-    irsdk::GuardedMapping mapping;
-
-    EXPECT_EQ(statusOfChild([&] {
-                  static_cast<void>(mapping.map(file.descriptor(), kPage));
-                  setHandler(exitHandled);
-                  mapping.unmap();
-                  const bool stayed = currentAction().sa_handler == exitHandled;
-                  static_cast<void>(mapping.map(file.descriptor(), kPage));
-                  const bool stillThere = currentAction().sa_handler == exitHandled;
-                  _exit(stayed && stillThere ? 0 : 1);
-              }),
-              0);
-}
-
-TEST(GuardedMapping, ComesBackAfterAHandlerOnTopIsGone) {
-    CutFile file;
-    irsdk::GuardedMapping mapping;
-
-    EXPECT_EQ(statusOfChild([&] {
-                  setHandler(SIG_DFL);
-                  static_cast<void>(mapping.map(file.descriptor(), kPage));
-                  setHandler(SIG_DFL);
-                  mapping.unmap();
-                  static_cast<void>(mapping.map(file.descriptor(), kPage));
-                  file.resize(0);
-                  _exit(firstByte(mapping) == 0 && !mapping.isIntact() ? 0 : 1);
-              }),
-              0);
 }
 
 }  // namespace
