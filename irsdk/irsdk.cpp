@@ -547,8 +547,8 @@ int irsdk_getDataLength() {
 bool irsdk_isConnected() {
     std::int32_t status = 0;
     return isInitialized && irsdk::calendarSeconds() - lastValidTime <= kLongestSilence &&
-           copyField(offsetof(irsdk_header, status), status) && (status & irsdk_stConnected) != 0 &&
-           hMemMapFile.isWhole();
+           hMemMapFile.read(offsetof(irsdk_header, status), sizeof status, &status) &&
+           (status & irsdk_stConnected) != 0 && hMemMapFile.isWhole();
 }
 
 bool irsdk_copyHeader(irsdk_header& header) {

@@ -15,8 +15,10 @@
  * mapping, and nothing is written past the length that a caller passes.
  *
  * The link is one per process. All calls MUST come from one thread. Pointers into the block are
- * valid until irsdk_shutdown(), but what they point at is changed by another process at any time;
- * callers that act on what they read MUST use the copying functions.
+ * valid until irsdk_shutdown(), but what they point at is changed by another process at any time.
+ * On Linux reading through them may even fault (SIGBUS), when the simulator cuts its block off;
+ * no function that copies or answers a number can. Callers that act on what they read MUST use
+ * those.
  */
 
 /** Why the link is not open, or what kept an open link from handing something out. */
@@ -82,7 +84,7 @@ bool irsdk_waitForDataReady(int timeOut, char* data, int dataLength);
 
 /**
  * Bytes of the last snapshot that was copied into a caller's buffer, 0 when there was none since
- * the link was opened. The simulator may change the length of its buffers; what lies behind this
+ * the link was opened. The simulator may change the length of its buffers; what lies after this
  * one in the caller's buffer is left over from earlier snapshots.
  */
 int irsdk_getDataLength();
@@ -114,31 +116,34 @@ bool irsdk_copyVarHeaders(std::vector<irsdk_varHeader>& table);
  */
 bool irsdk_copySessionInfoStr(std::string& text, int& update);
 
-/** The header, or null while the link is closed. */
+/** The header, or null while the link is closed. Reading through it may fault; see above. */
 const irsdk_header* irsdk_getHeader();
 
 /**
  * Variable buffer `index`, or null while the link is closed or when the buffer or its descriptor
- * lies outside the mapping. `index` is not compared with `numBuf`.
+ * lies outside the mapping. `index` is not compared with `numBuf`. Reading through it may fault.
  */
 const char* irsdk_getData(int index);
 
-/** The session text; null while the link is closed or when it does not end inside the mapping. */
+/**
+ * The session text; null while the link is closed or when it does not end inside the mapping.
+ * Reading through it may fault.
+ */
 const char* irsdk_getSessionInfoStr();
 
-/** The update counter of the session text, or -1 while the link is closed. */
+/** The update counter of the session text, or -1 while the link is closed or the block is gone. */
 int irsdk_getSessionInfoStrUpdate();
 
 /**
  * The variable table; null while the link is closed or when it does not lie inside the mapping.
  * Nothing makes the simulator align its table: on an odd address the fields MUST be copied out as
- * bytes, which irsdk_copyVarHeaders() does.
+ * bytes, which irsdk_copyVarHeaders() does. Reading through it may fault.
  */
 const irsdk_varHeader* irsdk_getVarHeaderPtr();
 
 /**
  * Entry `index` of the variable table, or null when there is none inside the mapping. It is aligned
- * no better than the table.
+ * no better than the table. Reading through it may fault.
  */
 const irsdk_varHeader* irsdk_getVarHeaderEntry(int index);
 
