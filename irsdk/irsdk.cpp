@@ -41,11 +41,6 @@ const irsdk::BlockMemory& block() {
     return hMemMapFile.memory();
 }
 
-std::int64_t descriptorOffset(std::int64_t index) {
-    return static_cast<std::int64_t>(offsetof(irsdk_header, varBuf)) +
-           index * static_cast<std::int64_t>(sizeof(irsdk_varBuf));
-}
-
 std::int64_t varHeaderOffset(std::int64_t table, std::int64_t index) {
     return table + index * static_cast<std::int64_t>(sizeof(irsdk_varHeader));
 }
@@ -111,7 +106,7 @@ std::int64_t descriptorsToRead(const irsdk_header& header) {
 }
 
 bool holdsDescriptors(std::int64_t count) {
-    return block().holds(descriptorOffset(0),
+    return block().holds(irsdk_varBufOffset(0),
                          count * static_cast<std::int64_t>(sizeof(irsdk_varBuf)));
 }
 
@@ -122,8 +117,8 @@ bool visitDescriptors(const BlockStart& start, std::int64_t count, Visit visit) 
     for (std::int64_t i = 0; i < atHand; ++i) {
         visit(i, start.descriptor(i));
     }
-    const std::int64_t offset = descriptorOffset(atHand);
-    return copyInPieces(offset, descriptorOffset(count) - offset,
+    const std::int64_t offset = irsdk_varBufOffset(atHand);
+    return copyInPieces(offset, irsdk_varBufOffset(count) - offset,
                         [&visit, index = atHand](std::span<const char> piece) mutable {
                             irsdk_varBuf descriptor{};
                             for (; !piece.empty(); piece = piece.subspan(sizeof descriptor)) {
@@ -214,7 +209,7 @@ bool copyCountAndOffset(NewestBuffer& buffer) {
     std::array<std::int32_t, 2> fields{};
     static_assert(offsetof(irsdk_varBuf, tickCount) == 0);
     static_assert(offsetof(irsdk_varBuf, bufferOffset) == sizeof(std::int32_t));
-    if (!copyOut(descriptorOffset(buffer.index), sizeof fields, fields.data())) {
+    if (!copyOut(irsdk_varBufOffset(buffer.index), sizeof fields, fields.data())) {
         return false;
     }
     buffer.tickCount = fields[0];

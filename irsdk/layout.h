@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -13,6 +14,25 @@
  * by another process: a value read from it is a claim, to be copied once into a local and checked
  * against the mapped size before it is followed.
  */
+
+/** The simulator's named objects, by the names that they have on Windows. */
+inline constexpr wchar_t IRSDK_MEMMAPFILENAME[] = L"Local\\IRSDKMemMapFileName";
+inline constexpr wchar_t IRSDK_DATAVALIDEVENTNAME[] = L"Local\\IRSDKDataValidEvent";
+inline constexpr wchar_t IRSDK_BROADCASTMSGNAME[] = L"IRSDK_BROADCASTMSG";
+
+/** The name of such an object on Linux: a slash and what follows the last backslash. */
+template <std::size_t Size>
+constexpr std::array<char, Size + 1> irsdk_linuxName(const wchar_t (&name)[Size]) {
+    std::array<char, Size + 1> result{'/'};
+    std::size_t length = 1;
+    for (const wchar_t letter : name) {
+        length = letter == L'\\' ? 1 : length;
+        if (letter != L'\\') {
+            result[length++] = static_cast<char>(letter);
+        }
+    }
+    return result;
+}
 
 /** Bit of irsdk_header::status that says the simulator runs and its data are valid. */
 inline constexpr std::int32_t irsdk_stConnected = 1;
@@ -75,6 +95,12 @@ struct irsdk_header {
     std::int32_t reserved[2];
     irsdk_varBuf varBuf[1];
 };
+
+/** Offset of a buffer's descriptor from the start of the block. */
+constexpr std::int64_t irsdk_varBufOffset(std::int64_t buffer) {
+    return static_cast<std::int64_t>(offsetof(irsdk_header, varBuf)) +
+           buffer * static_cast<std::int64_t>(sizeof(irsdk_varBuf));
+}
 
 /** One entry of the variable table. */
 struct irsdk_varHeader {

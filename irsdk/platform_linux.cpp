@@ -17,10 +17,9 @@ namespace irsdk {
 
 namespace {
 
-// An object's Windows name keeps the part after its last backslash.
-constexpr const char* kBlockName = "/IRSDKMemMapFileName";
-constexpr const char* kEventName = "/IRSDKDataValidEvent";
-constexpr const char* kBroadcastName = "/IRSDK_BROADCASTMSG";
+constexpr auto kBlockName = irsdk_linuxName(IRSDK_MEMMAPFILENAME);
+constexpr auto kEventName = irsdk_linuxName(IRSDK_DATAVALIDEVENTNAME);
+constexpr auto kBroadcastName = irsdk_linuxName(IRSDK_BROADCASTMSGNAME);
 
 // Any number of the range in which Windows registers messages; receivers here do not compare it.
 constexpr unsigned int kBroadcastMessage = 0xC0DA;
@@ -187,7 +186,7 @@ BlockObject::BlockObject() : m_handle(std::make_unique<Handle>()) {}
 BlockObject::~BlockObject() = default;
 
 irsdk_Error BlockObject::open() {
-    return m_handle->open(kBlockName, irsdk_Error::NoBlock, irsdk_Error::ForeignBlock);
+    return m_handle->open(kBlockName.data(), irsdk_Error::NoBlock, irsdk_Error::ForeignBlock);
 }
 
 bool BlockObject::isOpen() const {
@@ -249,7 +248,7 @@ DataValidEvent::~DataValidEvent() = default;
 
 irsdk_Error DataValidEvent::open() {
     const irsdk_Error error =
-        m_handle->open(kEventName, irsdk_Error::NoEvent, irsdk_Error::ForeignEvent);
+        m_handle->open(kEventName.data(), irsdk_Error::NoEvent, irsdk_Error::ForeignEvent);
     if (error != irsdk_Error::None) {
         return error;
     }
@@ -308,7 +307,7 @@ unsigned int registerBroadcastMessage() {
 }
 
 void sendBroadcastMessage(unsigned int message, std::int64_t wParam, std::int64_t lParam) {
-    const mqd_t queue = mq_open(kBroadcastName, O_WRONLY | O_NONBLOCK);
+    const mqd_t queue = mq_open(kBroadcastName.data(), O_WRONLY | O_NONBLOCK);
     if (queue == static_cast<mqd_t>(-1)) {
         return;
     }

@@ -9,10 +9,6 @@ namespace irsdk {
 
 namespace {
 
-constexpr const wchar_t* kBlockName = L"Local\\IRSDKMemMapFileName";
-constexpr const wchar_t* kEventName = L"Local\\IRSDKDataValidEvent";
-constexpr const wchar_t* kBroadcastName = L"IRSDK_BROADCASTMSG";
-
 /**
  * Bytes of the view from its base on. The mapping's own size cannot be asked for, so the view may
  * look longer by up to a page; those bytes exist and are zero.
@@ -60,7 +56,7 @@ BlockObject::BlockObject() : m_handle(std::make_unique<Handle>()) {}
 BlockObject::~BlockObject() = default;
 
 irsdk_Error BlockObject::open() {
-    m_handle->mapping = OpenFileMappingW(FILE_MAP_READ, FALSE, kBlockName);
+    m_handle->mapping = OpenFileMappingW(FILE_MAP_READ, FALSE, IRSDK_MEMMAPFILENAME);
     return m_handle->mapping != nullptr
                ? irsdk_Error::None
                : reasonOf(GetLastError(), irsdk_Error::NoBlock, irsdk_Error::ForeignBlock);
@@ -131,7 +127,7 @@ DataValidEvent::DataValidEvent() : m_handle(std::make_unique<Handle>()) {}
 DataValidEvent::~DataValidEvent() = default;
 
 irsdk_Error DataValidEvent::open() {
-    m_handle->event = OpenEventW(SYNCHRONIZE, FALSE, kEventName);
+    m_handle->event = OpenEventW(SYNCHRONIZE, FALSE, IRSDK_DATAVALIDEVENTNAME);
     return m_handle->event != nullptr
                ? irsdk_Error::None
                : reasonOf(GetLastError(), irsdk_Error::NoEvent, irsdk_Error::ForeignEvent);
@@ -170,7 +166,7 @@ std::int64_t systemSeconds() {
 }
 
 unsigned int registerBroadcastMessage() {
-    return RegisterWindowMessageW(kBroadcastName);
+    return RegisterWindowMessageW(IRSDK_BROADCASTMSGNAME);
 }
 
 void sendBroadcastMessage(unsigned int message, std::int64_t wParam, std::int64_t lParam) {

@@ -153,7 +153,7 @@ private:
     }
 
     static std::size_t descriptor(std::size_t index) {
-        return offsetof(irsdk_header, varBuf) + index * sizeof(irsdk_varBuf);
+        return static_cast<std::size_t>(irsdk_varBufOffset(static_cast<std::int64_t>(index)));
     }
 
     [[nodiscard]] std::size_t bufferCount() const {
@@ -209,7 +209,7 @@ public:
     }
 
 private:
-    /** The link's first look notes where the simulator stands; the tick behind it is a new one. */
+    /** The link's first look notes where the simulator stands; the tick after it is a new one. */
     void connect() {
         if (irsdk_startup()) {
             irsdk_getNewData(nullptr);
@@ -268,7 +268,7 @@ private:
         }
     }
 
-    /** Behind the largest number comes the smallest. */
+    /** After the largest number comes the smallest. */
     static std::int32_t next(std::int32_t number) {
         return static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1U);
     }

@@ -9,7 +9,7 @@
 
 namespace {
 
-using testsupport::BroadcastMessage;
+using publisher::BroadcastMessage;
 using testsupport::BroadcastReceiver;
 
 constexpr int kHighest = std::numeric_limits<int>::max();

@@ -427,7 +427,7 @@ TEST(LinuxBroadcast, AFullQueueDropsWithoutWaiting) {
         irsdk_broadcastMsg(static_cast<irsdk_BroadcastMsg>(1), 0, i);
     }
 
-    const std::vector<testsupport::BroadcastMessage> messages = receiver.take();
+    const std::vector<publisher::BroadcastMessage> messages = receiver.take();
     ASSERT_EQ(messages.size(), 2U);
     EXPECT_EQ(messages[1].lParam, 1);
 

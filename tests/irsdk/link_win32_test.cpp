@@ -20,8 +20,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr const wchar_t* kBlockName = L"Local\\IRSDKMemMapFileName";
-constexpr const wchar_t* kEventName = L"Local\\IRSDKDataValidEvent";
 constexpr int kLong = 60'000;              // milliseconds, as a time-out that shall not pass
 constexpr std::chrono::seconds kSoon{30};  // far less than that
 constexpr milliseconds kShortWait{100};
@@ -290,10 +288,11 @@ protected:
         ASSERT_TRUE(onBlock.isValid());
         ASSERT_TRUE(onEvent.isValid());
         const auto size = static_cast<DWORD>(testsupport::TestBlock().bytes().size());
-        mapping = std::make_unique<Handle>(CreateFileMappingW(
-            INVALID_HANDLE_VALUE, onBlock.attributes(), PAGE_READWRITE, 0, size, kBlockName));
-        event =
-            std::make_unique<Handle>(CreateEventW(onEvent.attributes(), FALSE, FALSE, kEventName));
+        mapping = std::make_unique<Handle>(CreateFileMappingW(INVALID_HANDLE_VALUE,
+                                                              onBlock.attributes(), PAGE_READWRITE,
+                                                              0, size, IRSDK_MEMMAPFILENAME));
+        event = std::make_unique<Handle>(
+            CreateEventW(onEvent.attributes(), FALSE, FALSE, IRSDK_DATAVALIDEVENTNAME));
         ASSERT_TRUE(mapping->isOpen());
         ASSERT_TRUE(event->isOpen());
     }
@@ -304,8 +303,9 @@ protected:
 
 TEST_F(WindowsRights, AreThoseToReadTheBlockAndToWaitForTheEvent) {
     publish(FILE_MAP_READ, SYNCHRONIZE);
-    const Handle writable(OpenFileMappingW(FILE_MAP_WRITE, FALSE, kBlockName));
-    const Handle settable(OpenEventW(EVENT_MODIFY_STATE | SYNCHRONIZE, FALSE, kEventName));
+    const Handle writable(OpenFileMappingW(FILE_MAP_WRITE, FALSE, IRSDK_MEMMAPFILENAME));
+    const Handle settable(
+        OpenEventW(EVENT_MODIFY_STATE | SYNCHRONIZE, FALSE, IRSDK_DATAVALIDEVENTNAME));
     ASSERT_FALSE(writable.isOpen()) << "else the rights asked for do not matter here";
     ASSERT_FALSE(settable.isOpen());
 

@@ -16,8 +16,7 @@
 
 /** Offset of a field of a buffer's descriptor in the block. */
 inline std::size_t descriptorField(int buffer, std::size_t field) {
-    return offsetof(irsdk_header, varBuf) +
-           static_cast<std::size_t>(buffer) * sizeof(irsdk_varBuf) + field;
+    return static_cast<std::size_t>(irsdk_varBufOffset(buffer)) + field;
 }
 
 inline std::size_t bufferOffsetField(int buffer) {

@@ -24,7 +24,7 @@
 
 namespace {
 
-const std::string kFolder = "/dev/shm/";
+const std::string kFolder = "/dev/shm";
 constexpr mode_t kEverybody = 0666;
 constexpr unsigned int kSomebodyElse = 4242;
 
@@ -127,13 +127,13 @@ private:
 }  // namespace
 
 TEST_P(OtherKind, UnderTheNameOfTheBlockIsNoBlock) {
-    ASSERT_NO_FATAL_FAILURE(put("IRSDKMemMapFileName"));
+    ASSERT_NO_FATAL_FAILURE(put(irsdk_linuxName(IRSDK_MEMMAPFILENAME).data()));
     publisher.createEvent();
     expectAbsent(irsdk_Error::NoBlock);
 }
 
 TEST_P(OtherKind, UnderTheNameOfTheEventIsNoEvent) {
-    ASSERT_NO_FATAL_FAILURE(put("IRSDKDataValidEvent"));
+    ASSERT_NO_FATAL_FAILURE(put(irsdk_linuxName(IRSDK_DATAVALIDEVENTNAME).data()));
     publisher.publishBlock(block);
     expectAbsent(irsdk_Error::NoEvent);
 }

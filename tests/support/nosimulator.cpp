@@ -1,4 +1,4 @@
-#include "tests/support/publishedobjects.h"
+#include "tools/publisher/namedobjects.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace {
  */
 class NoSimulator : public ::testing::EmptyTestEventListener {
     void OnTestStart(const ::testing::TestInfo& /*test*/) override {
-        testsupport::PublishedObjects::removeLeftovers();
+        publisher::NamedObjects::removeLeftovers();
     }
 };
 

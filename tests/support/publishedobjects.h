@@ -1,50 +1,31 @@
 #pragma once
 
+#include "tools/publisher/namedobjects.h"
+
 #include <cstddef>
-#include <cstdint>
-#include <memory>
+#include <limits>
+#include <string>
 #include <vector>
 
 namespace testsupport {
 
-/** How a data-valid event behaves where the platform makes a difference. */
-enum class EventKind {
-    AutoReset,   // a signal is kept until one wait takes it
-    ManualReset  // pulsed: a signal reaches those who wait at that moment
-};
-
 /**
- * The simulator's named objects from the publishing side, with one source a platform. Operations
- * that fail or that the platform does not know return false. Objects that were created are removed
- * by the destructor, as by an orderly end.
+ * The simulator's named objects from the publishing side, and what no simulator does to them.
+ * Operations that fail or that the platform does not know return false.
  */
-class PublishedObjects {
+class PublishedObjects : public publisher::NamedObjects {
 public:
-    PublishedObjects();
-    ~PublishedObjects();
-    PublishedObjects(const PublishedObjects&) = delete;
-    PublishedObjects& operator=(const PublishedObjects&) = delete;
-
-    /** Removes what a publisher that was killed has left behind, where the platform leaves it. */
-    static void removeLeftovers();
-
     /** Creates the block, or takes the one that exists, with at least `size` bytes. */
     [[nodiscard]] bool createBlock(std::size_t size);
-    [[nodiscard]] bool createEvent(EventKind kind = EventKind::AutoReset);
 
     /** The block, writable; null while there is none. */
     [[nodiscard]] char* block() const;
-    [[nodiscard]] std::size_t blockSize() const;
 
-    /** Tells that a buffer is complete. */
-    bool signalEvent();
+    /** Bytes that can be written: what is mapped and was not cut off. */
+    [[nodiscard]] std::size_t blockSize() const;
 
     /** Cuts the block off at `size` bytes while readers hold it. */
     bool truncateBlock(std::size_t size);
-
-    /** Takes the block's name away; readers keep what they hold. */
-    void removeBlock();
-    void removeEvent();
 
     /** Cuts the event off to nothing. */
     bool truncateEvent();
@@ -54,36 +35,22 @@ public:
     bool giveEventTo(unsigned int user);
 
 private:
-    struct Objects;
-    std::unique_ptr<Objects> m_objects;
+    std::size_t m_cutTo = std::numeric_limits<std::size_t>::max();
 };
 
-/** A message that reached the receiver. */
-struct BroadcastMessage {
-    std::uint64_t number = 0;
-    std::int64_t wParam = 0;
-    std::int64_t lParam = 0;
-};
-
-/**
- * Receives broadcast messages as a simulator does, until it is destroyed. `capacity` is the number
- * of messages it keeps, where the platform sets a limit.
- */
+/** A receiver of broadcast messages that is open from the start. */
 class BroadcastReceiver {
 public:
-    explicit BroadcastReceiver(int capacity = 8);
-    ~BroadcastReceiver();
-    BroadcastReceiver(const BroadcastReceiver&) = delete;
-    BroadcastReceiver& operator=(const BroadcastReceiver&) = delete;
+    explicit BroadcastReceiver(int capacity = 8) : m_complaint(m_receiver.open(capacity)) {}
 
-    [[nodiscard]] bool isReady() const;
+    [[nodiscard]] bool isReady() const { return m_complaint.empty(); }
 
-    /** Everything that has arrived since the last call. */
-    [[nodiscard]] std::vector<BroadcastMessage> take();
+    /** What has arrived since the last call; gives it the time that it needs on its way. */
+    [[nodiscard]] std::vector<publisher::BroadcastMessage> take();
 
 private:
-    struct Queue;
-    std::unique_ptr<Queue> m_queue;
+    publisher::BroadcastReceiver m_receiver;
+    std::string m_complaint;
 };
 
 }  // namespace testsupport

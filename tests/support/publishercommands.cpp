@@ -2,11 +2,11 @@
 
 #include "irsdk/layout.h"
 #include "tests/support/checkedsnapshot.h"
+#include "tools/publisher/block.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <limits>
 #include <map>
 #include <sstream>
 #include <string_view>
@@ -15,8 +15,6 @@ namespace testsupport {
 
 namespace {
 
-// The mark of a buffer that is being overwritten: a count that is never the newest.
-constexpr std::int32_t kBeingWritten = std::numeric_limits<std::int32_t>::min();
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 constexpr unsigned int kHalfByte = 4;
 constexpr unsigned int kLowHalf = 15;
@@ -60,7 +58,7 @@ std::atomic_ref<std::int32_t> atomicField(char* address) {
 }
 
 std::size_t descriptorAt(std::int32_t buffer) {
-    return offsetof(irsdk_header, varBuf) + static_cast<std::size_t>(buffer) * sizeof(irsdk_varBuf);
+    return static_cast<std::size_t>(irsdk_varBufOffset(buffer));
 }
 
 }  // namespace
@@ -163,7 +161,8 @@ std::string PublisherCommands::createEmptyBlock(const Words& words) {
 
 std::string PublisherCommands::createEvent(const Words& words) {
     const bool manual = word(words, 1) == "manual";
-    return answer(m_objects.createEvent(manual ? EventKind::ManualReset : EventKind::AutoReset),
+    return answer(m_objects.createEvent(manual ? publisher::EventKind::ManualReset
+                                               : publisher::EventKind::AutoReset),
                   "the event cannot be created");
 }
 
@@ -201,15 +200,13 @@ std::string PublisherCommands::setTick(const Words& words) {
 bool PublisherCommands::overwrite(std::int32_t buffer, std::int32_t tickCount,
                                   const std::vector<char>& payload) {
     const std::size_t descriptor = descriptorAt(buffer);
-    const std::size_t count = descriptor + offsetof(irsdk_varBuf, tickCount);
-    const std::int32_t offset = field(descriptor + offsetof(irsdk_varBuf, bufferOffset));
-    if (!fits(offset, payload.size()) || !setField(count, kBeingWritten)) {
+    if (!fits(static_cast<std::int64_t>(descriptor), sizeof(irsdk_varBuf)) ||
+        !fits(field(descriptor + offsetof(irsdk_varBuf, bufferOffset)), payload.size())) {
         return false;
     }
-    std::atomic_thread_fence(std::memory_order_seq_cst);
-    std::copy(payload.begin(), payload.end(), m_objects.block() + offset);
-    std::atomic_thread_fence(std::memory_order_seq_cst);
-    return setField(count, tickCount) && m_objects.signalEvent();
+    publisher::overwriteBuffer(m_objects.NamedObjects::block(), buffer,
+                               std::as_bytes(std::span(payload)), tickCount);
+    return m_objects.signalEvent();
 }
 
 std::string PublisherCommands::complete(const Words& words) {

@@ -1,5 +1,7 @@
 #include "tests/support/testblock.h"
 
+#include "tools/publisher/block.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
@@ -8,8 +10,6 @@
 namespace testsupport {
 
 namespace {
-
-constexpr std::size_t kAlignment = 16;
 
 std::size_t alignedUp(std::size_t offset, std::size_t alignment) {
     return (offset + alignment - 1) / alignment * alignment;
@@ -59,7 +59,7 @@ void storeElement(char* target, std::int32_t type, double value) {
     }
 }
 
-/** Elements of an unknown type take four bytes, so that the variables behind them stay apart. */
+/** Elements of an unknown type take four bytes, so that the variables after them stay apart. */
 std::size_t elementSize(std::int32_t type) {
     const std::size_t size = irsdk_varTypeSize(type);
     return size == 0 ? sizeof(std::int32_t) : size;
@@ -191,9 +191,8 @@ irsdk_varBuf& TestBlock::descriptor(int buffer) {
     if (buffer < 0 || buffer >= m_bufferCount) {
         misuse("no such buffer", std::to_string(buffer));
     }
-    const std::size_t offset =
-        offsetof(irsdk_header, varBuf) + static_cast<std::size_t>(buffer) * sizeof(irsdk_varBuf);
     layOut();
+    const auto offset = static_cast<std::size_t>(irsdk_varBufOffset(buffer));
     return *reinterpret_cast<irsdk_varBuf*>(at(offset, sizeof(irsdk_varBuf)));
 }
 
@@ -256,40 +255,21 @@ void TestBlock::layOut() {
     m_laidOut = true;
     m_sessionCapacity = std::max(m_sessionCapacity, m_session.size() + 1);
 
-    const auto buffers = static_cast<std::size_t>(m_bufferCount);
     const auto length = static_cast<std::size_t>(std::max(m_variableBytes, m_wantedLength));
-    const std::size_t stride = alignedUp(length, kAlignment);
-    const std::size_t tableOffset = offsetof(irsdk_header, varBuf) + buffers * sizeof(irsdk_varBuf);
-    const std::size_t tableBytes = m_variables.size() * sizeof(irsdk_varHeader);
-    const std::size_t textOffset = alignedUp(tableOffset + tableBytes, kAlignment);
-    const std::size_t ringOffset = alignedUp(textOffset + m_sessionCapacity, kAlignment);
-
+    const publisher::BlockLayout layout({.tickRate = m_tickRate,
+                                         .bufferCount = m_bufferCount,
+                                         .bufferLength = length,
+                                         .textRoom = m_sessionCapacity,
+                                         .textAreas = 1},
+                                        m_variables.size());
     m_snapshot.resize(length);
     m_snapshot.shrink_to_fit();
-    m_bytes.assign(ringOffset + buffers * stride, '\0');
+    m_bytes.assign(layout.size, '\0');
     m_lastCompleted = -1;
-
-    irsdk_header start{};
-    start.version = 2;
-    start.status = m_status;
-    start.tickRate = m_tickRate;
-    start.sessionInfoUpdate = m_sessionUpdate;
-    start.sessionInfoLength = static_cast<std::int32_t>(m_sessionCapacity);
-    start.sessionInfoOffset = static_cast<std::int32_t>(textOffset);
-    start.numVars = static_cast<std::int32_t>(m_variables.size());
-    start.varHeaderOffset = static_cast<std::int32_t>(tableOffset);
-    start.numBuf = m_bufferCount;
-    start.bufferLength = static_cast<std::int32_t>(length);
-    std::memcpy(m_bytes.data(), &start, sizeof start);
-    for (std::size_t i = 0; i < buffers; ++i) {
-        irsdk_varBuf descriptor{};
-        descriptor.bufferOffset = static_cast<std::int32_t>(ringOffset + i * stride);
-        poke(offsetof(irsdk_header, varBuf) + i * sizeof descriptor, descriptor);
-    }
-    if (!m_variables.empty()) {
-        std::memcpy(m_bytes.data() + tableOffset, m_variables.data(), tableBytes);
-    }
-    std::memcpy(m_bytes.data() + textOffset, m_session.data(), m_session.size());
+    layout.write(std::as_writable_bytes(std::span(m_bytes)), m_variables);
+    header().status = m_status;
+    header().sessionInfoUpdate = m_sessionUpdate;
+    std::copy(m_session.begin(), m_session.end(), sessionText());
 }
 
 char* TestBlock::at(std::size_t offset, std::size_t length) {

@@ -33,8 +33,7 @@ class TestBlock {
 public:
     TestBlock();
 
-    /** Adds a variable behind the ones before it, aligned to its element size; returns its index.
-     */
+    /** Adds a variable after the ones before it, aligned to its element size; returns its index. */
     int addVariable(std::string_view name, std::int32_t type, int count = 1,
                     std::string_view unit = {}, std::string_view desc = {});
 

@@ -2,10 +2,10 @@
 
 #include "irsdk/irsdk.h"
 #include "tests/support/checkedsnapshot.h"
-#include "tests/support/publishedobjects.h"
 #include "tests/support/publisher.h"
 #include "tests/support/simulatorprocess.h"
 #include "tests/support/testblock.h"
+#include "tools/publisher/namedobjects.h"
 #include "tools/simulator/checksum.h"
 
 #include <array>
@@ -121,7 +121,7 @@ CopyCount copyCarelessly(milliseconds atMost) {
 /** The stand-in simulator as fast as it can, with one buffer, which every tick overwrites. */
 CopyCount copyOfSimulator() {
     // What somebody left who was killed must not be taken for the simulator's.
-    testsupport::PublishedObjects::removeLeftovers();
+    publisher::NamedObjects::removeLeftovers();
     testsupport::SimulatorProcess simulator(
         {"--speed", "max", "--quiet", "--buffer-count", "1", "--cars", "4"});
     irsdk_header header{};
@@ -147,7 +147,7 @@ CopyCount copyOfSimulator() {
         isWhole);
     irsdk_shutdown();
     simulator.kill();
-    testsupport::PublishedObjects::removeLeftovers();
+    publisher::NamedObjects::removeLeftovers();
     return count;
 }
 

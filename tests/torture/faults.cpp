@@ -1,6 +1,6 @@
 #include "tests/torture/faults.h"
 
-#include "tests/support/publishedobjects.h"
+#include "tools/publisher/namedobjects.h"
 
 #include <QCoreApplication>
 
@@ -29,7 +29,7 @@ constexpr seconds kSettlingTime(60);
 constexpr off_t kCutLength = 4096;
 
 // The simulator's block, as Linux knows it.
-constexpr const char* kBlockName = "/IRSDKMemMapFileName";
+constexpr auto kBlockName = irsdk_linuxName(IRSDK_MEMMAPFILENAME);
 
 // Some three laps.
 constexpr int kMostTicks = 5000;
@@ -105,7 +105,7 @@ void FaultTest::run(Clock::time_point end) {
     }
     finish();
     m_connector.stop();
-    testsupport::PublishedObjects::removeLeftovers();
+    publisher::NamedObjects::removeLeftovers();
 }
 
 /** A run of the simulator, from the connection to what ends it. */
@@ -287,11 +287,11 @@ void FaultTest::switchStatus() {
 void FaultTest::removeObjects() {
     ++m_removals;
     m_isNameless = true;
-    testsupport::PublishedObjects::removeLeftovers();
+    publisher::NamedObjects::removeLeftovers();
 }
 
 void FaultTest::cutObjects() {
-    const int block = shm_open(kBlockName, O_RDWR, 0);
+    const int block = shm_open(kBlockName.data(), O_RDWR, 0);
     if (block >= 0) {
         // Not to nothing: an empty block counts as one that is being made, and is used again.
         if (ftruncate(block, kCutLength) == 0) {

@@ -1,6 +1,6 @@
 #include "tests/torture/longdrive.h"
 
-#include "tests/support/publishedobjects.h"
+#include "tools/publisher/namedobjects.h"
 #include "tools/simulator/feed.h"
 #include "tools/simulator/laplog.h"
 
@@ -87,7 +87,7 @@ public:
     Source() : m_feed(options()) {
         m_ready = m_objects.createBlock(m_feed.blockSize()) && m_objects.createEvent();
         if (m_ready) {
-            m_feed.attach({reinterpret_cast<std::byte*>(m_objects.block()), m_feed.blockSize()});
+            m_feed.attach(m_objects.block());
         }
     }
 
@@ -121,7 +121,7 @@ private:
     }
 
     simulator::Feed m_feed;
-    testsupport::PublishedObjects m_objects;
+    publisher::NamedObjects m_objects;
     bool m_ready = false;
 };
 

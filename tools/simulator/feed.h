@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/simulator/block.h"
+#include "tools/publisher/block.h"
 #include "tools/simulator/options.h"
 #include "tools/simulator/playback.h"
 #include "tools/simulator/variabletable.h"
@@ -40,7 +40,6 @@ public:
     const World& world() const { return m_world; }
     const Playback& playback() const { return m_playback; }
     const VariableTable& table() const { return m_table; }
-    const BlockLayout& layout() const { return m_layout; }
 
     /** Snapshots published so far. */
     std::int32_t tickCount() const { return m_block ? m_block->tickCount() : 0; }
@@ -52,9 +51,9 @@ private:
     World m_world;
     Playback m_playback;
     VariableTable m_table;
-    BlockLayout m_layout;
+    publisher::BlockLayout m_layout;
     std::vector<std::byte> m_snapshot;
-    std::optional<Block> m_block;
+    std::optional<publisher::BlockWriter> m_block;
     int m_shownRevision = 0;
 };
 

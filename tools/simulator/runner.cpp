@@ -41,7 +41,7 @@ int Runner::run() {
     }
     m_feed.setRunning(false);
     // Wakes readers, which then find the cleared status instead of timing out.
-    m_publisher->signal();
+    m_objects.signalEvent();
     m_feed.finish();
     m_log.add(m_feed.takeLaps());
     say("Ended after " + std::to_string(m_feed.world().tick()) + " ticks.");
@@ -49,16 +49,16 @@ int Runner::run() {
 }
 
 std::string Runner::start() {
-    if (std::string complaint = m_publisher->open(m_feed.blockSize()); !complaint.empty()) {
+    if (std::string complaint = m_objects.claim(m_feed.blockSize()); !complaint.empty()) {
         return complaint;
     }
     if (!m_options.log.empty() && !m_log.open(m_options.log)) {
         return "The log \"" + m_options.log + "\" cannot be written.";
     }
-    m_feed.attach(m_publisher->memory());
-    if (!m_publisher->remark().empty()) {
-        std::cerr << "rataip-simulator: " << m_publisher->remark() << '\n';
+    if (const std::string remark = m_receiver.open(); !remark.empty()) {
+        std::cerr << "rataip-simulator: " << remark << '\n';
     }
+    m_feed.attach(m_objects.block());
     const World& world = m_feed.world();
     say("Publishing " + std::to_string(world.entrants().size()) + " cars on " +
         world.track().description().displayName + ", " +
@@ -106,7 +106,7 @@ void Runner::runInLockstep() {
 
 void Runner::publishTick() {
     m_feed.publishNextTick();
-    m_publisher->signal();
+    m_objects.signalEvent();
     const std::vector<LapRecord> laps = m_feed.takeLaps();
     m_log.add(laps);
     for (const LapRecord& lap : laps) {
@@ -120,7 +120,7 @@ void Runner::publishTick() {
 
 bool Runner::stopRequested() {
     printMessages();
-    return m_console.stopRequested() || m_publisher->stopRequested();
+    return m_console.stopRequested() || m_receiver.isStopRequested();
 }
 
 bool Runner::ended() {
@@ -151,7 +151,7 @@ void Runner::obey(const std::string& line) {
         stall(seconds);
     } else if (word == "status" && (argument == "on" || argument == "off")) {
         m_feed.setRunning(argument == "on");
-        m_publisher->signal();
+        m_objects.signalEvent();
         answer("ok");
     } else {
         answer("unknown command: " + std::string(text));
@@ -196,12 +196,12 @@ void Runner::say(const std::string& text) {
 }
 
 void Runner::printMessages() {
-    for (const BroadcastMessage& message : m_publisher->takeMessages()) {
-        const auto word = static_cast<std::uint64_t>(message.wparam);
+    for (const publisher::BroadcastMessage& message : m_receiver.take()) {
+        const auto word = static_cast<std::uint64_t>(message.wParam);
         const auto code = static_cast<std::uint16_t>(word);
         const auto argument = static_cast<std::int16_t>(static_cast<std::uint16_t>(word >> 16U));
         say("Broadcast message " + std::to_string(code) + " (" + std::to_string(argument) + ", " +
-            std::to_string(message.lparam) + "), number " + std::to_string(message.message) + ".");
+            std::to_string(message.lParam) + "), number " + std::to_string(message.number) + ".");
     }
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "tools/publisher/namedobjects.h"
 #include "tools/simulator/console.h"
 #include "tools/simulator/feed.h"
 #include "tools/simulator/laplog.h"
 #include "tools/simulator/options.h"
-#include "tools/simulator/publisher.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -44,7 +43,8 @@ private:
     Options m_options;
     Console m_console;
     Feed m_feed;
-    std::unique_ptr<Publisher> m_publisher = Publisher::make();
+    publisher::NamedObjects m_objects;
+    publisher::BroadcastReceiver m_receiver;
     LapLog m_log;
     bool m_quit = false;
     bool m_stalled = false;  // since the clock was last read

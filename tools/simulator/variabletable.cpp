@@ -46,6 +46,10 @@ void putElement(irsdk_VarType type, std::byte* at, double value) {
     }
 }
 
+void copyText(char* to, std::size_t room, const std::string& text) {
+    std::copy_n(text.begin(), std::min(room, text.size()), to);
+}
+
 void addChecksum(std::vector<Variable>& variables) {
     variables.push_back({.name = kChecksumName,
                          .type = irsdk_int,
@@ -94,6 +98,22 @@ const Variable* VariableTable::find(const std::string& name) const {
     const auto found = std::find_if(m_variables.begin(), m_variables.end(),
                                     [&](const Variable& each) { return each.name == name; });
     return found == m_variables.end() ? nullptr : &*found;
+}
+
+std::vector<irsdk_varHeader> VariableTable::headers() const {
+    std::vector<irsdk_varHeader> headers;
+    for (const Variable& variable : m_variables) {
+        irsdk_varHeader& entry = headers.emplace_back();
+        entry.type = variable.type;
+        entry.offset = static_cast<std::int32_t>(variable.offset);
+        entry.count = variable.count;
+        entry.countAsTime = variable.countAsTime ? 1 : 0;
+        copyText(entry.name, sizeof entry.name, variable.name);
+        // These two always end with a zero.
+        copyText(entry.desc, sizeof entry.desc - 1, variable.description);
+        copyText(entry.unit, sizeof entry.unit - 1, variable.unit);
+    }
+    return headers;
 }
 
 void VariableTable::write(const Scene& scene, std::span<std::byte> buffer) const {

@@ -42,6 +42,9 @@ public:
 
     const std::vector<Variable>& variables() const { return m_variables; }
 
+    /** The table as it is published. */
+    [[nodiscard]] std::vector<irsdk_varHeader> headers() const;
+
     /** Bytes of one buffer, a multiple of 16. */
     std::size_t bufferLength() const { return m_bufferLength; }
 

@@ -105,3 +105,25 @@ TEST(Feed, PlaysAReplayAtItsSpeed) {
     EXPECT_TRUE(fast);
     EXPECT_EQ(memory.feed.tickCount(), 40000);
 }
+
+TEST(Feed, NeedsABlockAsLargeAsEverWithTheUsualOptions) {
+    Options other;
+    other.bufferCount = 4;
+    other.extraVariables = 100;
+    EXPECT_EQ(Feed(Options()).blockSize(), Feed(other).blockSize());
+}
+
+TEST(Feed, HasLongerBuffersElsewhereWhenPadded) {
+    Options padded = fastOptions();
+    padded.padBuffer = 4096;
+    MemoryFeed usual(fastOptions());
+    MemoryFeed moved(padded);
+    EXPECT_NE(moved.header().bufferLength, usual.header().bufferLength);
+    EXPECT_NE(moved.header().varBuf[0].bufferOffset, usual.header().varBuf[0].bufferOffset);
+}
+
+TEST(Feed, PublishesAsManyBuffersAsAskedFor) {
+    Options options = fastOptions();
+    options.bufferCount = 4;
+    EXPECT_EQ(MemoryFeed(options).header().numBuf, 4);
+}

@@ -51,6 +51,23 @@ public:
 
 }  // namespace
 
+TEST(VariableTable, IsPublishedWithTheFactsOfItsVariables) {
+    const Published published;
+    const std::vector<irsdk_varHeader> headers = published.table.headers();
+    ASSERT_EQ(headers.size(), published.table.variables().size());
+    for (std::size_t index = 0; index < headers.size(); ++index) {
+        const irsdk_varHeader& entry = headers[index];
+        const Variable& variable = published.table.variables()[index];
+        EXPECT_EQ(entry.type, variable.type);
+        EXPECT_EQ(entry.offset, static_cast<int>(variable.offset));
+        EXPECT_EQ(entry.count, variable.count);
+        EXPECT_EQ(entry.countAsTime != 0, variable.countAsTime);
+        EXPECT_EQ(variable.name, entry.name);
+        EXPECT_EQ(variable.unit, entry.unit);
+        EXPECT_EQ(variable.description, entry.desc);
+    }
+}
+
 TEST(VariableTable, HasAbout300VariablesOfAllSixTypes) {
     const VariableTable table{Options()};
     EXPECT_GE(table.variables().size(), 295U);

@@ -1,5 +1,4 @@
-#include "tools/simulator/block.h"
-#include "tools/simulator/clock.h"
+#include "tools/publisher/block.h"
 
 #include <gtest/gtest.h>
 
@@ -10,26 +9,31 @@
 #include <thread>
 #include <vector>
 
-using namespace simulator;
-
 namespace {
+
+using publisher::BlockFacts;
+using publisher::BlockLayout;
+using publisher::BlockWriter;
+
+std::vector<irsdk_varHeader> someVariables() {
+    std::vector<irsdk_varHeader> table(2);
+    table[0].name[0] = 'A';
+    table[1].unit[0] = 'm';
+    return table;
+}
 
 /** A block in memory of this process, read as a client reads it. */
 class PublishedBlock {
 public:
-    explicit PublishedBlock(const Options& options = {})
-        : table(options),
-          layout(table, options),
+    explicit PublishedBlock(const BlockFacts& facts = {.bufferLength = 272})
+        : layout(facts, table.size()),
           words(layout.size / sizeof(std::int64_t)),
           memory(std::as_writable_bytes(std::span(words))),
           block(memory, layout, table),
-          snapshot(table.bufferLength()) {}
+          snapshot(facts.bufferLength) {}
 
-    irsdk_header& header() { return *reinterpret_cast<irsdk_header*>(memory.data()); }
-
-    irsdk_varBuf& descriptor(int index) {
-        return reinterpret_cast<irsdk_varBuf*>(memory.data() + 48)[index];
-    }
+    irsdk_header& header() { return publisher::headerOf(memory); }
+    irsdk_varBuf& descriptor(int index) { return publisher::descriptorOf(memory, index); }
 
     std::string text() {
         return reinterpret_cast<char*>(memory.data() + header().sessionInfoOffset);
@@ -40,11 +44,11 @@ public:
         block.publish(snapshot);
     }
 
-    VariableTable table;
+    std::vector<irsdk_varHeader> table = someVariables();
     BlockLayout layout;
     std::vector<std::int64_t> words;
     std::span<std::byte> memory;
-    Block block;
+    BlockWriter block;
     std::vector<std::byte> snapshot;
 };
 
@@ -52,15 +56,13 @@ public:
 
 TEST(Block, HasAHeaderThatDescribesIt) {
     for (const int buffers : {1, 3, 4}) {
-        Options options;
-        options.bufferCount = buffers;
-        PublishedBlock published(options);
+        PublishedBlock published({.tickRate = 30, .bufferCount = buffers, .bufferLength = 100});
         const irsdk_header& header = published.header();
         EXPECT_EQ(header.status, 0) << "before the first tick may be read";
-        EXPECT_EQ(header.tickRate, kTicksPerSecond);
+        EXPECT_EQ(header.tickRate, 30);
         EXPECT_EQ(header.numBuf, buffers);
-        EXPECT_EQ(header.numVars, static_cast<int>(published.table.variables().size()));
-        EXPECT_EQ(header.bufferLength, static_cast<int>(published.table.bufferLength()));
+        EXPECT_EQ(header.numVars, 2);
+        EXPECT_EQ(header.bufferLength, 100);
         int end = header.sessionInfoOffset + header.sessionInfoLength;
         for (int index = 0; index < buffers; ++index) {
             EXPECT_GE(published.descriptor(index).bufferOffset, end);
@@ -72,23 +74,11 @@ TEST(Block, HasAHeaderThatDescribesIt) {
     }
 }
 
-TEST(Block, HasTheVariableTableOfItsVariables) {
+TEST(Block, HasItsVariableTable) {
     PublishedBlock published;
-    for (std::size_t index = 0; index < published.table.variables().size(); ++index) {
-        irsdk_varHeader entry{};
-        std::memcpy(
-            &entry,
-            published.memory.data() + published.header().varHeaderOffset + index * sizeof entry,
-            sizeof entry);
-        const Variable& variable = published.table.variables()[index];
-        EXPECT_EQ(entry.type, variable.type);
-        EXPECT_EQ(entry.offset, static_cast<int>(variable.offset));
-        EXPECT_EQ(entry.count, variable.count);
-        EXPECT_EQ(entry.countAsTime != 0, variable.countAsTime);
-        EXPECT_EQ(variable.name, entry.name);
-        EXPECT_EQ(variable.unit, entry.unit);
-        EXPECT_EQ(variable.description, entry.desc);
-    }
+    EXPECT_EQ(std::memcmp(published.memory.data() + published.header().varHeaderOffset,
+                          published.table.data(), 2 * sizeof(irsdk_varHeader)),
+              0);
 }
 
 TEST(Block, PutsEachSnapshotIntoTheNextBufferWithTheNextTick) {
@@ -128,10 +118,8 @@ TEST(Block, KeepsTheSnapshotsBeforeTheNewestOne) {
 }
 
 TEST(Block, NeverHandsOutATornSnapshotToAReaderThatLooksTwice) {
-    Options options;
-    options.bufferCount = 1;     // every write hits the buffer that is being read
-    options.padBuffer = 400000;  // and takes its time
-    PublishedBlock published(options);
+    // Every write hits the buffer that is being read, and takes its time.
+    PublishedBlock published({.bufferCount = 1, .bufferLength = 400'000});
     std::atomic<bool> done = false;
     std::thread writer([&] {
         for (int value = 1; !done; ++value) {
@@ -203,32 +191,36 @@ TEST(Block, CutsATextThatIsTooLongAtTheEndOfALine) {
     EXPECT_EQ(text.rfind(shown, 0), 0U);
 }
 
-TEST(Block, IsAsLargeAsEverWithTheUsualOptions) {
-    Options other;
-    other.bufferCount = 4;
-    other.extraVariables = 100;
-    EXPECT_EQ(PublishedBlock().layout.size, PublishedBlock(other).layout.size);
+TEST(Block, IsNoSmallerThanItShallBe) {
+    constexpr std::size_t kLeast = std::size_t{1024} * 1024;
+    EXPECT_EQ(BlockLayout({.bufferLength = 100, .leastSize = kLeast}, 2).size, kLeast);
+    EXPECT_GT(BlockLayout({.bufferLength = kLeast, .leastSize = kLeast}, 2).size, kLeast);
 }
 
 TEST(Block, MovesItsBuffersWhenPadded) {
-    Options padded;
-    padded.padBuffer = 4096;
-    PublishedBlock usual;
-    PublishedBlock moved(padded);
-    EXPECT_NE(moved.header().bufferLength, usual.header().bufferLength);
-    EXPECT_NE(moved.descriptor(0).bufferOffset, usual.descriptor(0).bufferOffset);
-    EXPECT_NE(moved.descriptor(1).bufferOffset - moved.descriptor(0).bufferOffset,
-              usual.descriptor(1).bufferOffset - usual.descriptor(0).bufferOffset);
+    const BlockLayout usual({.bufferLength = 272}, 2);
+    const BlockLayout moved({.bufferLength = 272, .padding = 4096}, 2);
+    EXPECT_NE(moved.firstBufferOffset, usual.firstBufferOffset);
+    EXPECT_NE(moved.bufferSpacing, usual.bufferSpacing);
+}
+
+TEST(Block, ShowsTheTextInItsOnePlaceWhereItHasNoOther) {
+    PublishedBlock published({.bufferLength = 16, .textRoom = 64, .textAreas = 1});
+    const std::int32_t offset = published.header().sessionInfoOffset;
+    for (const char* text : {"---\nfirst\n", "---\n2\n"}) {
+        published.block.showText(text);
+        EXPECT_EQ(published.header().sessionInfoOffset, offset);
+        EXPECT_EQ(published.text(), text);
+    }
 }
 
 TEST(Block, TakesOverMemoryOfAnEarlierRunWithoutShowingIt) {
-    const Options options;
     PublishedBlock published;
     published.block.setRunning(true);
     published.block.showText("---\nold\n");
     published.publish(5);
     const std::int32_t counter = published.header().sessionInfoUpdate;
-    Block next(published.memory, published.layout, published.table);
+    BlockWriter next(published.memory, published.layout, published.table);
     EXPECT_EQ(published.header().status, 0);
     EXPECT_LT(published.descriptor(1).tickCount, 0);
     next.showText("---\nnew\n");
