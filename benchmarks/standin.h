@@ -1,10 +1,11 @@
 #pragma once
 
 #include "benchmarks/workload.h"
-#include "tests/support/publishedobjects.h"
+#include "tools/publisher/block.h"
+#include "tools/publisher/namedobjects.h"
 
-#include <cstddef>
-#include <string>
+#include <optional>
+#include <vector>
 
 namespace bench {
 
@@ -20,28 +21,22 @@ public:
     /** Completes the next buffer with the snapshot of a tick of the race. */
     void publish(int tick);
 
-    /** Gives the newest buffer the next tick count: the same snapshot is new once more. */
+    /** Gives the first buffer the next tick count: the same snapshot is new once more. */
     void republish();
 
     /** The text changes where the results do. */
     void publishResults(const Results& results);
 
-    [[nodiscard]] const char* newestBuffer() const;
+    [[nodiscard]] const irsdk_header& header() const;
     [[nodiscard]] int bufferLength() const { return m_workload.bufferLength(); }
 
 private:
-    void layOut(const std::string& text);
-    [[nodiscard]] irsdk_header& header() const;
-    [[nodiscard]] irsdk_varBuf& descriptor(int buffer) const;
-    void complete(int buffer);
-    void writeText(const std::string& text);
-
     const Workload& m_workload;
-    testsupport::PublishedObjects m_objects;
+    publisher::NamedObjects m_objects;
+    publisher::BlockLayout m_layout;
+    std::optional<publisher::BlockWriter> m_writer;
+    std::vector<char> m_snapshot;
     Results m_results{};
-    std::size_t m_textCapacity = 0;
-    int m_newest = 0;
-    std::int32_t m_tickCount = 0;
 };
 
 }  // namespace bench
