@@ -341,14 +341,17 @@ bool newDataWithin(int timeOut, char* data, int room) {
     return takesNewData(data, room);
 }
 
-/** Bytes from `offset` up to the first zero byte or the end of the block; none from outside it. */
-bool measureText(std::int64_t offset, std::int64_t& length) {
-    length = 0;
+/**
+ * Calls `take` with one piece after the other of the text that goes from `offset` up to its zero
+ * byte or the end of the block. One that lies outside is absent: no pieces.
+ */
+template <typename Take>
+bool copyTextInPieces(std::int64_t offset, Take take) {
     return !block().holds(offset, 1) ||
            copyInPieces(offset, block().size() - offset, [&](std::span<const char> piece) {
                const void* end = std::memchr(piece.data(), '\0', piece.size());
-               length += end == nullptr ? static_cast<std::int64_t>(piece.size())
-                                        : static_cast<const char*>(end) - piece.data();
+               take(end == nullptr ? piece
+                                   : std::span(piece.data(), static_cast<const char*>(end)));
                return end == nullptr;
            });
 }
@@ -373,28 +376,23 @@ bool stoodStill(const std::string& copy, std::int32_t offset, std::int32_t updat
            updateNow == update;
 }
 
-enum class TextCopy { Whole, Changing, Failed };
-
-/** One attempt to copy the session text; a failure has been noted. */
-TextCopy copyText(std::string& text, int& update) {
+/** One attempt to copy the session text; false when it failed, for the reason that was noted. */
+bool copyText(std::string& text, std::int32_t& offset, int& update) {
     irsdk_header header{};
-    std::int64_t length = 0;
     if (!copyStatedHeader(header)) {
-        return TextCopy::Failed;
+        return false;
     }
+    text.clear();
+    offset = header.sessionInfoOffset;
     update = header.sessionInfoUpdate;
-    const std::int32_t offset = header.sessionInfoOffset;
-    if (!measureText(offset, length)) {
-        return TextCopy::Failed;
+    bool copied = false;
+    const auto append = [&](std::span<const char> piece) {
+        text.append(piece.data(), piece.size());
+    };
+    if (!irsdk::hasMemoryTo([&] { copied = copyTextInPieces(offset, append); })) {
+        return fail(irsdk_Error::OutOfMemory);
     }
-    if (!irsdk::hasMemoryTo([&] { text.resize(static_cast<std::size_t>(length)); })) {
-        fail(irsdk_Error::OutOfMemory);
-        return TextCopy::Failed;
-    }
-    if (!copyOut(offset, text.size(), text.data())) {
-        return TextCopy::Failed;
-    }
-    return stoodStill(text, offset, update) ? TextCopy::Whole : TextCopy::Changing;
+    return copied;
 }
 
 struct Variable {
@@ -590,18 +588,18 @@ bool irsdk_copySessionInfoStr(std::string& text, int& update) {
         return false;
     }
     for (int attempt = 0; attempt < kSessionTextAttempts; ++attempt) {
-        const TextCopy copy = copyText(text, update);
+        std::int32_t offset = 0;
+        const bool copied = copyText(text, offset, update);
+        const bool stood = copied && stoodStill(text, offset, update);
         if (!hMemMapFile.isWhole()) {
             text.clear();
             update = -1;
             return fail(irsdk_Error::BlockShrunk);
         }
-        if (copy == TextCopy::Whole) {
-            // The text may have become shorter between the search for its end and the copy.
-            text.resize(std::min(text.find('\0'), text.size()));
+        if (stood) {
             return true;
         }
-        if (copy == TextCopy::Failed) {
+        if (!copied) {
             break;
         }
     }
@@ -626,9 +624,10 @@ const char* irsdk_getData(int index) {
 const char* irsdk_getSessionInfoStr() {
     std::int32_t offset = 0;
     std::int64_t length = 0;
+    const auto count = [&](std::span<const char> piece) { length += std::ssize(piece); };
     const bool isInside = isInitialized &&
                           copyField(offsetof(irsdk_header, sessionInfoOffset), offset) &&
-                          measureText(offset, length) && block().holds(offset, length + 1);
+                          copyTextInPieces(offset, count) && block().holds(offset, length + 1);
     return isInside ? block().at(offset) : nullptr;
 }
 

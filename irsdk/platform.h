@@ -36,7 +36,7 @@ public:
 
     /** Maps the open object; None when it is mapped afterwards. */
     [[nodiscard]] irsdk_Error map();
-    [[nodiscard]] bool isMapped() const { return m_mapped; }
+    [[nodiscard]] bool isMapped() const { return m_memory.size() > 0; }
 
     /** The mapped bytes; empty while not mapped. */
     [[nodiscard]] const BlockMemory& memory() const { return m_memory; }
@@ -64,7 +64,6 @@ private:
     struct Handle;
     std::unique_ptr<Handle> m_handle;
     BlockMemory m_memory;
-    bool m_mapped = false;
 };
 
 /** The event that the simulator signals for every completed buffer. */

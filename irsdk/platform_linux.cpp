@@ -205,7 +205,6 @@ irsdk_Error BlockObject::map() {
         return irsdk_Error::MapFailed;
     }
     m_memory = BlockMemory(m_handle->view(), size);
-    m_mapped = true;
     return irsdk_Error::None;
 }
 
@@ -226,7 +225,6 @@ bool BlockObject::isAbandoned() const {
 }
 
 void BlockObject::close() {
-    m_mapped = false;
     m_memory = BlockMemory();
     m_handle->close();
 }

@@ -78,7 +78,6 @@ irsdk_Error BlockObject::map() {
     }
     m_handle->view = view;
     m_memory = BlockMemory(static_cast<const char*>(view), size);
-    m_mapped = true;
     return irsdk_Error::None;
 }
 
@@ -93,7 +92,7 @@ bool BlockObject::read(std::int64_t offset, std::size_t length, void* into) cons
 
 // A section cannot become shorter while a view of it exists.
 bool BlockObject::isWhole() const {
-    return m_mapped;
+    return isMapped();
 }
 
 // A name lives as long as any handle, ours included, so the name always leads to this object.
@@ -102,7 +101,6 @@ bool BlockObject::isAbandoned() const {
 }
 
 void BlockObject::close() {
-    m_mapped = false;
     m_memory = BlockMemory();
     m_handle->close();
 }
