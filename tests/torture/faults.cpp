@@ -1,5 +1,6 @@
 #include "tests/torture/faults.h"
 
+#include "irsdk/layout.h"
 #include "tools/publisher/namedobjects.h"
 
 #include <QCoreApplication>

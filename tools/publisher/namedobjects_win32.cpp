@@ -123,6 +123,8 @@ bool NamedObjects::createBlock(std::size_t bytes) {
 }
 
 bool NamedObjects::createEvent(EventKind kind) {
+    // As long as the former event is open, its name leads to that one.
+    m_objects->event.reset();
     m_objects->kind = kind;
     m_objects->event.reset(CreateEventW(nullptr, kind == EventKind::ManualReset ? TRUE : FALSE,
                                         FALSE, IRSDK_DATAVALIDEVENTNAME));
