@@ -100,8 +100,9 @@ private:
         const bool wasCut = *isCut;
         std::vector<irsdk_varHeader> table;
         note(irsdk_copyVarHeaders(table), wasCut);
-        ASSERT_EQ(table.size(), isRefused ? 0U : 3U);
-        EXPECT_EQ(std::memcmp(table.data(), block.varHeaders(), table.size() * sizeof table[0]), 0);
+        EXPECT_EQ(table.size(), isRefused ? 0U : 3U);
+        EXPECT_TRUE(table.empty() || std::memcmp(table.data(), block.varHeaders(),
+                                                 table.size() * sizeof table[0]) == 0);
     }
 
     void readText() {
