@@ -250,6 +250,18 @@ TEST_P(NewData, ALengthBelowZeroTakesNothing) {
     EXPECT_FALSE(irsdk_getNewData(snapshot.data(), 0));
 }
 
+TEST_P(NewData, TheNewestBufferIsFoundInALongRing) {
+    constexpr int kBuffers = 300;
+    constexpr int kStep = 7;
+    block.setBufferCount(kBuffers);
+    openAtTick10();
+    for (int buffer = 1; buffer < kBuffers; buffer += kStep) {
+        publisher.completeChecked(buffer, 10 + buffer);
+        ASSERT_TRUE(takes()) << buffer;
+        EXPECT_EQ(testsupport::checkedTick(snapshot.data()), 10 + buffer);
+    }
+}
+
 RATAIP_IN_BOTH_PLACES(NewData);
 
 }  // namespace
