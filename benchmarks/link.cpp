@@ -1,5 +1,6 @@
 // What it costs to take a snapshot out of the simulator's memory while nobody writes.
 
+#include "benchmarks/blockfile.h"
 #include "benchmarks/contest.h"
 #include "benchmarks/figure.h"
 #include "benchmarks/figures.h"
@@ -8,9 +9,6 @@
 #include "irsdk/irsdk.h"
 
 #include <cstdlib>
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace bench {
 
@@ -19,25 +17,6 @@ namespace {
 constexpr int ticksPerLap = 5400;
 constexpr int rounds = 41;
 constexpr int copies = 500;
-
-/** The simulator's block as a file, without the link. */
-class BlockFile {
-public:
-    BlockFile()
-        : m_descriptor(shm_open(irsdk_linuxName(IRSDK_MEMMAPFILENAME).data(), O_RDONLY, 0)) {}
-    ~BlockFile() { close(m_descriptor); }
-    BlockFile(const BlockFile&) = delete;
-    BlockFile& operator=(const BlockFile&) = delete;
-
-    void read(void* into, std::size_t length, std::int64_t offset) const {
-        if (pread(m_descriptor, into, length, offset) != static_cast<ssize_t>(length)) {
-            std::abort();
-        }
-    }
-
-private:
-    int m_descriptor;
-};
 
 class LinkFigure {
 public:

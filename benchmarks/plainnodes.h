@@ -19,6 +19,8 @@ class PlainNodes {
 public:
     explicit PlainNodes(const std::vector<irsdk_varHeader>& table);
 
+    [[nodiscard]] std::size_t count() const { return m_nodes.size(); }
+
     /** Stores all readings of a snapshot. */
     void store(const char* snapshot);
 

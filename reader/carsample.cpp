@@ -5,7 +5,9 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <cstddef>
 #include <cstring>
 #include <numeric>
 #include <type_traits>
@@ -47,17 +49,17 @@ auto read(const char* bytes, quint64 tick) {
     }
 }
 
-/** Whether a number may be another one than before, of which the row's entry is left. */
+/**
+ * Whether a number may be another one than that of which the row's entry is left. To the bit: zeros
+ * have signs, and there are many NaNs. A signalling one always may be.
+ */
 template <typename Number>
 bool mayDiffer(Number number, double entry) {
-    const auto asDouble = static_cast<double>(number);
-    const bool isOther = std::bit_cast<quint64>(asDouble) != std::bit_cast<quint64>(entry);
     if constexpr (std::is_same_v<Number, quint64>) {
         return true;  // a double does not hold all of it
-    } else if constexpr (std::is_same_v<Number, float>) {
-        return isOther || number != number;  // some NaNs become the same one
     } else {
-        return isOther;
+        using Bytes = std::array<std::byte, sizeof(Number)>;
+        return std::bit_cast<Bytes>(static_cast<Number>(entry)) != std::bit_cast<Bytes>(number);
     }
 }
 
@@ -115,6 +117,10 @@ Sample& CarSample::handOut() {
     invalidate();
     m_isHandedOut = true;
     return *this;
+}
+
+CarSample& CarSample::operator=(const CarSample& other) {
+    return this == &other ? *this : *this = other.get();
 }
 
 CarSample& CarSample::operator=(const Sample& sample) {

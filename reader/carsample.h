@@ -53,7 +53,7 @@ public:
     ~CarSample() = default;
     // Where the values are is known for the original alone.
     CarSample(const CarSample& other) : Sample(other) {}
-    CarSample& operator=(const CarSample& other) { return *this = other.get(); }
+    CarSample& operator=(const CarSample& other);
     CarSample(CarSample&& other) noexcept = default;
     CarSample& operator=(CarSample&& other) noexcept = default;
 

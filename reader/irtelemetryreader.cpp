@@ -120,6 +120,7 @@ const RecorderCar& iRTelemetryReader::recorderCar(int car) const {
 }
 
 Sample& iRTelemetryReader::sample(int car) {
+    m_isSampleHandedOut = true;
     return m_cars[car].sample.handOut();
 }
 
@@ -127,13 +128,8 @@ const Sample& iRTelemetryReader::sample(int car) const {
     return m_cars[car].sample;
 }
 
-bool iRTelemetryReader::isAnySampleHandedOut() const {
-    return std::any_of(m_cars.cbegin(), m_cars.cend(),
-                       [](const RecorderCar& car) { return car.sample.isHandedOut(); });
-}
-
 std::optional<quint64> iRTelemetryReader::recordsRevision() const {
-    return isAnySampleHandedOut() ? std::nullopt : std::optional(m_recordsRevision);
+    return m_isSampleHandedOut ? std::nullopt : std::optional(m_recordsRevision);
 }
 
 bool iRTelemetryReader::hasOwnCarSlot() const {
@@ -166,7 +162,7 @@ QUuid iRTelemetryReader::sessionId(const QString& id) const {
 bool iRTelemetryReader::updateCarList() {
     m_digest.refresh(carCount());
     // Every name follows from the text, which rarely changes from one tick to the next.
-    if (m_carListRevision == m_digest.revision() && !isAnySampleHandedOut()) {
+    if (m_carListRevision == m_digest.revision() && !m_isSampleHandedOut) {
         return hasStatusChanged();
     }
     m_carListRevision = m_digest.revision();

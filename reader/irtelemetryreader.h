@@ -181,7 +181,6 @@ private:
     void settleFeed();
     bool updateDriver(int index);
     [[nodiscard]] bool hasStatusChanged() const;
-    [[nodiscard]] bool isAnySampleHandedOut() const;
 
     void fillVariableTable(const irsdk_varHeader* vars, qsizetype count);
     void resolveSamplingPlan(const irsdk_varHeader* vars, qsizetype count, qint64 dataLength);
@@ -204,6 +203,7 @@ private:
     SessionDigest m_digest{*this};
     quint64 m_carListRevision = 0;  // of the digest that the car list was made from
     quint64 m_recordsRevision = 1;
+    bool m_isSampleHandedOut = false;  // of any car
     SamplingPlan m_plan;
     QStringList m_debugLines;  // to be written when nothing is half done any more
 };

@@ -61,7 +61,7 @@ private:
     bool m_isGivenOut = false;
     std::shared_ptr<const RowLayout> m_layout;  // of the rows, null while the lap takes none
     std::vector<QList<double>*> m_columns;      // the channels' entries, in the order of a row
-    std::vector<double> m_rows;
+    std::unique_ptr<double[]> m_rows;
     qsizetype m_rowCount = 0;
     qsizetype m_rowsToKeep = kRows;
     std::optional<LapCourse> m_course;  // of all the rows so far
@@ -77,7 +77,7 @@ void LapRecorder::Recording::add(const CarSample& sample, std::optional<double> 
     }
     followTrack(trackKilometres);
     const std::size_t width = m_layout->columns.size();
-    std::copy_n(sample.row(), width, m_rows.begin() + m_rowCount * static_cast<qsizetype>(width));
+    std::copy_n(sample.row(), width, m_rows.get() + m_rowCount * static_cast<qsizetype>(width));
     ++m_rowCount;
     if (m_rowCount >= m_rowsToKeep) {
         flush();
@@ -98,7 +98,9 @@ bool LapRecorder::Recording::takesRowsOf(const CarSample& sample) {
     m_layout = layout;
     m_clockColumn = layout->columnOf(u"sessiontime"_s);
     m_placeColumn = layout->columnOf(nameOf(KnownValue::LapDistPct));
-    m_rows.resize(layout->columns.size() * static_cast<std::size_t>(kRows));
+    // Not written to before the rows are: in a race's first tick every car begins its lap.
+    m_rows = std::make_unique_for_overwrite<double[]>(layout->columns.size() *
+                                                      static_cast<std::size_t>(kRows));
     // Laps that expect different lengths do not go into their channels in the same ticks.
     m_rowsToKeep = kRows - expectedSamples % kRows;
     return true;
@@ -164,7 +166,7 @@ void LapRecorder::Recording::flush() {
         makeRoom(column, length + m_rowCount);
         entries.resize(length + m_rowCount);
         double* entry = entries.data() + length;
-        const double* reading = m_rows.data() + column;
+        const double* reading = m_rows.get() + column;
         for (qsizetype row = 0; row < m_rowCount; ++row) {
             *entry++ = *reading;
             reading += width;
@@ -179,7 +181,7 @@ void LapRecorder::Recording::followCourse() {
         return;
     }
     const std::size_t width = m_columns.size();
-    const double* reading = m_rows.data();
+    const double* reading = m_rows.get();
     for (qsizetype row = 0; row < m_rowCount; ++row) {
         m_course->add(reading[m_clockColumn], reading[m_placeColumn]);
         reading += width;
@@ -199,7 +201,7 @@ void LapRecorder::Recording::giveOut() {
         flush();
         m_isGivenOut = true;
         m_layout.reset();
-        m_rows = {};
+        m_rows.reset();
     }
 }
 

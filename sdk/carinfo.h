@@ -55,6 +55,8 @@ public:
     void setDetailedTelemetry(bool detailedTelemetry) { m_detailedTelemetry = detailedTelemetry; }
 
 private:
+    friend struct RecordLayout;  // holds the layout to what hosts are built against
+
     QString m_carId;
     QString m_trackName;
     QString m_trackConfig;

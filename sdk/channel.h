@@ -34,6 +34,8 @@ public:
     QList<double> samples;
 
 private:
+    friend struct RecordLayout;  // holds the layout to what hosts are built against
+
     QString m_unit;
 };
 

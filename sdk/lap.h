@@ -114,6 +114,8 @@ public:
     void addSample(Sample const& sample);
 
 private:
+    friend struct RecordLayout;  // holds the layout to what hosts are built against
+
     [[nodiscard]] QSharedPointer<Channel> newChannel(const QString& unit) const;
 
     ChannelMap m_channels;

@@ -110,6 +110,8 @@ public:
     void setCompleted(bool completed) { m_completed = completed; }
 
 private:
+    friend struct RecordLayout;  // holds the layout to what hosts are built against
+
     QDateTime m_dateTime;
     QString m_fileName;
     QTime m_lapTime;

@@ -34,6 +34,8 @@ public:
     QList<CarInfo> cars;
 
 private:
+    friend struct RecordLayout;  // holds the layout to what hosts are built against
+
     QString m_pluginName;
     QString m_sourceName;
 };

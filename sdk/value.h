@@ -25,6 +25,8 @@ public:
     QVariant value;
 
 private:
+    friend struct RecordLayout;  // holds the layout to what hosts are built against
+
     QString m_unit;
 };
 

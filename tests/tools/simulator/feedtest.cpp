@@ -114,16 +114,16 @@ TEST(Feed, NeedsABlockAsLargeAsEverWithTheUsualOptions) {
 }
 
 TEST(Feed, HasLongerBuffersElsewhereWhenPadded) {
-    Options padded = fastOptions();
+    Options padded = shortTrack();
     padded.padBuffer = 4096;
-    MemoryFeed usual(fastOptions());
+    MemoryFeed usual(shortTrack());
     MemoryFeed moved(padded);
     EXPECT_NE(moved.header().bufferLength, usual.header().bufferLength);
     EXPECT_NE(moved.header().varBuf[0].bufferOffset, usual.header().varBuf[0].bufferOffset);
 }
 
 TEST(Feed, PublishesAsManyBuffersAsAskedFor) {
-    Options options = fastOptions();
+    Options options = shortTrack();
     options.bufferCount = 4;
     EXPECT_EQ(MemoryFeed(options).header().numBuf, 4);
 }
