@@ -25,12 +25,8 @@ iRPluginLive::~iRPluginLive() {
     closeSilently();
 }
 
-ConnectionGuard iRPluginLive::guardConnection() const {
-    return {self, connectionNumber};
-}
-
 void iRPluginLive::initialize() {
-    const ConnectionGuard guard = guardConnection();
+    const ConnectionGuard guard(*this);
     if (!irsdk::hasMemoryTo([&] { setUp(guard); })) {
         static_cast<void>(irsdk::hasMemoryTo([] {
             qCWarning(pluginLog, "The plugin cannot be set up: there is not enough memory");
@@ -58,7 +54,7 @@ void iRPluginLive::setUp(const ConnectionGuard& guard) {
     announceCarList();
 }
 
-/** So that what sendConnected() began always ends with sendDisconnected(). */
+/** So that sendDisconnected() follows every sendConnected(). */
 void iRPluginLive::endAnnouncedConnections(const ConnectionGuard& guard) {
     if (connected) {
         disconnectFromSource();
@@ -74,7 +70,7 @@ void iRPluginLive::endAnnouncedConnections(const ConnectionGuard& guard) {
 }
 
 void iRPluginLive::createTimer() {
-    // Kept by a second initialize(), which a slot of the timer's own tick may have called.
+    // A second initialize() keeps it: a slot of the timer's own tick may have called that.
     if (timer != nullptr) {
         return;
     }
@@ -92,7 +88,7 @@ void iRPluginLive::closeSilently() {
 }
 
 void iRPluginLive::announceCarList() {
-    // A slot may change or delete this object while others still read what they were given.
+    // A copy, because a slot may change or delete this object while other slots still read it.
     const TLM::SDK::LivePluginInfo announced = pluginInfo;
     emit emitter.sendCarListChanged(announced);
 }
@@ -118,7 +114,7 @@ QString iRPluginLive::pluginVersion() const {
 }
 
 void iRPluginLive::updateCarList() {
-    const ConnectionGuard guard = guardConnection();
+    const ConnectionGuard guard(*this);
     if (!irsdk::hasMemoryTo([this] { refreshCarList(); }) && guard.isSameConnection()) {
         endForWantOfMemory();
     }

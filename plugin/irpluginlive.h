@@ -1,7 +1,6 @@
 #pragma once
 
 #include "irsdk/irsdk.h"
-#include "plugin/connectionguard.h"
 #include "plugin/samplelists.h"
 #include "reader/irtelemetryreader.h"
 #include "sdk/plugininterfacelive.h"
@@ -18,18 +17,18 @@
 /**
  * The object that a host loads: it connects to the simulator and hands over cars, samples and laps.
  *
- * Failures are told by signals alone. Calls in the wrong state (connecting twice, disconnecting
+ * Failures are reported by signals only. Calls in the wrong state (connecting twice, disconnecting
  * twice, probing while connected, anything before initialize()) do nothing or report that there is
  * no connection. The simulator may end, hang or return at any moment: after 101 ticks without data
  * the plugin says "Sim is down" and disconnects. A slot or a message handler of the host may call
- * any operation of this object, run an event loop of its own or delete this object: what is left of
- * a tick is dropped once its connection has ended, and a tick never runs within a tick. Where there
- * is not enough memory for what the simulator publishes, the connection ends or is refused in
- * order, one line of the log says so, and everything that was kept of the simulator is let go of;
- * no exception leaves this object.
+ * any operation of this object, run an event loop of its own or delete this object: the rest of a
+ * tick is dropped once its connection has ended, and ticks never nest. When there is not enough
+ * memory for what the simulator publishes, the connection is refused or ends in an orderly way, one
+ * line of the log says so, and all the simulator's data are released. No exception leaves this
+ * object.
  *
  * The object MUST be used on the thread that owns it, and there MUST be only one in a process,
- * because the link to the simulator is one a process.
+ * because a process has one link to the simulator.
  */
 class iRPluginLive : public QObject, public TLM::SDK::PluginInterfaceLive {
     Q_OBJECT
@@ -39,13 +38,13 @@ class iRPluginLive : public QObject, public TLM::SDK::PluginInterfaceLive {
 public:
     iRPluginLive();
 
-    /** Closes the link without a word to the host. */
+    /** Closes the link without a signal to the host. */
     ~iRPluginLive() override;
 
     /**
-     * Sets everything up and announces 64 cars with the ids "0" to "63". Called again, it
-     * disconnects first and starts afresh. A connection with which a slot answers that is ended in
-     * words, too; a slot that answers once more is refused.
+     * Sets everything up and announces 64 cars with the ids "0" to "63". A second call disconnects
+     * first and starts over. If a slot answers that by connecting, this connection is ended with
+     * its signals too; if it connects once more, it is refused.
      */
     void initialize() override;
 
@@ -62,14 +61,33 @@ public:
     void disconnectFromSource() override;
 
 public slots:
-    /** Takes at most one new snapshot. Called by the timer while connected. */
+    /** Processes at most one new snapshot. Called by the timer while connected. */
     void tick();
 
-    /** Announces the car list when a name or a status in it changed. */
+    /** Announces the car list when a name or a status in it has changed. */
     void updateCarList();
 
 private:
-    [[nodiscard]] ConnectionGuard guardConnection() const;
+    /**
+     * Tells, after a signal or a line of the log, whether the work that emitted it may go on: a
+     * slot or the message handler of the host may have disconnected the plugin, reconnected or
+     * deleted it. Takes no memory, so that it can be made when there is none.
+     */
+    class ConnectionGuard {
+    public:
+        explicit ConnectionGuard(const iRPluginLive& plugin)
+            : m_plugin(plugin.self), m_expected(plugin.connectionNumber) {}
+
+        [[nodiscard]] bool isDeleted() const { return m_plugin.isNull(); }
+        [[nodiscard]] bool isSameConnection() const {
+            return !isDeleted() && m_plugin->connectionNumber == m_expected;
+        }
+
+    private:
+        QPointer<const iRPluginLive> m_plugin;
+        quint64 m_expected;
+    };
+
     [[nodiscard]] bool isInitialized() const;
     void setUp(const ConnectionGuard& guard);
     void endAnnouncedConnections(const ConnectionGuard& guard);
@@ -78,7 +96,7 @@ private:
     void announceCarList();
     void closeSilently();
 
-    // Why something failed; nothing when it did not.
+    // Why something failed; empty when it did not.
     using Failure = std::optional<irsdk_Error>;
 
     [[nodiscard]] Failure openForConnection();
@@ -108,7 +126,7 @@ private:
 
     static constexpr int noSessionInfoSeen = -1;
 
-    // From initialize() on, but for the time from a want of memory to the next connection.
+    // Present from initialize() on, except between running out of memory and the next connection.
     std::optional<iRTelemetryReader> reader;
     QTimer* timer = nullptr;  // a child of this object
     int tickWaitMs = 0;
@@ -122,9 +140,9 @@ private:
     std::string sessionInfo;
     SampleLists sampleLists;
 
-    quint64 connectionNumber = 0;  // another one after each connection and each disconnection
+    quint64 connectionNumber = 0;  // changes with each connection and each disconnection
     bool isTicking = false;
     bool refusesConnections = false;
-    irsdk_Error loggedError = irsdk_Error::None;  // of the last line, until it is over
-    const QPointer<QObject> self{this};           // what guards are copied from
+    irsdk_Error loggedError = irsdk_Error::None;    // of the last line, until it is over
+    const QPointer<const iRPluginLive> self{this};  // guards copy it, which takes no memory
 };

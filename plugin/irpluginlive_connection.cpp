@@ -9,13 +9,13 @@ namespace {
 
 Q_LOGGING_CATEGORY(linkLog, "rataip.link")
 
-/** A simulator that is not there is everyday life and not worth a line. */
+/** A simulator that does not run is the normal case and not logged. */
 bool isWorthALine(irsdk_Error error) {
     return error != irsdk_Error::None && error != irsdk_Error::NoBlock &&
            error != irsdk_Error::NoEvent;
 }
 
-/** Not by a stream: that writes in its destructor, out of which no exception can come. */
+/** Not through a stream: that writes in its destructor, which cannot throw when memory runs out. */
 void writeFailure(irsdk_Error error) {
     static_cast<void>(irsdk::hasMemoryTo(
         [error] { qCWarning(linkLog, "No data from the simulator: %s", irsdk_errorText(error)); }));
@@ -32,7 +32,7 @@ void iRPluginLive::connectToSource() {
         startConnection();
         return;
     }
-    const ConnectionGuard guard = guardConnection();
+    const ConnectionGuard guard(*this);
     logFailure(*failure);
     if (guard.isSameConnection()) {
         static_cast<void>(irsdk::hasMemoryTo([this] { emit emitter.sendNotConnected(); }));
@@ -47,7 +47,7 @@ iRPluginLive::Failure iRPluginLive::openForConnection() {
     return failure ? failure : readSession();
 }
 
-/** The reason is None when a simulator is there and silent. After a failure the link is closed. */
+/** The error is None when a simulator is there but silent. Closes the link after a failure. */
 iRPluginLive::Failure iRPluginLive::awaitFreshData() {
     if (!isInitialized()) {
         return irsdk_Error::NoBlock;
@@ -55,7 +55,7 @@ iRPluginLive::Failure iRPluginLive::awaitFreshData() {
     irsdk_Error error = makeRoomForSnapshots();
     if (error == irsdk_Error::None) {
         if (irsdk_waitForDataReady(connectWaitMs, dataBuffer.data(), dataBufferLength())) {
-            // A want of memory is over only when all of a connection has found room.
+            // The memory suffices only when there is enough for the whole connection.
             if (loggedError != irsdk_Error::OutOfMemory) {
                 loggedError = irsdk_Error::None;
             }
@@ -63,8 +63,8 @@ iRPluginLive::Failure iRPluginLive::awaitFreshData() {
         }
         error = irsdk_lastError();
     }
-    // Also after half an opening. On Linux what was opened may belong to a simulator that is gone
-    // by the next attempt; on Windows it would live on under its name, in the way of the next one.
+    // Also when only some objects are open. On Linux they may belong to a simulator that is gone by
+    // the next attempt; on Windows an open object keeps its name and blocks the next simulator.
     irsdk_shutdown();
     return error;
 }
@@ -77,7 +77,7 @@ irsdk_Error iRPluginLive::makeRoomForSnapshots() {
     return resizeDataBuffer(header.bufferLength) ? irsdk_Error::None : irsdk_Error::OutOfMemory;
 }
 
-/** Also makes room for the copy that each tick takes, so that a tick cannot fail for want of it. */
+/** Also reserves room for the copy that each tick takes, so that a tick cannot fail to get it. */
 bool iRPluginLive::resizeDataBuffer(int length) {
     if (length == dataBufferLength()) {
         return true;
@@ -103,7 +103,7 @@ int iRPluginLive::dataBufferLength() const {
     return static_cast<int>(dataBuffer.size());
 }
 
-/** After a failure the link is closed. */
+/** Closes the link after a failure. */
 iRPluginLive::Failure iRPluginLive::readSession() {
     const bool hadMemory = irsdk::hasMemoryTo([this] {
         iRTelemetryReader& current = readerInUse();
@@ -124,7 +124,7 @@ void iRPluginLive::startConnection() {
     connected = true;
     ++connectionNumber;
     loggedError = irsdk_Error::None;
-    const ConnectionGuard guard = guardConnection();
+    const ConnectionGuard guard(*this);
     if (!irsdk::hasMemoryTo([&] { announceConnection(guard); }) && guard.isSameConnection()) {
         endForWantOfMemory();
     }
@@ -148,20 +148,20 @@ void iRPluginLive::disconnectFromSource() {
         return;
     }
     const QStringList debugLines = closeConnection();
-    const ConnectionGuard guard = guardConnection();
+    const ConnectionGuard guard(*this);
     static_cast<void>(irsdk::hasMemoryTo([&] {
         emit emitter.sendDisconnected();
         if (!guard.isDeleted()) {
             message(u"Disconnected"_s, 0);
         }
-        // A handler that connects must not be heard before the end of this connection.
+        // Last, because a log handler may connect: this connection must have ended by then.
         reader::writeDebugLines(debugLines);
     }));
 }
 
 /**
- * Done before the host hears of it, because a slot of the host may begin the next connection.
- * Returns what the debug log is to tell of the laps that were closed.
+ * Called before the host is told, because a slot of the host may begin the next connection. Returns
+ * the debug lines about the closed laps.
  */
 QStringList iRPluginLive::closeConnection() {
     endConnection();
@@ -192,7 +192,7 @@ void iRPluginLive::checkConnectionAvailability() {
     if (!failure) {
         irsdk_shutdown();
     }
-    const ConnectionGuard guard = guardConnection();
+    const ConnectionGuard guard(*this);
     logFailure(failure.value_or(irsdk_Error::None));
     if (guard.isSameConnection()) {
         static_cast<void>(irsdk::hasMemoryTo(
@@ -201,8 +201,8 @@ void iRPluginLive::checkConnectionAvailability() {
 }
 
 /**
- * Lets go of whatever the simulator's data take up. The reader goes as a whole: a part that was
- * interrupted for want of memory may be half changed.
+ * Releases the memory that the simulator's data take. The reader goes as a whole: a part of it that
+ * ran out of memory may be half changed.
  */
 void iRPluginLive::giveMemoryBack() {
     reader.reset();
@@ -221,20 +221,20 @@ void iRPluginLive::endForWantOfMemory() {
     const bool isNews = noteFailure(irsdk_Error::OutOfMemory);
     giveMemoryBack();
     disconnectFromSource();
-    // By now a slot may have deleted this object.
+    // A slot may have deleted this object: no member is used from here on.
     if (isNews) {
         writeFailure(irsdk_Error::OutOfMemory);
     }
 }
 
-/** A caller looks at its guard afterwards: the log's handler is the host's. */
+/** Callers check their guard afterwards: the message handler is the host's. */
 void iRPluginLive::logFailure(irsdk_Error error) {
     if (noteFailure(error)) {
         writeFailure(error);
     }
 }
 
-/** Whether the reason is to be logged: once, however often it is met. */
+/** Whether to log the error: only the first of equal ones in a row. */
 bool iRPluginLive::noteFailure(irsdk_Error error) {
     const bool isNews = isWorthALine(error) && error != loggedError;
     if (isNews) {

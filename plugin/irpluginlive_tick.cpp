@@ -11,17 +11,17 @@ using TLM::SDK::Sample;
 
 namespace {
 
-// So many ticks in a row may pass without a snapshot.
+// Ticks in a row that may pass without a snapshot.
 constexpr qint32 toleratedMisses = 100;
 
 }  // namespace
 
 void iRPluginLive::tick() {
-    // A slot of the host may run an event loop, and with it the timer, in the middle of a tick.
+    // A slot of the host may run an event loop, and so the timer, in the middle of a tick.
     if (!connected || isTicking) {
         return;
     }
-    const ConnectionGuard guard = guardConnection();
+    const ConnectionGuard guard(*this);
     isTicking = true;
     const auto endTick = qScopeGuard([this, &guard] {
         if (!guard.isDeleted()) {
@@ -64,8 +64,9 @@ bool iRPluginLive::processSnapshot(const ConnectionGuard& guard) {
     if (!irsdk_copyHeader(header) || dataBuffer.empty()) {
         return false;
     }
-    // A copy, because a slot of the host may have the buffer resized before the tick is over. It
-    // ends where the snapshot does: behind it the buffer holds what is left over from a longer one.
+    // A copy, because a slot of the host may cause the buffer to be resized before the tick is
+    // over. Only up to the end of the snapshot: the buffer may be longer, with old bytes of a
+    // longer one.
     snapshot.assign(dataBuffer.begin(), dataBuffer.begin() + irsdk_getDataLength());
     refreshSessionInfo(header);
     updateCarList();
@@ -85,7 +86,7 @@ bool iRPluginLive::processSnapshot(const ConnectionGuard& guard) {
 
 void iRPluginLive::refreshSessionInfo(const irsdk_header& header) {
     int update = 0;
-    // A text that is rewritten over and over while it is copied is tried again in the next tick.
+    // If the text keeps changing while it is copied, the next tick tries again.
     if (header.sessionInfoUpdate != lastSessionInfoUpdate &&
         irsdk_copySessionInfoStr(sessionInfo, update)) {
         lastSessionInfoUpdate = update;

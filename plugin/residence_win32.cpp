@@ -3,9 +3,8 @@
 namespace {
 
 /**
- * Keeps this library in the process until the process ends, whatever a host unloads: the types that
- * are registered with Qt and the laps that a host keeps point into it. A library for Linux is
- * linked so that it stays.
+ * Keeps this library loaded until the process ends, even if a host unloads it: types registered
+ * with Qt and laps that a host keeps point into it. On Linux a linker option does the same.
  */
 bool stayLoaded() {
     HMODULE library = nullptr;

@@ -34,7 +34,7 @@ bool SampleLists::hasRecordsOf(const Entry& entry, const iRTelemetryReader& read
            entry.recordsRevision == reader.recordsRevision();
 }
 
-/** The car records are there already. */
+/** Sets the values only: the car records are up to date. */
 void SampleLists::refill(Entry& entry, const iRTelemetryReader& reader) {
     int car = 0;
     for (Sample& sample : entry.samples) {

@@ -9,18 +9,18 @@
 #include <cstddef>
 
 /**
- * The lists in which the samples of a tick go to the host, used again and again.
+ * The lists in which the samples of a tick go to the host. They are reused.
  *
- * A list that the host keeps is never touched: the next tick takes another one, or a new one when
- * the host keeps them all. A list that it has let go of gives its values back first, because as
- * long as they stand in any list the reader cannot write to them.
+ * A list that the host keeps is never changed: the next tick uses another one, or a new one when
+ * the host keeps them all. A list that the host has released is emptied of its values first,
+ * because the reader cannot write to values that any list shares.
  */
 class SampleLists {
 public:
-    /** A list of the reader's samples that nobody else holds, good until the next call. */
+    /** A list of the reader's samples that the host does not hold, valid until the next call. */
     const QList<TLM::SDK::Sample>& fill(const iRTelemetryReader& reader);
 
-    /** Takes the values out of the lists that nobody else holds. */
+    /** Removes the values from the lists that the host does not hold. */
     void release();
 
 private:
@@ -35,7 +35,7 @@ private:
     static void refill(Entry& entry, const iRTelemetryReader& reader);
     static void fillAnew(Entry& entry, const iRTelemetryReader& reader);
 
-    // As many as the generations of values behind them.
+    // As many as a car's sample has generations of values.
     static constexpr std::size_t listCount = 4;
 
     std::array<Entry, listCount> m_lists;

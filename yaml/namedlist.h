@@ -13,9 +13,8 @@
 /**
  * Entries by name, each name once.
  *
- * They stand in the order in which they came. A text that is read again names them in that order,
- * so that findOrAdd() mostly finds what it looks for right behind what it found last, with one
- * comparison and without a look at the others.
+ * They are kept in the order in which they were added. A text that is read again names them in that
+ * order, so findOrAdd() mostly finds an entry right after the last one, with one comparison.
  */
 template <typename Entry>
 class NamedList {
@@ -26,16 +25,16 @@ public:
         return index == m_items.size() ? nullptr : &m_items[index].entry;
     }
 
-    /** An entry, and whether it was not there before. It stays where it is until the next one. */
+    /** An entry, and whether it was just added. The reference is valid until the next call. */
     struct Found {
         Entry& entry;
         bool isNew;
     };
 
     /**
-     * The entry under `name`; a default one is added when there is none. `model` is a list whose
-     * names are likely to be the same in the same order: a new entry shares the text of its name.
-     * A list that had no memory for an entry can be destroyed and nothing else.
+     * The entry under `name`; adds a default one if there is none. `model` is a list that probably
+     * has the same names in the same order: a new entry then shares the text of its name. After
+     * running out of memory, a list can only be destroyed.
      */
     Found findOrAdd(QStringView name, const NamedList* model = nullptr) {
         if (m_next >= m_items.size()) {
@@ -66,7 +65,7 @@ public:
 
     [[nodiscard]] bool isEmpty() const { return m_items.empty(); }
 
-    /** The entry that came last, which must exist. */
+    /** The entry that was added last, which must exist. */
     [[nodiscard]] Entry& last() { return m_items.back().entry; }
 
     void removeLast() {
@@ -80,7 +79,7 @@ private:
         Entry entry;
     };
 
-    // So few names are found by looking at one after the other, which needs no memory.
+    // Up to this many names are searched linearly, which needs no memory.
     static constexpr std::size_t maxScannedItems = 32;
 
     [[nodiscard]] std::size_t indexOf(QStringView name) const {
@@ -113,5 +112,5 @@ private:
     std::vector<Item> m_items;
     QHash<QStringView, std::size_t>
         m_indexes;           // empty while there are few; the items own the names
-    std::size_t m_next = 0;  // behind what was found last
+    std::size_t m_next = 0;  // after the entry found last
 };

@@ -4,8 +4,8 @@
 
 namespace {
 
-// A path cut before its last part: the nodes to walk, each followed by its slash, and the name
-// within the last of them.
+// A path split before its last part: the nodes to walk, each with its slash, and the name in the
+// last of them.
 struct SplitPath {
     QStringView nodes;
     QStringView name;
@@ -16,7 +16,7 @@ SplitPath splitPath(QStringView path) {
     return {path.first(nameAt), path.sliced(nameAt)};
 }
 
-// Takes the first part and its slash off `nodes`, which ends with a slash.
+// Removes the first part and its slash from `nodes`, which ends with a slash.
 QStringView takeFirstPart(QStringView& nodes) {
     const qsizetype slash = nodes.indexOf(u'/');
     const QStringView part = nodes.first(slash);
@@ -48,8 +48,8 @@ void TStringTree::noteChange() {
     *m_branchRevision = *m_revision;
 }
 
-// Deletes leaf by leaf, finding its way by the parents: a text can nest far deeper than the call
-// stack reaches, and there is nothing here that could fail.
+// Deletes leaf by leaf and goes back through the parents: a text can nest far deeper than the call
+// stack allows, and nothing here can fail.
 void TStringTree::clear() {
     TStringTree* node = this;
     while (node != this || !m_subs.isEmpty()) {
@@ -60,7 +60,7 @@ void TStringTree::clear() {
         if (node->m_subs.isEmpty()) {
             node = node->m_parent;
         }
-        // The last one is empty by now, or has a name alone because there was no memory for it.
+        // The last one is empty by now, or null because there was no memory for it.
         node->m_subs.removeLast();
         node->noteChange();
     }

@@ -13,14 +13,13 @@
  * A tree whose nodes hold named texts and named children, both listed in the order of their names
  * (case-sensitive, by UTF-16 code units).
  *
- * Nothing here reports an error: a text that is not there is a null text, a node that is not there
- * a null pointer.
+ * Nothing here reports an error: a missing text is a null text, a missing node a null pointer.
  *
- * A path names its parts by slashes, "DriverInfo/Drivers/7/UserName". Every slash separates: a
- * leading, trailing or doubled one names the empty key, and the empty path names the one part that
- * is empty.
+ * The parts of a path are separated by slashes, "DriverInfo/Drivers/7/UserName". Every slash
+ * separates: a leading, trailing or doubled one names the empty key, and the empty path is a single
+ * empty part.
  *
- * A node owns its children; pointers to them stay good until clear() or the node's end. Not
+ * A node owns its children; pointers to them are valid until clear() or the node's end. Not
  * thread-safe.
  */
 class TStringTree {
@@ -39,22 +38,22 @@ public:
     bool hasParent() const { return m_parent != nullptr; }
     TStringTree* parent() const { return m_parent; }
 
-    /** The text under `key`, a null text when there is none. */
+    /** The text under `key`, or a null text. */
     QString value(const QString& key) const { return value(QStringView(key)); }
     QString value(QStringView key) const;
 
-    /** The child under `key`, null when there is none. */
+    /** The child under `key`, or null. */
     TStringTree* sub(const QString& key) { return sub(QStringView(key)); }
     const TStringTree* sub(const QString& key) const { return sub(QStringView(key)); }
     TStringTree* sub(QStringView key);
     const TStringTree* sub(QStringView key) const;
 
-    /** Stores `value` under `key`. A text that is there already and equal is left alone. */
+    /** Stores `value` under `key`. An equal text is left alone. */
     void set(const QString& key, const QString& value);
-    /** The same for slices: neither key nor value is copied when nothing changes. */
+    /** The same for slices: copies neither key nor value when nothing changes. */
     void set(QStringView key, QStringView value);
 
-    /** The child under `key`, made when there is none. */
+    /** The child under `key`, created if missing. */
     TStringTree* addSub(const QString& key);
     TStringTree* addSub(QStringView key);
 
@@ -62,21 +61,21 @@ public:
     TStringTree* pathSub(const QString& path);
     const TStringTree* pathSub(const QString& path) const;
 
-    /** The text that `path` names, its last part being the text's key, or a null text. */
+    /** The text at `path`, whose last part is the text's key, or a null text. */
     QString pathValue(const QString& path) const;
 
-    /** Stores `value` at `path`, making the nodes on the way. */
+    /** Stores `value` at `path`, creating the nodes on the way. */
     void pathSet(const QString& path, const QString& value);
 
     /**
-     * A number that grows with every change anywhere in the tree that this node belongs to, so that
-     * what was derived from the tree need not be derived again while nothing changed.
+     * A number that grows with every change anywhere in this node's tree, so that whatever is
+     * derived from the tree need not be derived again while nothing has changed.
      */
     std::uint64_t revision() const { return *m_revision; }
 
     /**
-     * The tree's revision as of the last change in this node's branch: the child of the root that
-     * it is or lies below. For the root it is revision().
+     * The tree's revision at the last change in this node's branch, which begins at a child of the
+     * root. For the root it is revision().
      */
     std::uint64_t branchRevision() const { return *m_branchRevision; }
 

@@ -9,8 +9,8 @@ namespace {
 
 constexpr qsizetype kSeparatorLength = 2;
 
-// Where `text` holds the first ": ", or -1. Most texts have one colon, which a search for a single
-// character finds many times faster than one for two.
+// The place of the first ": " in `text`, or -1. Most texts have one colon, and a search for a
+// single character is many times faster than one for two.
 qsizetype firstSeparator(QStringView text) {
     qsizetype colon = text.indexOf(u':');
     while (colon >= 0 && colon + 1 < text.size() && text[colon + 1] != u' ') {
@@ -19,7 +19,7 @@ qsizetype firstSeparator(QStringView text) {
     return colon + 1 < text.size() ? colon : -1;
 }
 
-// A line and what its beginning says.
+// A line and its indentation.
 struct Line {
     explicit Line(QStringView lineText) : text(lineText) {
         while (leadingSpaces < text.size() && text[leadingSpaces] == u' ') {
@@ -42,12 +42,12 @@ struct Line {
     bool hasDash;
 };
 
-// A blank line has no indentation, so that none is opened before it.
+// No section opens before a blank line, which has no indentation.
 bool opensSection(const Line& line, const Line& following) {
     return !line.hasDash && following.indentation() > line.indentation();
 }
 
-// Hands out the lines that end with a line break; what follows the last break is no line.
+// Gives the lines that end with a line break; text after the last break is not a line.
 class ClosedLines {
 public:
     explicit ClosedLines(QStringView text) : m_rest(text) {}
@@ -66,20 +66,19 @@ private:
     QStringView m_rest;
 };
 
-// Puts line after line into a tree.
 class TreeBuilder {
 public:
     explicit TreeBuilder(TStringTree* root) : m_node(root) {}
 
     // `following` is the line after `line`, if there is one.
     //
-    // A section line is always followed by a deeper one, else it would be none. So two sections
-    // side by side need no step up between them: the lines of the first lie between.
+    // A section line is always followed by a deeper line. So two sections at the same level need no
+    // step up between them: the lines of the first are in between.
     void take(const Line& line, const std::optional<Line>& following) {
         if (line.text.isEmpty()) {
             return;
         }
-        // A line of spaces counts as what the line before it was.
+        // A line of spaces is of the same kind as the line before it.
         if (!line.isBlank) {
             m_isListItem = line.hasDash;
         }
@@ -88,7 +87,7 @@ public:
         climbTo(line.indentation());
         m_indentation = line.indentation();
 
-        // Only a line of spaces can be both, and then the way it was reached decides.
+        // Only a line of spaces can be both; then it depends on whether the line climbs.
         if (isSection && !(climbs && m_isListItem)) {
             openSection(line.text);
         } else if (m_isListItem) {
@@ -99,8 +98,8 @@ public:
     }
 
 private:
-    // One level a column. A text that jumped inwards by several columns in one line leads above
-    // where it began, and at the root that ends.
+    // One level per column. If one line was indented by several columns, the way back leads higher
+    // than where it began, at most to the root.
     void climbTo(qsizetype indentation) {
         for (; m_indentation > indentation && m_node->hasParent(); --m_indentation) {
             m_node = m_node->parent();
