@@ -5,27 +5,27 @@
 namespace bench {
 
 /**
- * How often this thread has taken memory since it began, by whatever way: the program's own
- * malloc family stands before the C library's, and the shared libraries' calls end there too.
+ * The number of allocations of this thread since it began, those of shared libraries included: the
+ * program's own malloc family replaces that of the C library.
  */
 [[nodiscard]] std::uint64_t allocationCount();
 
 /**
- * Has memory that was freed stay with the program, as it does in a program that has recorded laps
- * for a while: the pages of the next laps are there already.
+ * Keeps freed memory in the program, as in one that has recorded laps for a while: the pages of the
+ * next laps are mapped already.
  */
 void keepFreedMemory();
 
-/** Gives freed memory back to the system, so that what follows begins as a new program does. */
+/** Returns freed memory to the system, so that the next measurement starts like a new program. */
 void giveBackFreedMemory();
 
 /**
- * Has the allocator join what was freed piece by piece, which else falls to whoever asks for a
- * large piece next, in the middle of its measured time.
+ * Has the allocator merge freed chunks now. Otherwise the next large allocation would do that,
+ * within its measured time.
  */
-void settleFreedMemory();
+void mergeFreedMemory();
 
-/** The allocations of a stretch of work. */
+/** Counts the allocations since it was created. */
 class AllocationMeter {
 public:
     AllocationMeter() : m_start(allocationCount()) {}

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <malloc.h>
 
-// The C library's own entry points, which it keeps for programs that put themselves before malloc.
+// The C library's own entry points, which it offers to programs that replace malloc.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -32,12 +32,12 @@ void bench::giveBackFreedMemory() {
     malloc_trim(0);
 }
 
-void bench::settleFreedMemory() {
+void bench::mergeFreedMemory() {
     constexpr std::size_t largePiece = 1 << 20;  // bytes
     std::free(std::malloc(largePiece));
 }
 
-// operator new and Qt's containers take their memory through these; what is freed is not counted.
+// operator new and Qt's containers allocate through these. Freeing is not counted.
 extern "C" {
 
 [[gnu::visibility("default")]] void* malloc(std::size_t size) noexcept {

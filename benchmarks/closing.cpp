@@ -1,7 +1,6 @@
 // What it costs when all cars close a lap of 90 seconds in one tick.
 
 #include "benchmarks/contest.h"
-#include "benchmarks/figure.h"
 #include "benchmarks/figures.h"
 #include "benchmarks/obvious/reader.h"
 #include "benchmarks/workload.h"
@@ -21,8 +20,8 @@ constexpr int ticksPerLap = 5400;
 constexpr int rounds = 3;
 
 /**
- * A reader at the end of everybody's second lap, as at a session's end: what the first closed lap
- * of a car settles is settled.
+ * A reader at the end of all second laps, as at a session's end. A car's first closed lap, which
+ * costs more, is over.
  */
 template <typename Reader>
 class LapEnd {
@@ -36,7 +35,7 @@ public:
         sample(secondResultTick);
     }
 
-    /** The own car's lap ends with the session; the others' results have moved on. */
+    /** The own car's lap ends with the session, the others' laps with new results. */
     void closeAll() {
         m_reader.processData();
         m_reader.processLap(ownCar, false);
@@ -53,7 +52,7 @@ public:
     }
 
 private:
-    // A second behind the line of the slowest car: all results are in.
+    // A second after the slowest car has crossed the line: all results are in.
     static constexpr int firstResultTick = ticksPerLap + 400;
     static constexpr int secondResultTick = 2 * ticksPerLap + 800;
     static constexpr int shortestLap = ticksPerLap * 9 / 10;  // samples
@@ -96,7 +95,7 @@ public:
     double round() {
         const double seconds = m_contest.round();
         if (!m_fast->isEveryLapClosed() || !m_obvious->isEveryLapClosed()) {
-            std::abort();  // what is measured here does not happen
+            std::abort();  // laps were not closed, so the time means nothing
         }
         return seconds;
     }
@@ -121,7 +120,7 @@ private:
         end = std::make_unique<End>(m_workload);
     }
 
-    /** What closing cannot do without: new lists with as many numbers. */
+    /** The least that closing must do: fill new lists with as many numbers. */
     void writeDerivedChannels() {
         for (int i = 0; i < (carCount - 1) * derivedChannels; ++i) {
             m_derived.append(QList<double>(ticksPerLap, 1.0));

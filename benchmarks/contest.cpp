@@ -1,9 +1,8 @@
 #include "benchmarks/contest.h"
 
-#include "benchmarks/threadclock.h"
-
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <utility>
 
 namespace bench {
@@ -27,10 +26,12 @@ double median(std::vector<double> numbers) {
                                    : (numbers[middle - 1] + numbers[middle]) / 2.0;
 }
 
-double secondsOf(const std::function<void()>& work) {
-    const double start = threadSeconds();
-    work();
-    return threadSeconds() - start;
+double threadSeconds() {
+    constexpr double secondsPerNanosecond = 1e-9;
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) +
+           static_cast<double>(time.tv_nsec) * secondsPerNanosecond;
 }
 
 void Contest::add(const std::string& name, double units, std::function<void()> work,
@@ -45,7 +46,9 @@ double Contest::round() {
         if (contender.prepare) {
             contender.prepare();
         }
-        contender.seconds.push_back(secondsOf(contender.work) / contender.units);
+        const double start = threadSeconds();
+        contender.work();
+        contender.seconds.push_back((threadSeconds() - start) / contender.units);
     }
     ++m_rounds;
     return m_contenders.front().seconds.back() * m_contenders.front().units;

@@ -6,36 +6,39 @@
 
 namespace bench {
 
-/** The middle of some numbers; the mean of the middle two of an even number. 0 of none. */
+/** 0 for no numbers. */
 [[nodiscard]] double median(std::vector<double> numbers);
 
-/** The number below which `part` (0 to 1) of the numbers lie. 0 of none. */
+/** The number below which `part` (0 to 1) of the numbers lie. 0 for no numbers. */
 [[nodiscard]] double percentile(std::vector<double> numbers, double part);
 
-/** Seconds of processor time that some work takes. */
-[[nodiscard]] double secondsOf(const std::function<void()>& work);
+/**
+ * Seconds of processor time that this thread has used, in user and system mode. Other programs do
+ * not count, so that a busy machine changes the result less. No measured work sleeps.
+ */
+[[nodiscard]] double threadSeconds();
 
 /**
- * Several ways to do the same work, taking turns. In each round everybody has a turn, and another
- * one begins, so that a slow moment of the machine meets all alike; ratios are formed within a
- * round and the median of the rounds counts.
+ * Several ways to do the same work, taking turns. Each of them has a turn in each round, and
+ * another one goes first each time, so that a slow moment of the machine affects all of them
+ * equally. Ratios are taken within a round, and the median of the rounds counts.
  */
 class Contest {
 public:
     /**
-     * `work` does its work `units` times, and times are given for one; `prepare` is called before
+     * `work` does its work `units` times, and results are for one unit; `prepare` is called before
      * each turn and not timed.
      */
     void add(const std::string& name, double units, std::function<void()> work,
              std::function<void()> prepare = {});
 
-    /** A turn for everybody; the seconds of the first one's turn. */
+    /** One turn for each; returns the seconds of the first one's turn. */
     double round();
 
     /** Median seconds of one unit. */
     [[nodiscard]] double seconds(const std::string& name) const;
 
-    /** Median over the rounds of the time of `name` by the time of `reference`. */
+    /** Median over the rounds of the time of `name` divided by the time of `reference`. */
     [[nodiscard]] double ratio(const std::string& name, const std::string& reference) const;
 
 private:

@@ -2,7 +2,6 @@
 
 #include "benchmarks/blockfile.h"
 #include "benchmarks/contest.h"
-#include "benchmarks/figure.h"
 #include "benchmarks/figures.h"
 #include "benchmarks/standin.h"
 #include "benchmarks/workload.h"

@@ -1,4 +1,4 @@
-// Measures what a tick costs, as ratios against other ways to do the same work in the same process.
+// Measures what a tick costs, as ratios to other ways to do the same work in the same process.
 //
 //   rataip-bench [--check] [--plot FILE] [options of Google Benchmark]
 //
@@ -26,7 +26,7 @@ struct Options {
     std::string plotFile;
 };
 
-/** Takes our own options out of `arguments` and leaves the rest. */
+/** Removes our own options from `arguments`. */
 Options takeOptions(std::vector<char*>& arguments) {
     Options options;
     std::vector<char*> rest;
@@ -43,7 +43,7 @@ Options takeOptions(std::vector<char*>& arguments) {
     return options;
 }
 
-/** Says on the error stream what has been measured, so that the table stands alone. */
+/** Reports progress on the error stream, so that standard output is the table only. */
 class Progress : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context& /*context*/) override { return true; }

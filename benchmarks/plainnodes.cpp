@@ -9,8 +9,6 @@ namespace bench {
 
 namespace {
 
-constexpr std::string_view perCarPrefix = "CarIdx";
-
 bool isPerCar(const irsdk_varHeader& variable) {
     return std::string_view(variable.name).starts_with(perCarPrefix);
 }
@@ -21,7 +19,7 @@ PlainNodes::PlainNodes(const std::vector<irsdk_varHeader>& table) {
     for (const irsdk_varHeader& variable : table) {
         m_columns.push_back({variable.type, variable.offset, {}});
     }
-    // Car by car, as the entries of a sample's map come into being one behind the other.
+    // Car by car, because the entries of one sample's map are allocated one after another.
     for (int car = 0; car < carCount; ++car) {
         for (std::size_t i = 0; i < table.size(); ++i) {
             const bool isStored = isPerCar(table[i]) != (car == ownCar);
@@ -31,7 +29,7 @@ PlainNodes::PlainNodes(const std::vector<irsdk_varHeader>& table) {
             if (isPerCar(table[i])) {
                 m_columns[i].nodes.push_back(isStored ? m_nodes.back().get() : nullptr);
             } else if (isStored) {
-                // Of an array of the own car the last element is what remains.
+                // Of an array of the own car the last element is kept.
                 m_columns[i].offset +=
                     (table[i].count - 1) * static_cast<int>(irsdk_varTypeSize(table[i].type));
                 m_columns[i].nodes.push_back(m_nodes.back().get());

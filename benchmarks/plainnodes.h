@@ -11,9 +11,9 @@
 namespace bench {
 
 /**
- * The least that sampling can be: the same readings stored, in the same order, into nodes of the
- * same size that lie where an allocator puts them, found through a pointer each. There are no
- * names, no units, no variants and nobody to share with.
+ * The least work that sampling can be: it stores the same readings in the same order into nodes of
+ * the same size, each allocated separately and reached through a pointer. There are no names, units
+ * or variants, and nothing is shared.
  */
 class PlainNodes {
 public:
@@ -25,9 +25,9 @@ public:
     void store(const char* snapshot);
 
 private:
-    // Links, name, variant and unit of an entry of a sample's map take as much.
+    // The size of an entry of a sample's map: links, name, variant and unit.
     static constexpr std::size_t bytesBefore = 56;
-    static constexpr std::size_t bytesBehind = 48;
+    static constexpr std::size_t bytesAfter = 48;
 
     struct Node {
         std::array<char, bytesBefore> before;
@@ -37,10 +37,10 @@ private:
             double real;
             bool truth;
         };
-        std::array<char, bytesBehind> behind;
+        std::array<char, bytesAfter> after;
     };
 
-    /** A variable and the nodes that its elements go to; null for one that goes nowhere. */
+    /** A variable and the nodes of its elements; null for an element that is not stored. */
     struct Column {
         std::int32_t type;
         std::int32_t offset;

@@ -22,7 +22,7 @@ constexpr double bottom = 50.0;
 constexpr double shortest = 1e-5;  // seconds at the lower edge
 constexpr double longest = 1e-1;   // and at the upper one
 
-// A point of a line stands for so many ticks.
+// Ticks per point of a line.
 constexpr std::size_t stretch = 45;
 
 struct Line {

@@ -5,7 +5,7 @@
 
 namespace bench {
 
-/** Tick times of a race in seconds, under a name. */
+/** Tick times of a race in seconds, and their label. */
 struct PlottedTicks {
     std::string name;
     std::vector<double> seconds;
@@ -13,8 +13,8 @@ struct PlottedTicks {
 
 /**
  * Writes an SVG file with tick time over the race, on a logarithmic scale: the median, the 99th
- * percentile and the worst of every stretch of the race. A file that cannot be written is reported
- * on the error stream.
+ * percentile and the worst of every stretch of the race. Reports a file that cannot be written on
+ * the error stream.
  */
 void writePlot(const std::string& file, int ticksPerLap, const std::vector<PlottedTicks>& races);
 

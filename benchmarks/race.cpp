@@ -1,14 +1,12 @@
-// What a tick costs over a race: from the link's copy to the last signal, with 64 cars recording.
+// What a tick costs over a race, from the link's copy to the last signal, with 64 cars recording.
 
 #include "benchmarks/allocations.h"
 #include "benchmarks/contest.h"
-#include "benchmarks/figure.h"
 #include "benchmarks/figures.h"
 #include "benchmarks/obvious/plugin.h"
 #include "benchmarks/physicalfloor.h"
 #include "benchmarks/plot.h"
 #include "benchmarks/standin.h"
-#include "benchmarks/threadclock.h"
 #include "benchmarks/workload.h"
 #include "irsdk/irsdk.h"
 #include "plugin/irpluginlive.h"
@@ -39,14 +37,14 @@ constexpr int ticksPerLap = 5400;
 constexpr int raceTicks = laps * ticksPerLap;
 constexpr int races = 3;
 
-// The obvious way goes along until the last car has closed its first lap, for the sake of the
-// measurement's length. Its worst tick of the whole race can only be worse.
+// To save time, the obvious way only runs until the last car has closed its first lap. Its worst
+// tick of the whole race can only be worse.
 constexpr int obviousTicks = ticksPerLap + ticksPerLap / 10;
 
-// The two ways take turns of this length over the same ticks of the race.
+// The two ways take turns of this length, over the same ticks of the race.
 constexpr int turnTicks = 60;
 
-// In the first ticks every car begins its lap at once.
+// All cars begin their laps in the first ticks.
 constexpr int startTicks = 60;
 
 // The simulator rewrites its text at most this often.
@@ -62,7 +60,7 @@ public:
                          [this](const QSharedPointer<Lap>& lap) { m_laps.append(lap); });
     }
 
-    /** The number of laps that came; they are let go, away from the measured tick. */
+    /** Releases the laps, outside the measured tick; returns their number. */
     int takeLaps() {
         const auto count = static_cast<int>(m_laps.size());
         m_laps.clear();
@@ -163,7 +161,7 @@ private:
                                    seconds.begin());
     }
 
-    /** The ticks that all ways drive, turn by turn. */
+    /** The ticks that all ways run, turn by turn. */
     double startTogether(Runner<iRPluginLive>& fast) {
         Runner<obvious::Plugin> obvious;
         PhysicalFloor floor(m_workload, ticksPerLap);
@@ -181,7 +179,7 @@ private:
         return seconds;
     }
 
-    /** The first look at a link that was opened afresh takes no snapshot; the next one does. */
+    /** The first look at a newly opened link takes no snapshot; the next one does. */
     template <typename Plugin>
     void connect(Runner<Plugin>& runner) {
         m_standIn.publishResults(m_workload.results(0));

@@ -11,7 +11,7 @@ namespace {
 std::string numberText(double number) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.3g", number);
-    // Large numbers in full: counts and ratios, never powers of ten.
+    // Large numbers in full, without an exponent.
     constexpr double threeDigits = 1000.0;
     if (number >= threeDigits) {
         std::snprintf(text.data(), text.size(), "%.0f", number);

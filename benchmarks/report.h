@@ -6,7 +6,7 @@
 
 namespace bench {
 
-/** What a figure has to reach. */
+/** The limit of a figure. */
 struct Floor {
     enum class Kind { AtLeast, AtMost };
     Kind kind;
@@ -28,7 +28,7 @@ struct Floor {
 /** Collects figures and prints them as one table. */
 class Report {
 public:
-    /** A figure with its floor; without one it is there for information. */
+    /** A figure with its floor; without a floor it is for information only. */
     void add(const std::string& figure, double measured, std::optional<Floor> floor,
              const std::string& remark = {});
 
@@ -36,7 +36,7 @@ public:
 
     [[nodiscard]] bool isEmpty() const { return m_rows.empty(); }
 
-    /** Whether every figure reaches its floor; a report without figures has shown nothing. */
+    /** Whether every figure reaches its floor; false for a report without figures. */
     [[nodiscard]] bool isPassed() const;
 
 private:

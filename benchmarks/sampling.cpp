@@ -2,7 +2,6 @@
 
 #include "benchmarks/allocations.h"
 #include "benchmarks/contest.h"
-#include "benchmarks/figure.h"
 #include "benchmarks/figures.h"
 #include "benchmarks/obvious/reader.h"
 #include "benchmarks/plainnodes.h"
@@ -54,17 +53,7 @@ private:
     QList<QList<Sample>> m_lists;
 };
 
-/** The list of a tick as the plugin's tick makes it. */
-class FastLists {
-public:
-    const QList<Sample>& fill(const iRTelemetryReader& reader) { return m_lists.fill(reader); }
-    void release() { m_lists.release(); }
-
-private:
-    SampleLists m_lists;
-};
-
-/** The list of a tick as the obvious tick makes it. */
+/** The list of a tick as the obvious way makes it; the fast one is SampleLists. */
 class ObviousLists {
 public:
     const QList<Sample>& fill(obvious::Reader& reader) {
@@ -80,7 +69,7 @@ private:
     QList<Sample> m_samples;
 };
 
-/** A reader, fast or obvious, that samples snapshots and emits them as the plugin's tick does. */
+/** Samples snapshots with a reader, fast or obvious, and emits them as the plugin's tick does. */
 template <typename Reader, typename Lists>
 class Sampler {
 public:
@@ -113,7 +102,7 @@ private:
     Host m_host;
 };
 
-using FastSampler = Sampler<iRTelemetryReader, FastLists>;
+using FastSampler = Sampler<iRTelemetryReader, SampleLists>;
 using ObviousSampler = Sampler<obvious::Reader, ObviousLists>;
 
 std::vector<std::vector<char>> snapshotsOf(const Workload& workload) {
@@ -133,7 +122,7 @@ public:
           m_snapshots(snapshotsOf(m_workload)),
           m_fast(m_workload, keptLists),
           m_obvious(m_workload, keptLists) {
-        // What a host keeps cannot be stored into: the stores go to as many sets of nodes in turn.
+        // Values that a host keeps cannot be overwritten, so the stores use several sets of nodes.
         for (qsizetype i = 0; i <= keptLists; ++i) {
             m_nodes.emplace_back(m_workload.table());
         }
@@ -146,7 +135,7 @@ public:
             benchmark::DoNotOptimize(m_nodes.data());
             benchmark::ClobberMemory();
         });
-        // Until everything that is resolved once has been, and every kept list is there.
+        // Warms up: resolves what is resolved once, and fills the host's kept lists.
         run(m_fast, fastTicks);
         run(m_obvious, obviousTicks);
     }
@@ -187,7 +176,7 @@ private:
     Contest m_contest;
 };
 
-/** With every list kept, every tick has to make new maps: what counts is the copy of a map. */
+/** If the host keeps every list, every tick makes new maps: the cost is that of copying a map. */
 class EveryListKeptFigure {
 public:
     EveryListKeptFigure()
@@ -197,7 +186,7 @@ public:
         const auto clear = [this] {
             m_fast.host().clear();
             m_copies.clear();
-            settleFreedMemory();
+            mergeFreedMemory();
         };
         m_contest.add(
             "fast", fastTicks, [this] { run(); }, clear);

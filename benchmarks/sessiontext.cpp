@@ -2,7 +2,6 @@
 
 #include "benchmarks/allocations.h"
 #include "benchmarks/contest.h"
-#include "benchmarks/figure.h"
 #include "benchmarks/figures.h"
 #include "benchmarks/obvious/texttree.h"
 #include "benchmarks/workload.h"
@@ -28,7 +27,7 @@ std::string describe(const std::string& text) {
     return std::to_string(text.size() / 1000) + " kB";
 }
 
-/** Has every event of the text made, looks at none, and gives each back as its reader has to. */
+/** Creates every event of the text, ignores it, and frees it as a reader has to. */
 void runEvents(const std::string& text) {
     yaml_parser_t parser;
     yaml_parser_initialize(&parser);
@@ -47,8 +46,8 @@ void runEvents(const std::string& text) {
 }
 
 /**
- * Into an empty tree. What the trees hold is given back outside the measured time. Events are no
- * tree: they are given back one by one within it.
+ * Parsing into an empty tree. The trees are freed outside the measured time, the events one by one
+ * within it.
  */
 class FirstParseFigure {
 public:
@@ -87,13 +86,13 @@ private:
     Contest m_contest;
 };
 
-/** Into a tree that has read an earlier text. */
+/** Parsing into a tree that has read an earlier text. */
 class AgainFigure {
 public:
     AgainFigure(const char* title, bool changed, double allowedAllocations)
         : m_title(title), m_allowedAllocations(allowedAllocations) {
         const Workload workload(ticksPerLap);
-        // Every car is a lap further in the second text.
+        // If changed, every car is a lap further in the second text.
         m_texts = {workload.sessionText(workload.results(2 * ticksPerLap)),
                    workload.sessionText(workload.results((changed ? 3 : 2) * ticksPerLap))};
         m_fast.setYaml(m_texts[1].c_str());
@@ -142,13 +141,13 @@ private:
 }  // namespace
 
 void registerSessionText(Report& report) {
-    // The decoded text is one; a few more would be no matter.
-    constexpr double nextToNothing = 8.0;
+    // One for the decoded text, and a few more that do not matter.
+    constexpr double fewAllocations = 8.0;
     registerFigure<FirstParseFigure>(report, "sessionText/first", rounds);
     registerFigure<AgainFigure>(report, "sessionText/same", rounds, "same again", false,
-                                nextToNothing);
+                                fewAllocations);
     registerFigure<AgainFigure>(report, "sessionText/changed", rounds, "384 values changed", true,
-                                changedValues + nextToNothing);
+                                changedValues + fewAllocations);
 }
 
 }  // namespace bench

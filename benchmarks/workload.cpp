@@ -10,40 +10,39 @@ namespace bench {
 
 namespace {
 
-constexpr std::string_view perCarPrefix = "CarIdx";
 constexpr int resultsDelayTicks = 60;
 constexpr int quietChangeInterval = 40;  // ticks between two changes of a quiet array's element
 constexpr double trackMetres = 5510.0;
 
-struct OwnVariable {
+struct Variable {
     const char* name;
     irsdk_VarType type;
     const char* unit;
 };
 
-// What the recorder looks at; the rest is named after what a car has.
+// The variables that the recorder reads; the others have made-up names.
 constexpr std::array ownClock{
-    OwnVariable{"SessionTime", irsdk_double, "s"},
-    OwnVariable{"SessionTick", irsdk_int, ""},
-    OwnVariable{"SessionNum", irsdk_int, ""},
-    OwnVariable{"SessionState", irsdk_int, "irsdk_SessionState"},
-    OwnVariable{"SessionTimeRemain", irsdk_double, "s"},
-    OwnVariable{"IsOnTrack", irsdk_bool, ""},
-    OwnVariable{"OnPitRoad", irsdk_bool, ""},
-    OwnVariable{"PlayerCarInPitStall", irsdk_bool, ""},
-    OwnVariable{"Lap", irsdk_int, ""},
-    OwnVariable{"LapCompleted", irsdk_int, ""},
-    OwnVariable{"LapDistPct", irsdk_float, "%"},
-    OwnVariable{"LapCurrentLapTime", irsdk_float, "s"},
-    OwnVariable{"LapLastLapTime", irsdk_float, "s"},
-    OwnVariable{"FuelLevel", irsdk_float, "l"},
-    OwnVariable{"ReplayPlaySpeed", irsdk_int, ""},
-    OwnVariable{"Speed", irsdk_float, "m/s"},
-    OwnVariable{"Yaw", irsdk_float, "rad"},
-    OwnVariable{"EnergyBatteryToMGU_KLap", irsdk_float, "%"},
-    OwnVariable{"EnergyMGU_KLapDeployPct", irsdk_float, "%"},
-    OwnVariable{"DisplayUnits", irsdk_int, ""},
-    OwnVariable{"PlayerCarSLFirstRPM", irsdk_float, "revs/min"},
+    Variable{"SessionTime", irsdk_double, "s"},
+    Variable{"SessionTick", irsdk_int, ""},
+    Variable{"SessionNum", irsdk_int, ""},
+    Variable{"SessionState", irsdk_int, "irsdk_SessionState"},
+    Variable{"SessionTimeRemain", irsdk_double, "s"},
+    Variable{"IsOnTrack", irsdk_bool, ""},
+    Variable{"OnPitRoad", irsdk_bool, ""},
+    Variable{"PlayerCarInPitStall", irsdk_bool, ""},
+    Variable{"Lap", irsdk_int, ""},
+    Variable{"LapCompleted", irsdk_int, ""},
+    Variable{"LapDistPct", irsdk_float, "%"},
+    Variable{"LapCurrentLapTime", irsdk_float, "s"},
+    Variable{"LapLastLapTime", irsdk_float, "s"},
+    Variable{"FuelLevel", irsdk_float, "l"},
+    Variable{"ReplayPlaySpeed", irsdk_int, ""},
+    Variable{"Speed", irsdk_float, "m/s"},
+    Variable{"Yaw", irsdk_float, "rad"},
+    Variable{"EnergyBatteryToMGU_KLap", irsdk_float, "%"},
+    Variable{"EnergyMGU_KLapDeployPct", irsdk_float, "%"},
+    Variable{"DisplayUnits", irsdk_int, ""},
+    Variable{"PlayerCarSLFirstRPM", irsdk_float, "revs/min"},
 };
 
 constexpr std::array corners{"LF", "RF", "LR", "RR"};
@@ -57,14 +56,8 @@ constexpr std::array systemReadings{"Temp",   "Press",  "Level", "Rate", "Angle"
                                     "Torque", "Limit",  "Mode",  "Flag", "Power", "Load",
                                     "Bias",   "Offset", "State", "Raw",  "Delta"};
 
-struct PerCarVariable {
-    const char* name;
-    irsdk_VarType type;
-    const char* unit;
-};
-
 // The first 13 change in every tick.
-constexpr std::array<PerCarVariable, perCarVariableCount> perCarVariables{{
+constexpr std::array<Variable, perCarVariableCount> perCarVariables{{
     {"LapDistPct", irsdk_float, "%"},
     {"EstTime", irsdk_float, "s"},
     {"F2Time", irsdk_float, "s"},
@@ -142,7 +135,7 @@ double fraction(double laps) {
     return laps - std::floor(laps);
 }
 
-/** Grows a session text line by line, one column a level. */
+/** Builds a session text line by line. */
 class TextBuilder {
 public:
     void line(int indentation, const std::string& text) {
@@ -358,7 +351,7 @@ void Workload::addVariable(const std::string& name, irsdk_VarType type, int coun
 }
 
 void Workload::addOwnVariables() {
-    for (const OwnVariable& own : ownClock) {
+    for (const Variable& own : ownClock) {
         addVariable(own.name, own.type, 1, own.unit);
     }
     for (const char* const corner : corners) {
@@ -381,7 +374,7 @@ void Workload::addOwnVariables() {
 }
 
 void Workload::addPerCarVariables() {
-    for (const PerCarVariable& perCar : perCarVariables) {
+    for (const Variable& perCar : perCarVariables) {
         addVariable(std::string(perCarPrefix) + perCar.name, perCar.type, carCount, perCar.unit);
     }
 }

@@ -10,6 +10,7 @@
 namespace bench {
 
 inline constexpr int carCount = 64;
+inline constexpr const char* perCarPrefix = "CarIdx";
 inline constexpr int ownCar = 5;
 inline constexpr int ownVariableCount = 300;
 inline constexpr int perCarVariableCount = 36;
@@ -27,17 +28,17 @@ struct CarResult {
 using Results = std::array<CarResult, carCount>;
 
 /**
- * The fixed work of every measurement: a race of 64 cars as a simulator publishes it, with 300
- * variables of the own car, 36 arrays with an element for each car, of which 13 change in every
- * tick and the others rarely, and a session text of about 120 kB. It depends on nothing but the
- * tick's number, so that it is the same whenever and however often it is asked for.
+ * The fixed work of every measurement: a race of 64 cars as a simulator publishes it. It has 300
+ * variables of the own car, 36 arrays with one element per car, of which 13 change in every tick
+ * and the others rarely, and a session text of about 120 kB. It depends only on the tick's number,
+ * so every run gets the same data.
  */
 class Workload {
 public:
     /** A race whose fastest car needs `ticksPerLap` ticks for a lap. */
     explicit Workload(int ticksPerLap);
 
-    /** The fields of the header that a reader of snapshots looks at. */
+    /** A header with the fields that a reader of snapshots needs. */
     [[nodiscard]] irsdk_header header() const;
     [[nodiscard]] const std::vector<irsdk_varHeader>& table() const { return m_table; }
     [[nodiscard]] int bufferLength() const { return m_bufferLength; }
@@ -46,7 +47,7 @@ public:
     [[nodiscard]] std::vector<char> snapshot(int tick) const;
     void fill(char* snapshot, int tick) const;
 
-    /** The results that the text shows at a tick: they follow the line by a second. */
+    /** The results in the text at a tick, which come a second after the line is crossed. */
     [[nodiscard]] Results results(int tick) const;
 
     /** A session text with these results. */
@@ -67,7 +68,7 @@ private:
     int m_ticksPerLap;
     int m_bufferLength = 0;
     std::vector<irsdk_varHeader> m_table;
-    std::vector<char> m_start;  // a snapshot with what never changes
+    std::vector<char> m_start;  // a snapshot with the values that never change
 };
 
 }  // namespace bench

@@ -6,9 +6,9 @@
 namespace obvious {
 
 /**
- * Appends a sample to the lap's recorded channels as one writes it down first with the operations
- * that the classes offer: the two sorted lists of names are walked side by side, and values and
- * channels are asked for by name.
+ * Appends a sample to the lap's recorded channels in the obvious way, with the public operations of
+ * the classes: it walks the two sorted lists of names in parallel and looks up values and channels
+ * by name.
  */
 void addSample(TLM::SDK::Lap& lap, const TLM::SDK::Sample& sample);
 

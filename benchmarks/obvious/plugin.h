@@ -9,8 +9,8 @@
 namespace obvious {
 
 /**
- * The plugin's connection and tick as one writes them down first, over the same link. There is no
- * timer and no end of the connection here: what is measured is a tick that finds a snapshot.
+ * The plugin's connection and tick in the obvious way, over the same link. It has no timer and
+ * never disconnects: only ticks that find a snapshot are measured.
  */
 class Plugin {
 public:
@@ -18,7 +18,7 @@ public:
 
     TLM::SDK::DataEmitter* dataEmitter() { return &m_emitter; }
 
-    /** Takes the session text and announces the cars; false when there is no fresh snapshot. */
+    /** Reads the session text and announces the cars; false when there is no fresh snapshot. */
     bool connectToSource();
 
     /** False when there was no new snapshot. */

@@ -4,6 +4,7 @@
 #include "reader/numbers.h"
 
 #include <QDebug>
+#include <QHash>
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +16,7 @@ using namespace Qt::StringLiterals;
 using TLM::SDK::CarStatus;
 using TLM::SDK::DynamicData;
 using TLM::SDK::Sample;
+using TLM::SDK::Session;
 using TLM::SDK::Value;
 
 namespace {
@@ -39,21 +41,16 @@ QVariant read(const DynamicData& values, const QString& name) {
     return values.value(name).value;
 }
 
-void settleSessionType(RecorderSample& current, const QString& type) {
-    if (type == u"Race") {
-        current.sessionType = 5;
-    } else if (type == u"Offline testing") {
-        current.sessionType = 0;
-    } else if (type == u"Qualify") {
-        current.sessionType = 2;
-    } else if (type == u"Practice") {
-        current.sessionType = 1;
-    } else if (type == u"Warmup") {
-        current.sessionType = 3;
-    }
-}
-
 }  // namespace
+
+Session sessionOfType(const QString& type) {
+    static const QHash<QString, Session> kinds{{u"Race"_s, Session::Race},
+                                               {u"Offline testing"_s, Session::OfflineTesting},
+                                               {u"Qualify"_s, Session::Qualify},
+                                               {u"Practice"_s, Session::Practice},
+                                               {u"Warmup"_s, Session::Warmup}};
+    return kinds.value(type, Session::Unknown);
+}
 
 Reader::Reader() : m_cars(carSlotCount) {}
 
@@ -243,9 +240,8 @@ void Reader::processCar(int index, int sessionNumber, bool sessionChanged) {
         readOtherCar(index, sessionNumber, inPitStall, onPitRoad, onTrack);
     }
     if (car.current.sessionType == -1) {
-        settleSessionType(car.current,
-                          pathValue(u"SessionInfo/Sessions/"_s + QString::number(sessionNumber) +
-                                    u"/SessionType"_s));
+        car.current.sessionType = static_cast<int>(sessionOfType(pathValue(
+            u"SessionInfo/Sessions/"_s + QString::number(sessionNumber) + u"/SessionType"_s)));
     }
     car.updateCarStatus(inPitStall, onPitRoad, onTrack);
     car.current.lapAborted = car.isLapAborted();

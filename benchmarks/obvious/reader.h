@@ -13,10 +13,13 @@
 
 namespace obvious {
 
+/** The kind of session that a session's type in the text means; Unknown for any other text. */
+[[nodiscard]] TLM::SDK::Session sessionOfType(const QString& type);
+
 /**
- * What iRTelemetryReader does in a tick, as one writes it down first: a key is built and looked up
- * for every element, results are searched for every car, lists grow as they are appended to. It
- * gives the same samples and laps and is what that one is measured and tested against.
+ * What iRTelemetryReader does in a tick, in the obvious way: it builds and looks up a key for every
+ * element, searches the results for every car, and lists grow as they are appended to. It gives the
+ * same samples and laps; iRTelemetryReader is measured and tested against it.
  */
 class Reader : public TextTree {
 public:

@@ -174,16 +174,8 @@ void Reader::addSession(Lap* lap) {
     const QString type =
         pathValue(u"SessionInfo/Sessions/"_s + QString::number(session) + u"/SessionType"_s);
     setText(lap, u"Session name"_s, type);
-    if (type == u"Race") {
-        lap->setSession(Session::Race);
-    } else if (type == u"Offline testing") {
-        lap->setSession(Session::OfflineTesting);
-    } else if (type == u"Qualify") {
-        lap->setSession(Session::Qualify);
-    } else if (type == u"Practice") {
-        lap->setSession(Session::Practice);
-    } else if (type == u"Warmup") {
-        lap->setSession(Session::Warmup);
+    if (const Session kind = sessionOfType(type); kind != Session::Unknown) {
+        lap->setSession(kind);
     }
 }
 

@@ -6,7 +6,7 @@ namespace obvious {
 
 TextTree::TextTree(TextTree* parent) : m_parent(parent) {}
 
-// One by one, not within each other: a text can nest deeper than the stack.
+// Without recursion: a text can nest deeper than the stack.
 TextTree::~TextTree() {
     QList<TextTree*> subs = m_subs.values();
     while (!subs.isEmpty()) {

@@ -8,9 +8,9 @@
 namespace obvious {
 
 /**
- * The session-info tree as one writes it down first: maps of texts, paths split into lists, the
- * text split into lines and every line into its parts. It gives the same tree as TYamlTree and is
- * what that one is measured and tested against.
+ * The session-info tree in the obvious way: maps of texts, paths split into lists, the text split
+ * into lines and every line into its parts. It gives the same tree as TYamlTree, which is measured
+ * and tested against it.
  */
 class TextTree {
 public:
