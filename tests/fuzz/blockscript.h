@@ -6,9 +6,8 @@
 
 namespace fuzz {
 
-// A block that is a fuzzer's input says in its own reserved words what happens to it: one byte for
-// each tick, of which the rest by kBlockActions is the action before the tick and the quotient its
-// argument.
+// A fuzzer's input is a block, whose reserved words say what happens to it: one byte per tick. The
+// byte modulo kBlockActions is the action before the tick, the quotient is the action's argument.
 
 enum class BlockAction {
     Nothing,
@@ -18,7 +17,7 @@ enum class BlockAction {
     ChangeHeader,        // a word of the header becomes a hostile number
     ChangeReading,       // a word of every snapshot grows by one or becomes a hostile number
     Reconnect,           // the host disconnects, probes and connects
-    JumpBack             // the tick counts start anew
+    JumpBack             // the tick counts start over
 };
 
 inline constexpr int kBlockActions = 8;
@@ -27,8 +26,8 @@ inline constexpr int kArguments = 32;
 inline constexpr std::size_t kScriptOffset = offsetof(irsdk_header, reserved);
 inline constexpr std::size_t kScriptLength = sizeof(irsdk_header::reserved);
 
-// Where the seeds have the session's tick in a snapshot; it grows with every tick, since a tick
-// that stands still is no new reading.
+// The offset of the session's tick in the seeds' snapshots. It grows with every tick, because an
+// unchanged tick is not a new reading.
 inline constexpr std::size_t kSessionTickOffset = 8;
 
 }  // namespace fuzz

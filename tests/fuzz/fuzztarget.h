@@ -5,20 +5,20 @@
 #include <cstdio>
 #include <cstdlib>
 
-// What every fuzz target defines. A fuzzer's runtime calls the first once and the second with one
-// input after another; replay.cpp does the same with the inputs of the tree.
+// Every fuzz target defines these. A fuzzer's runtime calls the first once and the second for each
+// input; replay.cpp does the same with the inputs of the tree.
 //
-// A target never fails by its result: a finding is the end of the process, by a sanitizer or by
-// require().
+// A target reports a finding by ending the process, by a sanitizer or by require(), never by its
+// result.
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace fuzz {
 
-/** Ends the program as a fuzzer expects it of a finding, unless `holds`. */
-inline void require(bool holds, const char* what) {
-    if (!holds) {
+/** Reports a finding unless `isTrue`. */
+inline void require(bool isTrue, const char* what) {
+    if (!isTrue) {
         std::fprintf(stderr, "Not so: %s\n", what);
         std::abort();
     }

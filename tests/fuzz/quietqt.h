@@ -4,7 +4,7 @@
 
 namespace fuzz {
 
-/** Millions of inputs would write millions of lines. */
+/** Drops Qt's messages: millions of inputs would print millions of lines. */
 inline void silenceQt() {
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
 }

@@ -11,12 +11,11 @@
 #include <system_error>
 #include <vector>
 
-// Runs a target without a fuzzer, so that it works wherever tests run: over the target's seeds,
-// over changes of them that are the same on every machine, and over the inputs that once were
-// findings.
+// Runs a target without a fuzzer, as a test: over the target's seeds, over changed seeds that are
+// the same on every machine, and over former findings.
 //
-// A finding ends the process, by whatever means, so the input is put into a file before it is run.
-// In the folder of findings it is run again by the next replay.
+// A finding ends the process, so each input is written to a file before it runs. Put into the
+// folder of findings, it runs again with the next replay.
 
 namespace {
 
@@ -24,7 +23,7 @@ constexpr int kCutsASeed = 24;
 constexpr int kChangesASeed = 120;
 constexpr int kMostChangedBytes = 6;
 
-/** Runs inputs, and leaves the last one in a file unless all of them went well. */
+/** Runs inputs, and leaves the last one in a file unless all of them pass. */
 class Runner {
 public:
     explicit Runner(const std::string& target) : m_file(target + "-input") {
@@ -33,12 +32,12 @@ public:
 
     void run(const std::string& bytes) const {
         std::ofstream(m_file, std::ios::binary) << bytes;
-        // On the heap and not one byte longer: a read behind the input is a finding.
+        // On the heap and of exactly this size: a read past the input is a finding.
         const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
         LLVMFuzzerTestOneInput(input.data(), input.size());
     }
 
-    /** At once, so that it is there when the process ends. */
+    /** Flushes, so that the line is out when the process ends. */
     static void say(const std::string& line) {
         std::printf("%s\n", line.c_str());
         std::fflush(stdout);
@@ -66,7 +65,7 @@ int runSeed(const Runner& runner, const fuzz::Seed& seed, std::mt19937& random) 
         std::string changed = bytes;
         const auto changes = random() % kMostChangedBytes + 1;
         for (unsigned long change = 0; change < changes && !changed.empty(); ++change) {
-            // Half of them in the first bytes, where headers and counts stand.
+            // Half of them in the first bytes, which are headers and counts.
             const std::size_t range =
                 random() % 2 == 0 ? changed.size() : std::min<std::size_t>(changed.size(), 256);
             changed[random() % range] = static_cast<char>(random());

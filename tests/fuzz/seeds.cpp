@@ -156,7 +156,7 @@ std::vector<Seed> sessionTextSeeds() {
 
 // --- Drives ---
 
-/** A step as the target reads it: what it is, and its argument. */
+/** A step as the target reads it: its kind and its argument. */
 char driveStep(int kind, int argument = 0) {
     constexpr int kKinds = 16;
     return static_cast<char>(static_cast<unsigned char>(kind + kKinds * argument));

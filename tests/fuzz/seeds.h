@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/** An input from which a fuzzer starts: well-formed, and different from the others in kind. */
+/** An input from which a fuzzer starts: well-formed, and unlike the others. */
 struct Seed {
     std::string name;
     std::string bytes;
@@ -15,7 +15,7 @@ struct Seed {
 /** The names of all targets. */
 [[nodiscard]] const std::vector<std::string>& targetNames();
 
-/** The seeds of a target, the same at every call; none for a name that is no target's. */
+/** The seeds of a target, the same at every call; none for an unknown target. */
 [[nodiscard]] std::vector<Seed> seedsOf(std::string_view target);
 
 }  // namespace fuzz

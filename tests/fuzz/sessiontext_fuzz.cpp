@@ -10,14 +10,14 @@
 #include <utility>
 #include <vector>
 
-// The input is a session text, read twice into one tree and into a reader's.
+// The input is a session text, read twice into one tree and into a reader.
 
 namespace {
 
-// The first and the last, and what seeds have between; all 64 would take most of a run's time.
+// The first and the last car, and those of the seeds; all 64 would take most of a run's time.
 constexpr std::array kLookedAt{0, 1, 2, 63};
 
-/** Walks both trees side by side, without recursion: a text can nest deeper than the stack. */
+/** Walks both trees in parallel, without recursion: a text can nest deeper than the stack. */
 template <typename Tree>
 bool areSameTrees(const TStringTree& left, const Tree& right) {
     std::vector<std::pair<const TStringTree*, const Tree*>> pairs{{&left, &right}};

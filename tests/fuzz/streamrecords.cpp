@@ -8,11 +8,11 @@ namespace {
 
 constexpr qint32 kAffordableCars = 64;
 
-// Qt takes memory for a text before it knows whether the text follows.
+// Qt allocates a text by its length before it knows whether that many bytes follow.
 constexpr quint32 kAffordableText = 64 * 1024;
 constexpr quint32 kNullLength = 0xFFFFFFFFU;
 
-/** Follows a stream as Qt's readers do, without keeping what it passes. */
+/** Reads a stream as Qt's readers do, and drops the values. */
 class StreamWalk {
 public:
     explicit StreamWalk(const QByteArray& bytes) : m_bytes(bytes) {}
@@ -60,12 +60,12 @@ public:
         skipLong(length);
     }
 
-    /** Passes a variant; false when it is none of the plain kinds. */
+    /** False for a variant of any but the plain types. */
     bool skipVariant() {
         const quint32 type = number();
         skip(1);
         switch (type) {
-            case 0:  // none, and nothing follows
+            case 0:  // invalid, without a value
                 return true;
             case 10:  // QString
                 skipText();
@@ -90,12 +90,12 @@ public:
         }
     }
 
-    /** Passes a map of variants; false when one is none of the plain kinds. */
+    /** Skips a map of variants; false if one is of any but the plain types. */
     bool skipCar() {
         m_good = true;
         const quint32 entries = number();
         for (quint32 i = 0; i < entries && m_good; ++i) {
-            // The value is read also behind a name whose length makes no sense.
+            // The value is read even after a name of invalid length.
             skipText();
             if (!skipVariant()) {
                 return false;
@@ -104,7 +104,7 @@ public:
         return true;
     }
 
-    /** Whether every text announced was one that a run can afford. */
+    /** Whether no text was announced with a length that a run cannot afford. */
     [[nodiscard]] bool isAffordable() const { return m_affordable; }
 
 private:
@@ -113,7 +113,7 @@ private:
         skip(length);
     }
 
-    /** A read past the end takes what there is. */
+    /** A read past the end consumes the rest. */
     void fail() {
         m_at = m_bytes.size();
         m_good = false;

@@ -14,8 +14,7 @@
 #include <iterator>
 #include <utility>
 
-// The first byte of the input chooses the record and the version of the stream, the rest is the
-// record.
+// The first byte of the input chooses the record and the stream version, the rest is the record.
 
 namespace {
 
@@ -31,7 +30,7 @@ struct Input {
     QDataStream::Version version;
 };
 
-/** Reads a record; the status in which the stream is left. */
+/** Reads a record; returns the status of the stream. */
 template <typename Record>
 QDataStream::Status readRecord(const Input& input, Record& record) {
     QDataStream stream(input.bytes);
@@ -59,7 +58,7 @@ void readCar(const Input& input) {
     require(sameFields(throughAStream(input, car), car), "a car survives a stream");
 }
 
-/** A record derived from a car keeps what it has besides. */
+/** A record derived from a car keeps its other members. */
 template <typename Record>
 void readDerived(const Input& input) {
     Record record;

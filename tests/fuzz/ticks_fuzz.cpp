@@ -2,7 +2,6 @@
 #include "reader/irtelemetryreader.h"
 #include "tests/benchmarks/sameresults.h"
 #include "tests/fuzz/fuzztarget.h"
-#include "tests/fuzz/inputbytes.h"
 #include "tests/fuzz/quietqt.h"
 #include "tests/support/testblock.h"
 
@@ -16,12 +15,11 @@
 #include <limits>
 #include <string>
 
-// The input is a drive, one step a tick: its bytes say where the cars are and what the simulator
-// says of them. Every lap is looked at, and the reader is held to the literal one beside it.
+// The input is a drive, one step per tick: its bytes say where the cars are and what the simulator
+// reports of them. Every lap is checked, and the reader is compared with the literal one.
 
 namespace {
 
-using fuzz::InputBytes;
 using fuzz::require;
 using TLM::SDK::Lap;
 using LapPointer = QSharedPointer<Lap>;
@@ -31,11 +29,31 @@ constexpr int kOwnCar = 3;
 constexpr std::array kOtherCars{1, 6, 7};
 constexpr std::array kDrivenCars{kOwnCar, 1, 6, 7};
 
-// The arrays end behind the last car that is driven: readings of empty slots take time, not paths.
+// The arrays end after the last driven car: empty slots cost time and cover no more code.
 constexpr int kPublishedCars = 8;
 const QTime kNoLapTime(0, 59, 59);
 
-// What no simulator should say, behind the ordinary numbers of a byte.
+/** Takes an input byte by byte; after its end come zeros. */
+class InputBytes {
+public:
+    InputBytes(const std::uint8_t* data, std::size_t size) : m_data(data), m_left(size) {}
+
+    [[nodiscard]] bool isEmpty() const { return m_left == 0; }
+
+    [[nodiscard]] int take() {
+        if (m_left == 0) {
+            return 0;
+        }
+        --m_left;
+        return *m_data++;
+    }
+
+private:
+    const std::uint8_t* m_data;
+    std::size_t m_left;
+};
+
+// Numbers that no simulator should publish; the largest bytes choose them.
 constexpr std::array kHostileNumbers{std::numeric_limits<double>::quiet_NaN(),
                                      std::numeric_limits<double>::infinity(),
                                      -std::numeric_limits<double>::infinity(),
@@ -55,12 +73,11 @@ double numberOf(int byte, double most) {
 }
 
 float asFloat(double number) {
-    // Of all the numbers here none that is finite lies beyond a float's range, where a cast would
-    // not be defined.
+    // All finite numbers here are within a float's range; otherwise the cast would be undefined.
     return static_cast<float>(number);
 }
 
-/** What the simulator publishes, and how a step of the input changes it. */
+/** The published data, which each step of the input changes. */
 class Simulator {
 public:
     explicit Simulator(bool replay) : m_replay(replay) {
@@ -93,7 +110,7 @@ public:
 
     [[nodiscard]] testsupport::TestBlock& block() { return m_block; }
 
-    /** True when the session text has changed. */
+    /** True if the session text has changed. */
     bool takeStep(InputBytes& input) {
         const int step = input.take();
         const int argument = step / kSteps;
@@ -163,9 +180,6 @@ public:
         m_block.set("SessionTick", ++m_tick);
     }
 
-    /** Whose car is the user's; it may be one that has no slot. */
-    [[nodiscard]] int ownCar() const { return m_ownCar; }
-
     [[nodiscard]] std::string sessionText() const {
         static constexpr std::array kTypes{"Practice",        "Race",   "Qualify", "Warmup",
                                            "Offline testing", "Nothing"};
@@ -197,13 +211,13 @@ public:
 
 private:
     static constexpr int kSteps = 16;
-    static constexpr int kBackwards = 4;  // so many of them count laps down
+    static constexpr int kBackwards = 4;  // arguments that count laps down
 
     static int otherCar(int number) {
         return kOtherCars[static_cast<std::size_t>(number) % kOtherCars.size()];
     }
 
-    /** Only a float's own values can be staged as one. */
+    /** The block only takes values that the variable's type can represent. */
     static double narrowed(double number) { return static_cast<double>(asFloat(number)); }
 
     void setOwnDistance(double distance) {
@@ -212,7 +226,7 @@ private:
         m_distance = std::isfinite(distance) ? distance : 0.0;
     }
 
-    /** Everybody drives on; over the line laps count on as they should. */
+    /** All cars drive on; laps are counted correctly at the line. */
     void moveCars(int argument) {
         constexpr double kSlowest = 0.01;
         m_distance += kSlowest + argument * kSlowest;
@@ -275,19 +289,18 @@ private:
     double m_lastTime = 90.0;
 };
 
-/** What holds of the laps of one car, whatever the simulator says. */
+/** Checks what must be true of the laps of one car for any input. */
 class LapWatch {
 public:
     void beginTick(const RecorderCar& car) { m_before = samplesOf(car); }
 
-    /** A tick adds at most one sample. */
     void endTick(const RecorderCar& car) const {
         require(samplesOf(car) <= m_before + 1, "a tick is recorded once at most");
     }
 
     void take(const RecorderCar& car, int ticks) {
         const LapPointer& lap = car.lap;
-        require(!lap.isNull(), "a ready lap is one");
+        require(!lap.isNull(), "a ready lap is not null");
         require(lap != m_handedOver.lap, "a lap is handed over once");
         expectUntouched();
         m_handedOver = {lap,
@@ -302,7 +315,7 @@ public:
         }
     }
 
-    /** The host's lap is the host's: recording goes on in another one. */
+    /** Recording goes on in another lap than the host's. */
     void expectUntouched() const {
         if (m_handedOver.lap.isNull()) {
             return;
@@ -327,17 +340,17 @@ private:
     static int samplesOf(const RecorderCar& car) { return car.lap->size() + car.nextLap->size(); }
 
     static void expectHeader(const Lap& lap) {
-        require(lap.lapTime().isValid(), "a lap's time is one");
+        require(lap.lapTime().isValid(), "a lap's time is valid");
         require(lap.completed() || lap.lapTime() == kNoLapTime,
                 "a lap that was not driven to its end has no time");
         require(!lap.containsValue(QStringLiteral("maxLapDistPct")),
-                "what the recording keeps for itself is not handed over");
+                "a recorder's internal value is not handed over");
         require(!lap.driverName().isNull(), "a lap has a driver");
     }
 
     static void expectChannels(const Lap& lap, int ticks) {
         for (const auto& channel : lap.channels()) {
-            require(!channel.isNull(), "a channel is one");
+            require(!channel.isNull(), "a channel is not null");
             require(!channel->samples.isEmpty() && channel->samples.size() <= ticks,
                     "a channel has at most an entry for each tick");
         }
@@ -422,8 +435,8 @@ private:
     }
 
     /**
-     * As the plugin does when its connection ends: the last tick's laps are left to the host, open
-     * ones are closed and kept back.
+     * As the plugin does when its connection ends: the last tick's laps stay with the host, open
+     * ones are closed and not handed over.
      */
     void disconnect() {
         std::array<bool, kSlots> wereHandedOver{};

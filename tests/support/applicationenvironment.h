@@ -20,13 +20,13 @@ private:
     std::unique_ptr<Application> m_application;
 };
 
-/** The same without a screen, or rather on one that enlarges as RATAIP_TEST_SCALE says. */
+/** The same without a screen, at the scale factor in RATAIP_TEST_SCALE. */
 template <typename Application>
 class OffscreenEnvironment : public ApplicationEnvironment<Application> {
 public:
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", QByteArrayLiteral("offscreen"));
-        // Not by Qt's own variable, which does not reach a Windows program in Wine.
+        // Not in Qt's own variable, which does not reach a Windows program in Wine.
         if (qEnvironmentVariableIsSet("RATAIP_TEST_SCALE")) {
             qputenv("QT_SCALE_FACTOR", qgetenv("RATAIP_TEST_SCALE"));
         }

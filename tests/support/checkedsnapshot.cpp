@@ -7,8 +7,7 @@ namespace testsupport {
 namespace {
 
 constexpr std::size_t kWord = sizeof(std::uint32_t);
-constexpr std::uint32_t kSpread =
-    2654435761U;  // odd, so that neighbouring words differ in all bytes
+constexpr std::uint32_t kSpread = 2654435761U;  // neighbouring words differ in all bytes
 
 std::uint32_t wordOf(std::uint32_t tickCount, std::size_t index) {
     return tickCount + static_cast<std::uint32_t>(index) * kSpread;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kMoment = 10;  // milliseconds
 
-/** What is left of a time. */
+/** The time left until a time-out. */
 class Patience {
 public:
     explicit Patience(int milliseconds) : m_end(Clock::now() + Milliseconds(milliseconds)) {}
@@ -82,7 +82,7 @@ bool ChildProcess::waitForOutput(const std::string& text, int times, int timeOut
 
 std::optional<int> ChildProcess::waitForExit(int timeOut) {
     const Patience patience(timeOut);
-    // A program whose output nobody takes does not come to its end.
+    // A program blocks, and never ends, when nobody reads its output.
     while (isRunning() && patience.left() > 0) {
         if (!fill(std::min(kMoment, patience.left()))) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -68,7 +68,7 @@ bool ChildProcess::start(const std::string& program, const std::vector<std::stri
     if (pipe2(input.data(), O_CLOEXEC) != 0 || pipe2(output.data(), O_CLOEXEC) != 0) {
         return false;
     }
-    // A program that has ended shall be an error of the write, not the end of the test.
+    // Writing to a program that has ended must fail, not end the test.
     signal(SIGPIPE, SIG_IGN);
     const pid_t pid = fork();
     if (pid == 0) {

@@ -12,7 +12,7 @@ namespace testsupport {
 namespace {
 
 constexpr DWORD kPollInterval = 1;    // milliseconds
-constexpr UINT kKilled = 0xFFFFFFFF;  // exit status of a violent end, -1 as an int
+constexpr UINT kKilled = 0xFFFFFFFF;  // exit status of a killed program, -1 as an int
 
 void closeHandle(HANDLE& handle) {
     if (handle != nullptr) {
@@ -21,7 +21,7 @@ void closeHandle(HANDLE& handle) {
     handle = nullptr;
 }
 
-/** A pipe of which the child inherits one end only. */
+/** A pipe of which the child inherits one end. */
 bool makePipe(HANDLE& readEnd, HANDLE& writeEnd, HANDLE& ours) {
     SECURITY_ATTRIBUTES inheritable{};
     inheritable.nLength = sizeof inheritable;
@@ -38,10 +38,7 @@ std::wstring commandLine(const std::string& program, const std::vector<std::stri
     return line;
 }
 
-/**
- * Wine sometimes loses a process on its way to life, for no fault of the program's: that one error
- * is met with another attempt.
- */
+/** Retries after one error with which Wine sometimes fails to start a program. */
 bool createProcess(std::wstring line, DWORD flags, STARTUPINFOW& startup,
                    PROCESS_INFORMATION& child) {
     constexpr int kAttempts = 5;
@@ -136,7 +133,7 @@ bool ChildProcess::fill(int timeOut) {
                                    static_cast<DWORD>(bytes.size()), &count, nullptr) == 0) {
         return false;
     }
-    // Of a line's end one character stays, as elsewhere.
+    // Line ends are "\n", as on other platforms.
     std::remove_copy(bytes.data(), bytes.data() + count, std::back_inserter(m_output), '\r');
     return count > 0;
 }
@@ -153,8 +150,8 @@ std::optional<int> ChildProcess::exitStatus() const {
     return static_cast<int>(status);
 }
 
-// Ctrl-C reaches all who share the console, so it comes from a program that joins it for the moment
-// and can do without one of its own.
+// Ctrl-C goes to all processes of a console, so a helper program without a console of its own
+// attaches to it and sends it.
 void ChildProcess::askToEnd() {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;

@@ -9,7 +9,7 @@ BOOL WINAPI ignore(DWORD /*event*/) {
 
 }  // namespace
 
-/** Presses Ctrl-C in the console of the process that the argument numbers. */
+/** Sends Ctrl-C to the console of the process whose id is the argument. */
 int main(int argc, char* argv[]) {
     if (argc != 2 || AttachConsole(static_cast<DWORD>(std::strtoul(argv[1], nullptr, 10))) == 0 ||
         SetConsoleCtrlHandler(ignore, TRUE) == 0 ||

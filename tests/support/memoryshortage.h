@@ -6,19 +6,18 @@
 namespace testsupport {
 
 /**
- * A want of memory that comes at a chosen moment: while one exists, pieces of memory that the
- * program asks for within during() are counted, and from the chosen one on it gets none, of
- * operator new as of malloc. One at a time, on one thread, on Linux. The program MUST be linked
- * with scarcememory.cpp, whose operators take their memory from malloc.
+ * Lets allocations fail from a chosen one on: while it exists, the allocations within during() are
+ * counted, those of operator new and of malloc. One at a time, on one thread, on Linux. The program
+ * MUST be linked with scarcememory.cpp, whose operators call malloc.
  */
 class MemoryShortage {
 public:
     enum class Kind {
-        OnePiece,   // memory is there again for the next piece
-        Everything  // there is none any more
+        OnePiece,   // only the chosen allocation fails
+        Everything  // all later ones fail too
     };
 
-    /** The piece that never comes: nothing is wanting, and pieces are counted. */
+    /** As `firstPiece`: no allocation fails, they are only counted. */
     static constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 
     MemoryShortage(Kind kind, std::size_t firstPiece);
@@ -33,7 +32,7 @@ public:
         count(false);
     }
 
-    /** The pieces that were asked for so far. */
+    /** The number of allocations so far. */
     [[nodiscard]] std::size_t pieces() const;
 
 private:

@@ -23,8 +23,7 @@ Function next(const char* name) {
 
 }  // namespace
 
-// In front of those of the C library, or of the sanitizer.
-
+// These replace the functions of the C library, or of the sanitizer.
 extern "C" void* malloc(std::size_t size) {
     static const auto original = next<void* (*)(std::size_t)>("malloc");
     return isRefused() ? nullptr : original(size);

@@ -5,8 +5,8 @@
 namespace {
 
 /**
- * No simulator at the start of each case: a case before it, of this program or of another one, may
- * have killed its own.
+ * Removes what a simulator has left, before each test: an earlier test of this or another program
+ * may have killed its simulator.
  */
 class NoSimulator : public ::testing::EmptyTestEventListener {
     void OnTestStart(const ::testing::TestInfo& /*test*/) override {

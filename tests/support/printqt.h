@@ -6,8 +6,8 @@
 
 #include <ostream>
 
-// GoogleTest finds these by the type's namespace and prints readable texts where an expectation
-// fails.
+// GoogleTest finds these functions by the namespace of the type and prints readable texts on
+// failures.
 
 inline void PrintTo(const QString& text, std::ostream* out) {
     *out << (text.isNull() ? "null" : '"' + text.toStdString() + '"');

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <string>
 
-// Publishes the simulator's objects as the lines on its standard input say, and answers each line.
+// Publishes the simulator's objects by commands on its standard input, and answers each of them.
 int main() {
     testsupport::PublisherCommands commands;
     for (std::string line; std::getline(std::cin, line);) {
@@ -14,7 +14,7 @@ int main() {
             std::_Exit(EXIT_SUCCESS);
         }
         if (line == "quit") {
-            // Without a block there is no status to clear, and nothing is wrong with that.
+            // Without a block there is no status to clear, which is no error here.
             static_cast<void>(commands.run("stop"));
             static_cast<void>(commands.run("status 0"));
             break;

@@ -306,7 +306,7 @@ std::string PublisherCommands::flipByte(const Words& words) {
         return "error outside the block";
     }
     return startRounds([byte = std::atomic_ref<char>(m_objects.block()[offset])] {
-        // Many letters, so that it is seldom the same one at two moments.
+        // Many letters, so that two reads seldom see the same one.
         constexpr char kFirst = 'A';
         constexpr char kLast = 'Z';
         const char letter = byte.load();

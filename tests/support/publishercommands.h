@@ -16,7 +16,7 @@ namespace testsupport {
  * in a process of its own; a test that needs no second process runs them in its own.
  *
  *     block HEX               create the block with these bytes, or write them into the present one
- *     empty SIZE              create the block with that many zero bytes; 0 where that can be done
+ *     empty SIZE              create the block with that many zero bytes; 0 if the platform can
  *     event [manual]          create the data-valid event
  *     poke OFFSET VALUE       write a 32-bit integer into the block
  *     peek OFFSET             answer a 32-bit integer of the block
@@ -32,14 +32,14 @@ namespace testsupport {
  *                             speed, until `stop`
  *     every MICROSECONDS BUFFERS
  *                             the same with a pause after each snapshot
- *     bump                    move the session text's counter, at full speed, until `stop`
+ *     bump                    increment the session text's counter, at full speed, until `stop`
  *     flip OFFSET             change one letter of the block, at full speed, until `stop`
  *     stop                    end writing; answers the number of rounds
  *     truncate SIZE           cut the block off
  *     truncate-event          cut the event off
- *     unlink [event]          take the name of the block, or of the event, away
+ *     unlink [event]          remove the name of the block, or of the event
  *     chown USER [event]      give the block, or the event, to another user
- *     die                     end at once and leave everything as it is (the program only)
+ *     die                     end and leave everything as it is (the program only)
  *     quit                    clear the status, remove the objects and end (the program only)
  *
  * The answer is "ok", "ok VALUE", or "error" with the reason.
@@ -99,7 +99,7 @@ private:
     std::atomic<std::int64_t> m_rounds{0};
 };
 
-/** Bytes as the commands take them: two hexadecimal digits each, "-" for none. */
+/** Bytes as command arguments: two hexadecimal digits each, "-" for no bytes. */
 [[nodiscard]] std::string toHex(const void* bytes, std::size_t count);
 [[nodiscard]] std::string toHex(const std::vector<char>& bytes);
 

@@ -25,8 +25,8 @@ ScarceMemory::~ScarceMemory() {
 
 }  // namespace testsupport
 
-// In the place of the library's own. All forms but those for special alignments: a sanitizer that
-// has forms of its own would find memory of one kind given back as another.
+// These replace the library's own, all forms except those for special alignments. All are needed: a
+// sanitizer with forms of its own would report memory that is freed by another form.
 
 namespace {
 

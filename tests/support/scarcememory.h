@@ -4,10 +4,7 @@
 
 namespace testsupport {
 
-/**
- * While one exists, the whole program gets no piece of memory of more than `largest` bytes from
- * operator new. One at a time.
- */
+/** While one exists, operator new fails for more than `largest` bytes. One at a time. */
 class ScarceMemory {
 public:
     explicit ScarceMemory(std::size_t largest);

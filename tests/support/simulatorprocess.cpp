@@ -14,7 +14,7 @@ bool SimulatorProcess::publishes() {
 std::optional<int> SimulatorProcess::step(int ticks) {
     static const std::string kAnswer = "tick ";
     writeLine("step " + std::to_string(ticks));
-    // Laps of the own car are told in lines of their own.
+    // It also prints lines about laps of the own car.
     const std::string line = readLineThatBegins(kAnswer);
     return line.empty() ? std::nullopt : std::optional(std::stoi(line.substr(kAnswer.size())));
 }
@@ -29,7 +29,7 @@ void SimulatorProcess::goOn() {
 }
 
 void SimulatorProcess::pause() {
-    // The thread that is replaced is asked to stop and joined.
+    // Assigning stops and joins the old thread.
     m_pace = std::jthread();
 }
 

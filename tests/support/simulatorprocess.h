@@ -9,34 +9,34 @@
 
 namespace testsupport {
 
-/** The stand-in simulator, run from the folder of the running program. */
+/** The stand-in simulator in the folder of the running program. */
 class SimulatorProcess : public ChildProcess {
 public:
     explicit SimulatorProcess(const std::vector<std::string>& arguments,
                               Console console = Console::Shared);
 
-    /** Waits until the objects are there; false when it has ended before. Not of a quiet one. */
+    /** Waits until it has published its objects; false if it has ended. Not with --quiet. */
     [[nodiscard]] bool publishes();
 
-    /** Publishes ticks in lock step; the number of the last, or none once it has ended. */
+    /** Publishes ticks in lock step; the number of the last one, empty once it has ended. */
     std::optional<int> step(int ticks = 1);
 
-    /** Publishes some hundred ticks a second in lock step, on a thread, until pause(). */
+    /** Publishes about a hundred ticks per second in lock step, on a thread, until pause(). */
     void goOn();
     void pause();
 
-    /** Ends it in order, after which its log is whole; its exit status. */
+    /** Lets it end, after which its log is complete; its exit status. */
     [[nodiscard]] std::optional<int> quit();
 
 private:
     std::jthread m_pace;
 };
 
-/** Arguments for so many cars on the short track, where a lap takes some 22 s, and `more`. */
+/** Arguments for `cars` on the short track, where a lap takes about 22 s, and `more`. */
 [[nodiscard]] std::vector<std::string> onShortTrack(int cars,
                                                     const std::vector<std::string>& more = {});
 
-/** The same to be moved tick by tick, with a log of the laps that are driven. */
+/** `arguments` for a run in lock step with a log of the driven laps. */
 [[nodiscard]] std::vector<std::string> inLockStep(std::vector<std::string> arguments,
                                                   const std::string& log);
 
