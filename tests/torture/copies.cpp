@@ -28,13 +28,13 @@ constexpr int kPatience = 5;  // ms of a wait for the next snapshot
 
 constexpr std::array kRings{3, 2, 1};
 
-// The careless reader ends sooner, and the copies end sooner unless the machine is lost.
+// Upper limits; normally all of these end sooner.
 constexpr std::chrono::seconds kCarelessAtMost(60);
 constexpr std::chrono::seconds kSimulatorStart(30);
 constexpr std::chrono::seconds kSimulatorTime(3);
 constexpr std::chrono::minutes kCopiesAtMost(30);
 
-// A handful proves that the test can see torn copies.
+// A few prove that the test can detect torn copies.
 constexpr long long kTornEnough = 20;
 constexpr long long kNever = std::numeric_limits<long long>::max();
 
@@ -51,7 +51,7 @@ CopyCount copyUntil(long long wanted, long long tornEnough, Clock::time_point en
     return count;
 }
 
-/** A ring of another process, which overwrites it at full speed. */
+/** A ring that another process overwrites at full speed. */
 class CheckedRing {
 public:
     explicit CheckedRing(int buffers) : m_publisher(testsupport::Publisher::Where::OtherProcess) {
@@ -79,7 +79,7 @@ public:
                                                 static_cast<int>(m_snapshot.size()));
     }
 
-    /** What a reader does that takes the newest buffer and leaves it at that. */
+    /** Copies the newest buffer without checking afterwards. */
     [[nodiscard]] bool takeCarelessly() {
         if (!m_open) {
             return false;
@@ -118,9 +118,9 @@ CopyCount copyCarelessly(milliseconds atMost) {
         [&] { return ring.takeCarelessly(); }, [&] { return ring.isWhole(); });
 }
 
-/** The stand-in simulator as fast as it can, with one buffer, which every tick overwrites. */
+/** The stand-in simulator at full speed, with one buffer, which every tick overwrites. */
 CopyCount copyOfSimulator() {
-    // What somebody left who was killed must not be taken for the simulator's.
+    // Objects that a killed process has left must not be mistaken for the simulator's.
     publisher::NamedObjects::removeLeftovers();
     testsupport::SimulatorProcess simulator(
         {"--speed", "max", "--quiet", "--buffer-count", "1", "--cars", "4"});
@@ -128,7 +128,7 @@ CopyCount copyOfSimulator() {
     int at = -1;
     const auto startedAt = Clock::now();
     while (at < 0 && Clock::now() < startedAt + kSimulatorStart) {
-        // Opened anew until the table is there, which is written after the block has its size.
+        // Reopens until the table is there, which is written after the block has its size.
         irsdk_shutdown();
         if (irsdk_startup() && irsdk_copyHeader(header) && header.bufferLength > 0) {
             at = irsdk_varNameToOffset(simulator::kChecksumName);

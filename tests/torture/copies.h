@@ -6,7 +6,7 @@
 
 namespace torture {
 
-/** Copies that were taken out of a ring, and those of them that mixed two snapshots. */
+/** Copies that were taken from a ring, and those of them that mixed two snapshots. */
 struct CopyCount {
     long long copies = 0;
     long long torn = 0;
@@ -19,13 +19,13 @@ struct CopyCount {
 };
 
 /**
- * Copies snapshots as fast as it goes, by the link itself, while another process overwrites the
- * ring without pause. The same is done by a reader that does not look at the tick count again: if
- * that one copies nothing torn, the run proves nothing.
+ * Copies snapshots through the link, as fast as possible, while another process overwrites the ring
+ * without pause. A careless reader, which does not check the tick count again, does the same: if it
+ * gets no torn copy, the run proves nothing.
  */
 class CopyTest {
 public:
-    /** Runs until `wanted` copies are made, and for a while besides. */
+    /** Runs until `wanted` copies are made, and for some seconds of other copies. */
     void run(long long wanted);
 
     void addTo(Table& table, long long wanted) const;

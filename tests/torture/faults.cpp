@@ -20,30 +20,30 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-// The host tries a few times a second and each attempt takes 200 ms at most; whatever takes longer
-// than this is a failure and not a late success.
+// The host tries a few times a second, and each attempt takes at most 200 ms. Anything slower than
+// this is a failure.
 constexpr milliseconds kConnectionPatience(20000);
 constexpr milliseconds kDisconnectionPatience(10000);
 constexpr seconds kStall(5);
 constexpr milliseconds kStallAnswer(10000);
-constexpr seconds kSettlingTime(60);
+constexpr seconds kWarmUp(60);
 constexpr off_t kCutLength = 4096;
 
 // The simulator's block, as Linux knows it.
 constexpr auto kBlockName = irsdk_linuxName(IRSDK_MEMMAPFILENAME);
 
-// Some three laps.
+// About three laps.
 constexpr int kMostTicks = 5000;
 
-// Kinds of faults besides the kill recur so often, in runs of the simulator.
+// Faults other than the kill recur every so many runs of the simulator.
 constexpr int kCutEvery = 11;
 constexpr int kStallEvery = 37;
 constexpr int kUsualLayoutEvery = 5;
 constexpr int kShuffledAtEnd = 3;
 constexpr int kSeeds = 4;
 
-// In so many runs, on average, one has its names removed, its status switched, a host that cannot
-// make up its mind, a new text in every tick.
+// On average, one in so many runs has its names removed, its status switched, a host that connects
+// and disconnects at random, or a new text in every tick.
 constexpr int kRemovalEvery = 4;
 constexpr int kSwitchEvery = 3;
 constexpr int kComingEvery = 6;
@@ -60,7 +60,7 @@ FaultTest::FaultTest(const Options& options, Host& host)
       m_random(options.seed),
       m_host(host),
       m_connector(m_host.source(), std::nullopt),
-      m_resources(std::min<Clock::duration>(kSettlingTime, options.duration / 4)) {}
+      m_resources(std::min<Clock::duration>(kWarmUp, options.duration / 4)) {}
 
 int FaultTest::pick(int count) {
     return std::uniform_int_distribution(0, count - 1)(m_random);
@@ -94,11 +94,11 @@ void FaultTest::run(Clock::time_point end) {
         goOnWith(m_runs % kUsualLayoutEvery == 0 ? Layout::Usual : Layout::Other);
         driveUntilAFault();
     }
-    // To be compared with the first.
+    // The last measurement, comparable with the first.
     goOnWith(Layout::Usual);
     driveUntilAFault();
-    // Behind a table in another order the host keeps the names of the first one; from then on it
-    // has to survive and nothing more.
+    // With a table in another order the host keeps the names of the first one. From then on it only
+    // has to survive.
     for (int i = 0; i < kShuffledAtEnd; ++i) {
         ++m_shuffles;
         goOnWith(Layout::Shuffled);
@@ -109,7 +109,7 @@ void FaultTest::run(Clock::time_point end) {
     publisher::NamedObjects::removeLeftovers();
 }
 
-/** A run of the simulator, from the connection to what ends it. */
+/** A run of the simulator, from the connection to the fault that ends it. */
 void FaultTest::driveUntilAFault() {
     awaitConnection();
     if (isComparable()) {
@@ -137,7 +137,7 @@ void FaultTest::driveUntilAFault() {
     end(isCut ? Fault::Cut : Fault::Kill);
 }
 
-/** The next simulator is there before or after the plugin has noticed that the last one is gone. */
+/** Starts the next simulator before or after the plugin has noticed that the last one is gone. */
 void FaultTest::goOnWith(Layout layout) {
     const milliseconds pause = between(100, 2600);
     waitFor([this, pause] { return Clock::now() > m_faultAt + pause; }, pause);
@@ -185,7 +185,7 @@ void FaultTest::begin(Layout layout) {
     m_run->goOn();
 }
 
-/** Settles the laps of a simulator that has ended. */
+/** Ends the simulator and checks its laps. */
 void FaultTest::finish() {
     m_run->pause();
     m_run->kill();
@@ -253,7 +253,7 @@ void FaultTest::step(bool joins) {
     }
 }
 
-/** However slow the machine: books without a lap would prove nothing. */
+/** On a slow machine too there must be a lap: without one the run would prove nothing. */
 void FaultTest::driveToTheFirstLap() {
     constexpr int kLongestOutLap = 10000;  // ticks
     for (int tick = 0; tick < kLongestOutLap && !m_ledger.hasLaps(); ++tick) {
@@ -270,7 +270,7 @@ void FaultTest::drive(int ticks) {
     }
 }
 
-/** The status goes off for less than the plugin's patience; no tick passes meanwhile. */
+/** Switches the status off for less than the plugin tolerates, without ticks in that time. */
 void FaultTest::switchStatus() {
     ++m_statusSwitches;
     constexpr int kTicksOff = 5;
@@ -294,7 +294,7 @@ void FaultTest::removeObjects() {
 void FaultTest::cutObjects() {
     const int block = shm_open(kBlockName.data(), O_RDWR, 0);
     if (block >= 0) {
-        // Not to nothing: an empty block counts as one that is being made, and is used again.
+        // Not to size 0: an empty block counts as one that is being created, and is reused.
         if (ftruncate(block, kCutLength) == 0) {
             ++m_cuts;
         }
@@ -302,7 +302,7 @@ void FaultTest::cutObjects() {
     }
 }
 
-/** A host that cannot make up its mind. */
+/** A host that connects, disconnects and probes at random. */
 void FaultTest::comeAndGo() {
     m_connector.stop();
     m_run->goOn();
@@ -333,7 +333,7 @@ void FaultTest::comeAndGo() {
     drive(pick(kMostTicks / 4));
 }
 
-/** Not of a simulator without names: a host that has lost it cannot find it again. */
+/** Not for a simulator without names: a host that has lost it cannot find it again. */
 void FaultTest::stall() {
     if (!m_host.source().isConnected()) {
         return;
@@ -363,7 +363,8 @@ void FaultTest::end(Fault fault) {
     if (fault == Fault::Cut) {
         m_faultAt = Clock::now();
         cutObjects();
-        // Its next write ends it; what was unlinked before is not cut, and is ended here.
+        // Its next write ends it. If its objects were unlinked, they are not truncated: kill it
+        // here.
         waitFor([] { return false; }, milliseconds(50));
         m_run->kill();
         return;
@@ -373,7 +374,7 @@ void FaultTest::end(Fault fault) {
     m_faultAt = Clock::now();
 }
 
-/** At one and the same point: connected, usual layout, all cars in the pits. */
+/** Measurements are comparable when connected, in the usual layout, with all cars in the pits. */
 bool FaultTest::isComparable() const {
     return m_layout == Layout::Usual && m_host.source().isConnected();
 }
@@ -401,13 +402,13 @@ void FaultTest::addTo(Table& table) const {
     count("laps driven to the line or the pits", m_balance.driven);
     count("of these, handed over", m_balance.handedOver);
     count("of these, cut short by a fault", m_balance.cutShort);
-    count("of these, in pieces: other cars' laps behind results of an earlier run",
+    count("of these, in pieces: other cars' laps after results of an earlier run",
           m_balance.inPieces);
     table.add("laps lost", std::to_string(m_balance.lost), "0 of at least 1",
               m_balance.lost == 0 && m_balance.handedOver > 0);
     none("laps handed over twice", m_balance.twice);
     none("laps with the wrong end", m_balance.wrongEnd);
-    count("laps that begin with what was recorded behind the line before a fault",
+    count("laps that begin with what was recorded after the line before a fault",
           m_balance.carriedOver);
     none("laps with other samples of two runs", m_balance.mixed);
     none("laps that nobody drove", m_balance.neverDriven);

@@ -3,7 +3,7 @@
 #include "tests/torture/host.h"
 #include "tests/torture/lapledger.h"
 #include "tests/torture/options.h"
-#include "tests/torture/resourcebook.h"
+#include "tests/torture/resourcelog.h"
 #include "tests/torture/simulatorrun.h"
 #include "tests/torture/table.h"
 #include "tools/host/sourceconnector.h"
@@ -19,8 +19,8 @@
 namespace torture {
 
 /**
- * A host whose simulator is killed, cut off, stalled, stopped and started with another layout, over
- * and over. Between the faults it drives in lock step, so that every lap can be accounted for.
+ * A host whose simulator is killed, truncated, stalled, stopped and started with another layout,
+ * again and again. Between the faults it runs in lock step, so that every lap can be accounted for.
  */
 class FaultTest {
 public:
@@ -28,7 +28,7 @@ public:
 
     FaultTest(const Options& options, Host& host);
 
-    /** Injects faults until `end` and until the simulator was killed as often as asked. */
+    /** Injects faults until `end`, and until the simulator was killed often enough. */
     void run(Clock::time_point end);
 
     void addTo(Table& table) const;
@@ -37,7 +37,7 @@ private:
     /** What ends a run of the simulator. */
     enum class Fault { Kill, Cut };
 
-    /** Layouts of the block that the reader's table of names allows, and one that it does not. */
+    /** Layouts that keep the names in the reader's table valid, and one that does not. */
     enum class Layout { Usual, Other, Shuffled };
 
     void driveUntilAFault();
@@ -73,9 +73,9 @@ private:
     std::unique_ptr<SimulatorRun> m_run;  // never null after begin()
     LapLedger m_ledger;
     LapBalance m_balance;
-    ResourceBook m_resources;
+    ResourceLog m_resources;
     Layout m_layout = Layout::Usual;
-    bool m_hasGap = false;  // ticks have passed since the last snapshot that the ledger knows of
+    bool m_hasGap = false;      // ticks were missed since the last snapshot in the ledger
     bool m_isNameless = false;  // the run's objects have lost their names
     bool m_stallIsDue = false;
 

@@ -12,12 +12,12 @@
 
 namespace torture {
 
-/** A host of the plugin that lets go of everything it gets, after a look at it. */
+/** A host of the plugin that looks at everything it gets and releases it. */
 class Host {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /** Loads and initialises the plugin; isReady() tells whether that worked. */
+    /** Loads and initializes the plugin; isReady() tells whether that worked. */
     explicit Host(const QString& pluginFile);
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
@@ -29,12 +29,12 @@ public:
     /** One tick of the plugin, as its timer calls it. */
     void tick();
 
-    /** Laps go to this ledger from now on; null for none. */
+    /** Adds laps to this ledger from now on; null for none. */
     void writeTo(LapLedger* ledger) { m_ledger = ledger; }
 
     /**
-     * The session's tick in the newest samples. None when they do not tell: a car that begins a lap
-     * in that tick has nothing in its sample yet.
+     * The session's tick in the newest samples. Empty if they have none: the sample of a car that
+     * begins a lap in that tick is still empty.
      */
     [[nodiscard]] std::optional<long long> newestTick() const { return m_newestTick; }
 
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] Clock::time_point connectedAt() const { return m_connectedAt; }
     [[nodiscard]] Clock::time_point disconnectedAt() const { return m_disconnectedAt; }
 
-    /** Samples or laps that came without a connection. */
+    /** The number of samples and laps that came without a connection. */
     [[nodiscard]] int strays() const { return m_strays; }
 
 private:

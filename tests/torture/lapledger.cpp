@@ -10,8 +10,8 @@ using testsupport::DrivenLap;
 
 namespace {
 
-// Ticks that may be missing around a lap's end: a new starting point after the status was off takes
-// one, and the tick that closes a lap is not recorded.
+// Ticks that may be missing at a lap's end: the first one after the status was off only
+// synchronizes, and the tick that closes a lap is not recorded.
 constexpr long long kSlack = 3;
 
 std::ostream& operator<<(std::ostream& out, const DrivenLap& lap) {
@@ -71,18 +71,18 @@ void LapLedger::hand(const HandedLap& lap) {
     }
 }
 
-/** In which the host saw the lap's end and its result. */
+/** The window in which the host saw the lap's end and its result. */
 std::optional<LapLedger::Window> LapLedger::windowOf(const DrivenLap& lap) const {
     const auto window =
         std::find_if(m_windows.begin(), m_windows.end(), [&lap](const Window& candidate) {
-            return candidate.holds(lap.finish - kSlack, lap.finish + testsupport::kResultTicks);
+            return candidate.contains(lap.finish - kSlack, lap.finish + testsupport::kResultTicks);
         });
     return window == m_windows.end() ? std::nullopt : std::optional(*window);
 }
 
 bool LapLedger::wasSeen(const HandedLap& lap) const {
     return std::any_of(m_windows.begin(), m_windows.end(), [&lap](const Window& window) {
-        return window.holds(lap.lastTick - kSlack, lap.lastTick);
+        return window.contains(lap.lastTick - kSlack, lap.lastTick);
     });
 }
 
@@ -116,7 +116,8 @@ std::string LapLedger::complaint(const char* what, const std::string& lap, int c
 
 LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap, const Window& seen) const {
     std::vector<HandedLap> pieces;
-    // One that begins later says nothing: what was open when the host stopped looking is discarded.
+    // Ignores those that begin later: a lap that was open when the host stopped looking is
+    // discarded.
     std::copy_if(m_handed.begin(), m_handed.end(), std::back_inserter(pieces),
                  [&](const HandedLap& handed) {
                      return handed.car == lap.car && handed.lastTick >= lap.start &&
@@ -125,7 +126,7 @@ LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap, const Window& seen) 
     std::sort(pieces.begin(), pieces.end(), [](const HandedLap& left, const HandedLap& right) {
         return left.firstTick < right.firstTick;
     });
-    // Nobody recorded what was driven while the host did not look.
+    // Nothing was recorded while the host did not look.
     long long covered = std::max(lap.start, seen.from);
     for (const HandedLap& piece : pieces) {
         if (covered + kSlack >= lap.finish) {
@@ -142,6 +143,10 @@ LapLedger::Pieces LapLedger::piecesOf(const DrivenLap& lap, const Window& seen) 
 LapBalance LapLedger::balance(const std::vector<DrivenLap>& driven, Trust trust) const {
     LapBalance balance;
     balance.carriedOver = m_ofEarlierRuns;
+    const auto complain = [&](int& count, const char* what, const auto& lap) {
+        ++count;
+        balance.complaints.push_back(complaint(what, textOf(lap), lap.car));
+    };
     const auto isTrusted = [&](int car) { return trust == Trust::AllCars || isOwnCar(car); };
     for (const DrivenLap& lap : driven) {
         if (!isHandedOver(lap)) {
@@ -150,24 +155,20 @@ LapBalance LapLedger::balance(const std::vector<DrivenLap>& driven, Trust trust)
         ++balance.driven;
         const std::vector<HandedLap> handed = handedFor(lap);
         const std::optional<Window> seen = windowOf(lap);
-        const auto complain = [&](int& count, const char* what) {
-            ++count;
-            balance.complaints.push_back(complaint(what, textOf(lap), lap.car));
-        };
         if (handed.size() > 1) {
-            complain(balance.twice, "twice");
+            complain(balance.twice, "twice", lap);
         }
         if (!handed.empty()) {
             ++balance.handedOver;
             if (handed.front().completed != lap.complete) {
-                complain(balance.wrongEnd, "with the wrong end");
+                complain(balance.wrongEnd, "with the wrong end", lap);
             }
         } else if (!seen || vanishedBeforeItsResult(lap, driven)) {
             ++balance.cutShort;
         } else if (isTrusted(lap.car)) {
-            complain(balance.lost, "lost");
+            complain(balance.lost, "lost", lap);
         } else if (const Pieces pieces = piecesOf(lap, *seen); pieces == Pieces::WithAGap) {
-            complain(balance.lost, "lost in part");
+            complain(balance.lost, "lost in part", lap);
         } else {
             ++(pieces == Pieces::Whole ? balance.inPieces : balance.cutShort);
         }
@@ -175,19 +176,15 @@ LapBalance LapLedger::balance(const std::vector<DrivenLap>& driven, Trust trust)
     for (const HandedLap& handed : m_handed) {
         // Results of an earlier run can keep another car's lap open from one line to the next.
         const bool isForeign = handed.isOwnCar && handed.foreignSamples > testsupport::kResultTicks;
-        const auto complain = [&](int& count, const char* what) {
-            ++count;
-            balance.complaints.push_back(complaint(what, textOf(handed), handed.car));
-        };
         if (isForeign) {
-            complain(balance.mixed, "mixed");
+            complain(balance.mixed, "mixed", handed);
         }
         balance.carriedOver += handed.foreignSamples > 0 && !isForeign ? 1 : 0;
         const bool known = std::any_of(driven.begin(), driven.end(),
                                        [&](const DrivenLap& lap) { return endsWith(handed, lap); });
         const bool isClaim = handed.completed && wasSeen(handed) && isTrusted(handed.car);
         if (isClaim && !known) {
-            complain(balance.neverDriven, "never driven");
+            complain(balance.neverDriven, "never driven", handed);
         }
     }
     return balance;

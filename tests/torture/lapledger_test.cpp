@@ -8,8 +8,6 @@ using torture::LapBalance;
 using torture::LapLedger;
 using Trust = LapLedger::Trust;
 
-// The books by which the torture program says that nothing was lost.
-
 namespace {
 
 constexpr long long kStart = 1000;
@@ -36,7 +34,7 @@ HandedLap piece(long long firstTick, long long lastTick) {
     return lap;
 }
 
-/** One that begins with so many samples of an earlier run. */
+/** A lap that begins with samples of an earlier run. */
 HandedLap carried(bool isOwnCar, int foreignSamples) {
     HandedLap lap = handed();
     lap.isOwnCar = isOwnCar;
@@ -51,7 +49,7 @@ LapLedger ledgerThatSaw(long long from, long long to) {
     return ledger;
 }
 
-/** Of a host that saw all and got these laps. */
+/** For a host that saw everything and got these laps. */
 LapBalance balanceOf(const std::vector<HandedLap>& laps, Trust trust = Trust::AllCars,
                      const std::vector<DrivenLap>& driven = {lap()}) {
     LapLedger ledger = ledgerThatSaw(kStart, kFinish + 200);
@@ -63,9 +61,9 @@ LapBalance balanceOf(const std::vector<HandedLap>& laps, Trust trust = Trust::Al
 
 }  // namespace
 
-TEST(LapLedger, IsEvenWhenALapThatWasSeenWasHandedOver) {
+TEST(LapLedger, IsFlawlessWhenALapThatWasSeenWasHandedOver) {
     const LapBalance balance = balanceOf({handed()});
-    EXPECT_TRUE(balance.isEven());
+    EXPECT_TRUE(balance.isFlawless());
     EXPECT_EQ(balance.driven, 1);
     EXPECT_EQ(balance.handedOver, 1);
 }
@@ -76,7 +74,7 @@ TEST(LapLedger, MissesALapThatWasSeenAndNotHandedOver) {
         << "one that ended at the pits counts too";
 }
 
-TEST(LapLedger, DoesNotMissALapWhoseEndOrResultNobodySaw) {
+TEST(LapLedger, DoesNotMissALapWhoseEndOrResultWasNotSeen) {
     EXPECT_EQ(ledgerThatSaw(kStart, kFinish + 50).balance({lap()}, Trust::AllCars).cutShort, 1);
     EXPECT_EQ(ledgerThatSaw(kFinish + 1, kFinish + 300).balance({lap()}, Trust::AllCars).cutShort,
               1);
@@ -87,7 +85,7 @@ TEST(LapLedger, DoesNotMissALapWhoseEndOrResultNobodySaw) {
     EXPECT_EQ(interrupted.balance({lap()}, Trust::AllCars).cutShort, 1);
 }
 
-TEST(LapLedger, DoesNotMissALapThatTheCarsVanishingEnded) {
+TEST(LapLedger, DoesNotMissALapThatEndedBecauseTheCarVanished) {
     DrivenLap vanished = lap(false);
     vanished.kind = "flying";
     EXPECT_EQ(balanceOf({}, Trust::AllCars, {vanished}).driven, 0);
@@ -112,7 +110,7 @@ TEST(LapLedger, FindsALapOfTwoRuns) {
     EXPECT_EQ(balance.carriedOver, 0);
 }
 
-TEST(LapLedger, DoesNotTakeALapOfAnEarlierRunForOneOfThisRun) {
+TEST(LapLedger, DoesNotMistakeALapOfAnEarlierRunForOneOfThisRun) {
     LapLedger ledger;
     ledger.see(kStart, false);
     ledger.hand(handed());
@@ -123,13 +121,13 @@ TEST(LapLedger, DoesNotTakeALapOfAnEarlierRunForOneOfThisRun) {
     EXPECT_EQ(balance.carriedOver, 1);
 }
 
-TEST(LapLedger, LetsOtherCarsKeepALapOpenBehindResultsOfAnEarlierRun) {
+TEST(LapLedger, LetsOtherCarsKeepALapOpenAfterResultsOfAnEarlierRun) {
     const LapBalance balance = balanceOf({carried(false, 500)}, Trust::OwnCar);
     EXPECT_EQ(balance.mixed, 0);
     EXPECT_EQ(balance.carriedOver, 1);
 }
 
-TEST(LapLedger, KnowsALapThatBeginsWithWhatWasRecordedBehindTheLineBeforeAFault) {
+TEST(LapLedger, AcceptsALapThatBeginsWithSamplesRecordedAfterTheLineBeforeAFault) {
     const LapBalance balance = balanceOf({carried(false, 100)});
     EXPECT_EQ(balance.mixed, 0);
     EXPECT_EQ(balance.carriedOver, 1);
@@ -141,7 +139,7 @@ TEST(LapLedger, AllowsTheOwnCarForeignSamplesForAsLongAsAResultTakes) {
     EXPECT_EQ(balanceOf({carried(true, kLongest + 1)}, Trust::OwnCar).mixed, 1);
 }
 
-TEST(LapLedger, FindsACompletedLapThatNobodyDrove) {
+TEST(LapLedger, FindsACompletedLapThatWasNotDriven) {
     const HandedLap invented = piece(kStart, kFinish - 400);
     HandedLap unfinished = invented;
     unfinished.completed = false;
@@ -149,7 +147,7 @@ TEST(LapLedger, FindsACompletedLapThatNobodyDrove) {
         << "only the completed one is a claim";
 }
 
-TEST(LapLedger, AsksOfOtherCarsBehindAnEarlierRunThatNoSampleIsMissing) {
+TEST(LapLedger, RequiresEverySampleOfOtherCarsAfterAnEarlierRun) {
     const HandedLap first = piece(kStart, kStart + 300);
     EXPECT_EQ(balanceOf({first}, Trust::OwnCar).cutShort, 1) << "the rest is open";
     const LapBalance whole = balanceOf({first, piece(kStart + 302, kFinish + 90)}, Trust::OwnCar);
@@ -158,7 +156,7 @@ TEST(LapLedger, AsksOfOtherCarsBehindAnEarlierRunThatNoSampleIsMissing) {
     EXPECT_EQ(balanceOf({first, piece(kStart + 400, kFinish + 90)}, Trust::OwnCar).lost, 1);
 }
 
-TEST(LapLedger, AsksForNoPieceThatWasDrivenWhileTheHostDidNotLook) {
+TEST(LapLedger, RequiresNoPieceThatWasDrivenWhileTheHostDidNotLook) {
     LapLedger ledger = ledgerThatSaw(kStart - 100, kStart + 300);
     ledger.see(kStart + 600, false);
     ledger.see(kFinish + 200, true);
@@ -178,7 +176,7 @@ TEST(LapLedger, DoesNotMissAPieceThatWasOpenWhenTheHostStoppedLooking) {
     EXPECT_EQ(ledger.balance({lap()}, Trust::OwnCar).lost, 0);
 }
 
-TEST(LapLedger, SaysWhatIsNotEven) {
+TEST(LapLedger, SaysWhatIsMissingOrWrong) {
     const LapBalance balance = balanceOf({piece(kStart, kStart + 300)});
     ASSERT_EQ(balance.complaints.size(), 2U);
     EXPECT_EQ(balance.complaints.front(),
@@ -187,7 +185,7 @@ TEST(LapLedger, SaysWhatIsNotEven) {
     EXPECT_EQ(balance.complaints.back().substr(0, 13), "never driven:");
 }
 
-TEST(LapLedger, AsksOfTheOwnCarThatItsLapsEndWhereTheyWereDriven) {
+TEST(LapLedger, RequiresThatTheOwnCarsLapsEndWhereTheyWereDriven) {
     HandedLap part = piece(kStart, kStart + 300);
     part.isOwnCar = true;
     const LapBalance balance = balanceOf({part}, Trust::OwnCar);
@@ -199,5 +197,5 @@ TEST(LapLedger, AddsUpTheRuns) {
     LapBalance sum = balanceOf({});
     sum += balanceOf({}, Trust::AllCars, {lap(), lap(false)});
     EXPECT_EQ(sum.lost, 3);
-    EXPECT_FALSE(sum.isEven());
+    EXPECT_FALSE(sum.isFlawless());
 }

@@ -21,11 +21,9 @@ namespace {
 constexpr int kMinutesAnHour = 60;
 constexpr int kTicksAMinute = simulator::kTicksPerSecond * 60;
 constexpr double kMicrosecondsASecond = 1e6;
-constexpr std::size_t kMemoryLimit = std::size_t{2} * 1024 * 1024;
-
 constexpr double kMedianLimit = 1.25;
 
-// Ticks after which everything that a tick works with is there and all cars are in the pits still.
+// After these ticks everything that a tick needs is allocated, and all cars are still in the pits.
 constexpr int kRestTicks = 30;
 
 double threadMicroseconds() {
@@ -35,10 +33,7 @@ double threadMicroseconds() {
            static_cast<double>(time.tv_nsec) / 1000.0;
 }
 
-/**
- * Work of the kind of a tick's, and always the same: a walk over a map that does not fit into a
- * core's first cache.
- */
+/** Fixed work of the same kind as a tick's: a walk over a map larger than the first-level cache. */
 class Yardstick {
 public:
     Yardstick() {
@@ -98,7 +93,7 @@ public:
         m_objects.signalEvent();
     }
 
-    /** Connecting takes a tick that comes while it waits for one. */
+    /** Connecting needs a tick that comes while it waits. */
     bool connect(Host& host) {
         static constexpr std::chrono::milliseconds kPause(5);
         std::jthread publisher([this](const std::stop_token& stop) {
@@ -203,11 +198,11 @@ void LongDrive::addTo(Table& table) const {
               std::to_string(m_balance.lost) + ", " + std::to_string(m_balance.twice) + ", " +
                   std::to_string(m_balance.wrongEnd) + ", " + std::to_string(m_balance.mixed) +
                   ", " + std::to_string(m_balance.neverDriven),
-              "0 of at least 1", m_balance.isEven() && m_balance.handedOver > 0);
+              "0 of at least 1", m_balance.isFlawless() && m_balance.handedOver > 0);
     for (std::size_t i = 0; i < m_hours.size(); ++i) {
         const Hour& hour = m_hours[i];
         const Hour& first = m_hours.front();
-        // Other work on the machine disturbs the one or the other, a tick that grows moves both.
+        // Other load on the machine can change one of the two, a slower tick changes both.
         const bool hasGrown = hour.median > first.median * kMedianLimit &&
                               hour.relativeMedian() > first.relativeMedian() * kMedianLimit;
         table.add("processor time of a tick in hour " + std::to_string(i + 1) +
@@ -217,17 +212,9 @@ void LongDrive::addTo(Table& table) const {
         table.add("the median, in units of work that is always the same",
                   number(hour.relativeMedian(), 2), "as in the first hour", !hasGrown);
     }
-    constexpr double kMegabyte = 1024.0 * 1024.0;
-    table.add("memory in use before and after, laps released",
-              number(static_cast<double>(m_start.inUse) / kMegabyte, 2) + ", " +
-                  number(static_cast<double>(m_end.inUse) / kMegabyte, 2, "MiB"),
-              "at most 2 MiB more", m_end.inUse <= m_start.inUse + kMemoryLimit);
-    table.add("resident memory before and after",
-              number(static_cast<double>(m_start.resident) / kMegabyte, 1) + ", " +
-                  number(static_cast<double>(m_end.resident) / kMegabyte, 1, "MiB"));
-    table.add("open files before and after",
-              std::to_string(m_start.descriptors) + ", " + std::to_string(m_end.descriptors),
-              "the same", m_start.descriptors == m_end.descriptors);
+    addMemoryInUse(table, "memory in use before and after, laps released", m_start, m_end);
+    addResidentMemory(table, "resident memory before and after", m_start, m_end);
+    addEqualCounts(table, "open files before and after", m_start.descriptors, m_end.descriptors);
 }
 
 }  // namespace torture

@@ -3,7 +3,7 @@
 #include "tests/torture/host.h"
 #include "tests/torture/lapledger.h"
 #include "tests/torture/options.h"
-#include "tests/torture/resources.h"
+#include "tests/torture/resourcelog.h"
 #include "tests/torture/table.h"
 
 #include <vector>
@@ -12,7 +12,7 @@ namespace torture {
 
 /**
  * Hours of driving of a full field without a fault: the model of the stand-in simulator publishes
- * in this process, and the plugin takes every tick. Nothing may grow but the laps.
+ * in this process, and the plugin takes every tick. Nothing except the laps may grow.
  */
 class LongDrive {
 public:
@@ -22,14 +22,14 @@ public:
     void addTo(Table& table) const;
 
 private:
-    /** What a tick of the plugin costs within an hour, in processor time. */
+    /** Processor time of the plugin's ticks within an hour. */
     struct Hour {
         double median = 0.0;       // us
-        double almostWorst = 0.0;  // us, of a thousand ticks one takes longer
+        double almostWorst = 0.0;  // us, exceeded by one of a thousand ticks
         double worst = 0.0;        // us
         double yardstick = 0.0;    // us, median of work that is always the same
 
-        /** A machine that does other work too has slow hours; this is free of them. */
+        /** Independent of how busy the machine is in that hour. */
         [[nodiscard]] double relativeMedian() const { return median / yardstick; }
     };
 

@@ -22,7 +22,7 @@ bool isAnyBufferInWriting() {
     }
     const auto* buffers = reinterpret_cast<const volatile irsdk_varBuf*>(header->varBuf);
     for (int i = 0; i < header->numBuf; ++i) {
-        // Buffers of a young simulator bear the mark too; those of one that rushed do not.
+        // Unused buffers have the mark too, but a rushing simulator has used all of them.
         if (buffers[i].tickCount == kInWriting) {
             return true;
         }
@@ -37,7 +37,7 @@ SimulatorRun::SimulatorRun(const std::vector<std::string>& arguments, const std:
     // The answer to the first step says that everything is published.
     m_started = step().has_value();
     m_backSince = Clock::now();
-    // At once, because the block may lose its name.
+    // Now, because the block may lose its name later.
     irsdk_startup();
 }
 

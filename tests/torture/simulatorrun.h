@@ -10,9 +10,9 @@
 namespace torture {
 
 /**
- * One run of the stand-in simulator in lock step, to be moved tick by tick or by its own pace, and
- * to be ended in every bad way. It looks into the run's block by the link, which is one a process:
- * no other run may live at the same time.
+ * One run of the stand-in simulator in lock step, moved tick by tick or at its own pace, and ended
+ * in every bad way. It looks at the run's block through the link, of which a process has one: there
+ * can be only one run at a time.
  */
 class SimulatorRun : public testsupport::SimulatorProcess {
 public:
@@ -29,15 +29,15 @@ public:
     /** When the first tick of this run was published, or the first after a stall. */
     [[nodiscard]] Clock::time_point backSince() const { return m_backSince; }
 
-    /** Sends a line whose answer is "ok", within `timeOut`; false when it is not. */
+    /** Sends a line; false unless the answer within `timeOut` is "ok". */
     [[nodiscard]] bool command(const std::string& line, std::chrono::milliseconds timeOut);
 
-    /** Sends the simulator off as fast as it can go, for ever. */
+    /** Lets the simulator run at full speed until it is killed. */
     void rush();
 
     /**
-     * Ends a rushing simulator at once. It is stopped again and again until a buffer is half
-     * written, but for some seconds only. True when it was.
+     * Kills a rushing simulator. Stops it repeatedly, for a few seconds at most, until a buffer is
+     * half written; true if one was.
      */
     bool killInMidWrite();
 

@@ -9,23 +9,23 @@ void Table::add(const std::string& name, const std::string& value) {
     m_rows.push_back({name, value, {}, true});
 }
 
-void Table::add(const std::string& name, const std::string& value, const std::string& demand,
-                bool holds) {
-    m_rows.push_back({name, value, demand, holds});
+void Table::add(const std::string& name, const std::string& value, const std::string& requirement,
+                bool isMet) {
+    m_rows.push_back({name, value, requirement, isMet});
 }
 
-bool Table::holds() const {
-    return std::all_of(m_rows.begin(), m_rows.end(), [](const Row& row) { return row.holds; });
+bool Table::isPassed() const {
+    return std::all_of(m_rows.begin(), m_rows.end(), [](const Row& row) { return row.isMet; });
 }
 
 void Table::print() const {
     std::printf("| figure | measured | asked for | verdict |\n|---|---|---|---|\n");
     for (const Row& row : m_rows) {
         std::printf("| %s | %s | %s | %s |\n", row.name.c_str(), row.value.c_str(),
-                    row.demand.c_str(),
-                    row.demand.empty() ? ""
-                    : row.holds        ? "ok"
-                                       : "FAILED");
+                    row.requirement.c_str(),
+                    row.requirement.empty() ? ""
+                    : row.isMet             ? "ok"
+                                            : "FAILED");
     }
     std::fflush(stdout);
 }
