@@ -2,6 +2,7 @@
 #include "benchmarks/workload.h"
 #include "reader/irtelemetryreader.h"
 #include "tests/benchmarks/sameresults.h"
+#include "tests/sdk/streams.h"
 
 #include <gtest/gtest.h>
 
@@ -17,22 +18,7 @@ using bench::carCount;
 
 constexpr int ticksPerLap = 90;
 
-/** Says nothing: lap ends with spikes or in a replay would print a line each. */
-class QuietLog {
-public:
-    QuietLog()
-        : m_before(
-              qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {})) {
-    }
-    ~QuietLog() { qInstallMessageHandler(m_before); }
-    QuietLog(const QuietLog&) = delete;
-    QuietLog& operator=(const QuietLog&) = delete;
-
-private:
-    QtMessageHandler m_before;
-};
-
-/** The workload's race with everything that happens to cars: pits, tows, ends of sessions. */
+/** The workload's race with all that can happen to cars: pits, tows, ends of sessions. */
 class EventfulRace {
 public:
     explicit EventfulRace(unsigned int seed) : m_random(seed), m_workload(ticksPerLap) {
@@ -173,7 +159,7 @@ private:
 };
 
 void runRaces(const char* mode, unsigned int races, int laps) {
-    const QuietLog quiet;
+    const QuietQt quiet;
     int updates = 0;
     int closedLaps = 0;
     for (unsigned int seed = 1; seed <= races; ++seed) {

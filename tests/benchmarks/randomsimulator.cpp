@@ -10,7 +10,7 @@ namespace {
 constexpr int snapshotLength = 4096;
 constexpr int carCount = 64;
 
-// The six types and two that are not known.
+// The six types and two unknown ones.
 constexpr std::array<std::int32_t, 8> types{irsdk_char,  irsdk_bool,   irsdk_int, irsdk_bitField,
                                             irsdk_float, irsdk_double, 6,         -1};
 

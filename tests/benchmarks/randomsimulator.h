@@ -9,8 +9,8 @@
 namespace fastpath {
 
 /**
- * Snapshots of random bytes under a variable table that changes like no simulator's should: types
- * become others or unknown ones, variables move, leave the snapshot, go away and are appended.
+ * Snapshots of random bytes with a variable table that changes as no simulator's should: variables
+ * change to other or unknown types, move, leave the snapshot, disappear and are appended.
  */
 class RandomSimulator {
 public:
@@ -20,10 +20,9 @@ public:
     [[nodiscard]] const std::vector<irsdk_varHeader>& table() const { return m_table; }
     [[nodiscard]] const std::vector<char>& snapshot() const { return m_snapshot; }
 
-    /** New bytes in some places of the snapshot. */
+    /** Changes some bytes of the snapshot. */
     void advance();
 
-    /** Something about the table becomes different. */
     void changeTable();
 
     /** A number from 0 to `count` - 1. */

@@ -8,7 +8,7 @@ using bench::atLeast;
 using bench::atMost;
 using bench::Report;
 
-TEST(Report, WithoutAFigureHasShownNothing) {
+TEST(Report, IsNotPassedWithoutAFigure) {
     const Report report;
     EXPECT_TRUE(report.isEmpty());
     EXPECT_FALSE(report.isPassed());

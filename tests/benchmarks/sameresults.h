@@ -10,10 +10,10 @@
 
 namespace fastpath {
 
-/** Whether both hold the same type and the same bits, NaN included. */
+/** Whether both have the same type and the same bits, also if NaN. */
 [[nodiscard]] bool isSameToTheBit(const QVariant& left, const QVariant& right);
 
-/** Whether both hold the same names, each with the same value and unit. */
+/** Whether both have the same names, each with the same value and unit. */
 [[nodiscard]] testing::AssertionResult haveSameValues(const TLM::SDK::DynamicData& left,
                                                       const TLM::SDK::DynamicData& right);
 
@@ -21,7 +21,7 @@ namespace fastpath {
 [[nodiscard]] testing::AssertionResult haveSameChannels(const TLM::SDK::Lap& left,
                                                         const TLM::SDK::Lap& right);
 
-/** Whether channels, values and header are the same; random ids and the time of closing aside. */
+/** Whether channels, values and header are the same, except random ids and the closing time. */
 [[nodiscard]] testing::AssertionResult areSameLaps(const TLM::SDK::Lap& left,
                                                    const TLM::SDK::Lap& right);
 

@@ -29,7 +29,22 @@ std::string sessionText(const std::string& mode, const std::string& ownCar) {
            "\n Drivers:\n - CarIdx: 3\n   UserName: A\n";
 }
 
-/** A list that the host keeps, and what it held when it came, in a copy of its own. */
+template <typename Reader>
+void readText(Reader& reader, const std::string& text) {
+    reader.setYaml(text.c_str());
+    reader.updateCarList();
+}
+
+/** Begins a tick and samples the snapshot of a simulator. */
+template <typename Reader>
+void sampleSnapshot(Reader& reader, const RandomSimulator& simulator) {
+    const irsdk_header header = simulator.header();
+    reader.prepareTick();
+    reader.getRawData(&header, simulator.table().data(), simulator.snapshot().data(),
+                      static_cast<qint64>(simulator.snapshot().size()));
+}
+
+/** A list that the host keeps, and a copy of its values at the time it came. */
 class KeptList {
 public:
     explicit KeptList(const QList<Sample>& samples) : m_samples(samples) {
@@ -57,10 +72,10 @@ private:
     QList<TLM::SDK::DynamicData> m_copies;
 };
 
-/** Keeps every third list or so for a random while and looks again and again whether it changed. */
-class ForgetfulHost {
+/** Keeps about every third list for a random time and checks repeatedly whether it has changed. */
+class KeepingHost {
 public:
-    explicit ForgetfulHost(unsigned int seed) : m_random(seed) {}
+    explicit KeepingHost(unsigned int seed) : m_random(seed) {}
 
     void take(KeptList samples) {
         if (number(3) == 0) {
@@ -68,18 +83,18 @@ public:
         }
         while (!m_kept.empty() && (number(5) == 0 || m_kept.size() > 12)) {
             const auto chosen = m_kept.begin() + number(static_cast<int>(m_kept.size()));
-            look(*chosen);
+            check(*chosen);
             m_kept.erase(chosen);
         }
         if (!m_kept.empty()) {
-            look(m_kept[static_cast<std::size_t>(number(static_cast<int>(m_kept.size())))]);
+            check(m_kept[static_cast<std::size_t>(number(static_cast<int>(m_kept.size())))]);
         }
     }
 
-    /** Looks at all that is left; the number of changes that were seen. */
+    /** Checks the remaining lists; returns the number of changes seen. */
     int finish() {
         for (const KeptList& list : m_kept) {
-            look(list);
+            check(list);
         }
         return m_changes;
     }
@@ -87,7 +102,7 @@ public:
 private:
     int number(int count) { return std::uniform_int_distribution(0, count - 1)(m_random); }
 
-    void look(const KeptList& list) {
+    void check(const KeptList& list) {
         if (!list.isUnchanged()) {
             ++m_changes;
         }
@@ -98,7 +113,7 @@ private:
     int m_changes = 0;
 };
 
-/** The same on a thread of its own, which the lists reach through a queue. */
+/** The same on a thread of its own, which gets the lists through a queue. */
 class HostThread {
 public:
     explicit HostThread(unsigned int seed) : m_host(seed), m_thread([this] { run(); }) {}
@@ -109,7 +124,7 @@ public:
             m_queue.push_back(std::move(samples));
         }
         m_wake.notify_one();
-        // At most a few lists are on their way.
+        // At most a few lists are queued.
         while (queued() > 3) {
             std::this_thread::yield();
         }
@@ -148,7 +163,7 @@ private:
         return samples;
     }
 
-    ForgetfulHost m_host;
+    KeepingHost m_host;
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::deque<KeptList> m_queue;
@@ -159,16 +174,10 @@ private:
 /** Samples and hands out lists as the plugin's tick does. */
 class PluginSampling {
 public:
-    void setYaml(const char* yaml) {
-        m_reader.setYaml(yaml);
-        m_reader.updateCarList();
-    }
+    void setYaml(const std::string& text) { readText(m_reader, text); }
 
     const QList<Sample>& tick(const RandomSimulator& simulator) {
-        const irsdk_header header = simulator.header();
-        m_reader.prepareTick();
-        m_reader.getRawData(&header, simulator.table().data(), simulator.snapshot().data(),
-                            static_cast<qint64>(simulator.snapshot().size()));
+        sampleSnapshot(m_reader, simulator);
         return m_lists.fill(m_reader);
     }
 
@@ -180,20 +189,15 @@ private:
 };
 
 /**
- * Writes through remembered places without asking whether somebody shares them: what the sampling
- * would be without its generations. A test of the promise to hosts that this passes proves nothing.
+ * Writes to known addresses without checking whether they are shared, as the sampling would without
+ * its generations. It breaks the promise to hosts, so a test that it passes proves nothing.
  */
 class CarelessSampling {
 public:
-    void setYaml(const char* yaml) {
-        m_scratch.setYaml(yaml);
-        m_scratch.updateCarList();
-    }
+    void setYaml(const std::string& text) { readText(m_scratch, text); }
 
     const QList<Sample>& tick(const RandomSimulator& simulator) {
-        const irsdk_header header = simulator.header();
-        m_scratch.getRawData(&header, simulator.table().data(), simulator.snapshot().data(),
-                             static_cast<qint64>(simulator.snapshot().size()));
+        sampleSnapshot(m_scratch, simulator);
         m_samples.resize(carCount);
         for (int car = 0; car < carCount; ++car) {
             if (m_samples[car].isEmpty()) {
@@ -223,13 +227,12 @@ private:
     QList<Sample> m_samples;
 };
 
-/** The number of changes that a host saw in lists that it kept. */
 template <typename Sampling, typename Host>
 int changesSeenByHost(int ticks) {
     RandomSimulator simulator(41);
     Sampling sampling;
     Host host(43);
-    sampling.setYaml(sessionText("full", "3").c_str());
+    sampling.setYaml(sessionText("full", "3"));
     for (int tick = 0; tick < ticks; ++tick) {
         simulator.advance();
         host.take(KeptList(sampling.tick(simulator)));
@@ -238,32 +241,32 @@ int changesSeenByHost(int ticks) {
     return host.finish();
 }
 
-/** A fast and an obvious reader through the same calls. */
+/** A fast and an obvious reader that get the same calls. */
 class TwoReaders {
 public:
     explicit TwoReaders(unsigned int seed) : m_simulator(seed), m_host(seed) {}
 
-    /** Whether both samplings gave the same. */
+    /** Whether both gave the same samples. */
     [[nodiscard]] testing::AssertionResult tick() {
         m_simulator.advance();
         for (int i = m_simulator.number(2); i > 0; --i) {
             doSomethingElse();
         }
-        const irsdk_header header = m_simulator.header();
-        const auto sample = [this, &header](auto& reader) {
-            reader.prepareTick();
-            reader.getRawData(&header, m_simulator.table().data(), m_simulator.snapshot().data(),
-                              static_cast<qint64>(m_simulator.snapshot().size()));
-        };
-        sample(m_fast);
-        sample(m_obvious);
-        handOut();
+        inBoth([this](auto& reader) { sampleSnapshot(reader, m_simulator); });
+        m_host.take(KeptList(m_lists.fill(m_fast)));
+        m_lists.release();
         return compare();
     }
 
     int changesSeenByHost() { return m_host.finish(); }
 
 private:
+    template <typename Call>
+    void inBoth(Call call) {
+        call(m_fast);
+        call(m_obvious);
+    }
+
     void doSomethingElse() {
         const int car = m_simulator.number(carCount);
         switch (m_simulator.number(12)) {
@@ -277,34 +280,29 @@ private:
             case 3:
                 setYaml("none");
                 break;
-            case 4: {
-                const bool on = m_simulator.number(3) == 0;
-                m_fast.setDiskLoading(on);
-                m_obvious.setDiskLoading(on);
+            case 4:
+                inBoth(
+                    [on = m_simulator.number(3) == 0](auto& reader) { reader.setDiskLoading(on); });
                 break;
-            }
             case 5:
-                // A closed lap: the next tick starts another one with an empty sample.
-                m_fast.processLap(car, false);
-                m_obvious.processLap(car, false);
+                // After a closed lap, the next tick starts with an empty sample.
+                inBoth([car](auto& reader) { reader.processLap(car, false); });
                 break;
             case 6:
-                m_fast.sample(car).removeValue("lapdistpct");
-                m_obvious.sample(car).removeValue("lapdistpct");
+                inBoth([car](auto& reader) { reader.sample(car).removeValue("lapdistpct"); });
                 break;
             case 7:
-                m_fast.sample(car).setValue("gear", QVariant(QString("R")), QString());
-                m_obvious.sample(car).setValue("gear", QVariant(QString("R")), QString());
+                inBoth([car](auto& reader) {
+                    reader.sample(car).setValue("gear", QVariant(QString("R")), QString());
+                });
                 break;
-            case 8: {
-                const int tick = m_simulator.number(1000);
-                m_fast.sample(car).setValue("visitor", QVariant(tick), QString());
-                m_obvious.sample(car).setValue("visitor", QVariant(tick), QString());
+            case 8:
+                inBoth([car, tick = m_simulator.number(1000)](auto& reader) {
+                    reader.sample(car).setValue("visitor", QVariant(tick), QString());
+                });
                 break;
-            }
             default:
-                m_fast.processData();
-                m_obvious.processData();
+                inBoth([](auto& reader) { reader.processData(); });
                 break;
         }
     }
@@ -313,15 +311,7 @@ private:
         static const std::array<std::string, 3> modes{"full", "replay", "other"};
         const std::string text =
             sessionText(modes[static_cast<std::size_t>(m_simulator.number(3))], ownCar);
-        m_fast.setYaml(text.c_str());
-        m_fast.updateCarList();
-        m_obvious.setYaml(text.c_str());
-        m_obvious.updateCarList();
-    }
-
-    void handOut() {
-        m_host.take(KeptList(m_lists.fill(m_fast)));
-        m_lists.release();
+        inBoth([&text](auto& reader) { readText(reader, text); });
     }
 
     testing::AssertionResult compare() {
@@ -339,7 +329,7 @@ private:
     iRTelemetryReader m_fast;
     obvious::Reader m_obvious;
     SampleLists m_lists;
-    ForgetfulHost m_host;
+    KeepingHost m_host;
 };
 
 TEST(SamplingFastPath, GivesTheSamplesOfTheObviousWayToTheBit) {
@@ -370,13 +360,11 @@ TEST(SamplingFastPath, ServesTheRecorderWhileTheHostKeepsEverything) {
                           static_cast<qint64>(snapshot.size()));
         reader.processData();
     };
-    fast.setYaml(text.c_str());
-    fast.updateCarList();
-    obviousReader.setYaml(text.c_str());
-    obviousReader.updateCarList();
-    // The reader knows no more of a host than whether the last few lists are still held.
+    readText(fast, text);
+    readText(obviousReader, text);
+    // The reader only knows whether a host still holds the last few lists.
     constexpr qsizetype everything = 10;
-    // Long enough for a second trial of whether the host still keeps everything.
+    // Long enough to check twice whether the host still keeps everything.
     for (int tick = 100; tick < 700; ++tick) {
         const std::vector<char> snapshot = workload.snapshot(tick);
         tickWith(fast, snapshot);
@@ -398,7 +386,7 @@ TEST(SamplingFastPath, ServesTheRecorderWhileTheHostKeepsEverything) {
 }
 
 TEST(SamplingFastPath, ChangesNothingInListsThatTheHostKeeps) {
-    EXPECT_EQ((changesSeenByHost<PluginSampling, ForgetfulHost>(600)), 0);
+    EXPECT_EQ((changesSeenByHost<PluginSampling, KeepingHost>(600)), 0);
 }
 
 TEST(SamplingFastPath, ChangesNothingInListsThatAnotherThreadKeeps) {
@@ -406,7 +394,7 @@ TEST(SamplingFastPath, ChangesNothingInListsThatAnotherThreadKeeps) {
 }
 
 TEST(SamplingFastPath, WouldBeCaughtByTheHostIfItWroteToSharedValues) {
-    EXPECT_GT((changesSeenByHost<CarelessSampling, ForgetfulHost>(100)), 0);
+    EXPECT_GT((changesSeenByHost<CarelessSampling, KeepingHost>(100)), 0);
 }
 
 TEST(SamplingFastPath, WouldBeCaughtByAnotherThreadIfItWroteToSharedValues) {

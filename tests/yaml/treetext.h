@@ -3,8 +3,9 @@
 #include <QString>
 
 /**
- * The whole tree as a text, a line for every value ("<path>/key=value") and for every node
- * ("<path>/key:"), each level's values before its nodes. For trees of a few levels: it recurses.
+ * The whole tree as a text, with a line for each value ("<path>/key=value") and each node
+ * ("<path>/key:"), each level's values before its nodes. Only for trees of a few levels: it
+ * recurses.
  */
 template <typename Tree>
 QString treeText(const Tree& tree, const QString& path = QString()) {

@@ -42,7 +42,7 @@ TEST(TStringTree, StoresAndReplacesSlices) {
     EXPECT_EQ(tree.valueKeys(), QStringList({"key"}));
 }
 
-TEST(TStringTree, LeavesAnEqualValueWhereItIs) {
+TEST(TStringTree, DoesNotReplaceAnEqualValue) {
     TStringTree tree(nullptr);
     tree.set("key", "one");
     const QString held = tree.value("key");
@@ -52,7 +52,7 @@ TEST(TStringTree, LeavesAnEqualValueWhereItIs) {
     EXPECT_EQ(tree.value("key").constData(), held.constData());
 }
 
-TEST(TStringTree, AnswersAMissingKeyWithANullText) {
+TEST(TStringTree, GivesANullTextForAMissingKey) {
     TStringTree tree(nullptr);
     tree.set("empty", "");
     EXPECT_TRUE(tree.value("missing").isNull());
@@ -60,9 +60,9 @@ TEST(TStringTree, AnswersAMissingKeyWithANullText) {
     EXPECT_TRUE(tree.value("empty").isEmpty());
 }
 
-TEST(TStringTree, AnswersAMissingChildWithNull) {
+TEST(TStringTree, GivesNullForAMissingChild) {
     TStringTree tree(nullptr);
-    tree.set("key", "a value is no child");
+    tree.set("key", "a value is not a child");
     EXPECT_EQ(tree.sub("key"), nullptr);
     EXPECT_EQ(std::as_const(tree).sub("key"), nullptr);
 }
@@ -152,14 +152,14 @@ TEST(TStringTreePath, ReadsValues) {
     EXPECT_TRUE(tree.pathValue("a/b/d").isNull());
     EXPECT_TRUE(tree.pathValue("a/x/c").isNull());
     EXPECT_TRUE(tree.pathValue("x/b/c").isNull());
-    EXPECT_TRUE(tree.pathValue("a/b").isNull()) << "a node is no value";
+    EXPECT_TRUE(tree.pathValue("a/b").isNull()) << "a node is not a value";
     EXPECT_TRUE(tree.pathValue("").isNull());
     tree.set("", "nameless");
     EXPECT_EQ(tree.pathValue(""), "nameless");
     EXPECT_EQ(tree.pathValue(QString()), "nameless");
 }
 
-TEST(TStringTreePath, SetsValuesAndMakesTheNodesOnTheWay) {
+TEST(TStringTreePath, SetsValuesAndCreatesTheNodesOnTheWay) {
     TStringTree tree(nullptr);
     tree.pathSet("one", "1");
     tree.pathSet("a/b/c", "3");
@@ -171,7 +171,7 @@ TEST(TStringTreePath, SetsValuesAndMakesTheNodesOnTheWay) {
     EXPECT_EQ(treeText(tree), "one=1\na:\na/:\na//d=5\na/b:\na/b/c=4\ne:\ne/=6\n");
 }
 
-TEST(TStringTree, EndsWithoutRecursionHoweverDeepItIs) {
+TEST(TStringTree, IsDestroyedWithoutRecursionAtAnyDepth) {
     constexpr int kLevels = 200'000;
     TStringTree tree(nullptr);
     for (int round = 0; round < 2; ++round) {
@@ -209,7 +209,7 @@ TEST(TStringTree, FindsEveryNameOfACrowdedNode) {
     EXPECT_EQ(tree.sub(QString("-1")), nullptr);
 }
 
-TEST(TStringTree, FindsNamesInWhateverOrderTheyComeAgain) {
+TEST(TStringTree, FindsNamesThatComeAgainInAnyOrder) {
     for (const int names : {1, 2, 5, 31, 32, 33, 34, 100}) {
         TStringTree tree(nullptr);
         for (int i = 0; i < names; ++i) {
@@ -226,7 +226,7 @@ TEST(TStringTree, FindsNamesInWhateverOrderTheyComeAgain) {
     }
 }
 
-TEST(TStringTree, TakesChildrenAnewAfterClear) {
+TEST(TStringTree, TakesNewChildrenAfterClear) {
     TStringTree tree(nullptr);
     for (const int children : {40, 33, 32, 10, 40}) {
         for (int i = 0; i < children; ++i) {
@@ -258,7 +258,7 @@ TEST(TStringTree, SharesTheKeysOfAListsEntries) {
     EXPECT_TRUE(tree.subTreesKeys().isEmpty());
 }
 
-TEST(TStringTreeRevision, GrowsWithEveryChangeAndWithNothingElse) {
+TEST(TStringTreeRevision, GrowsOnlyWithChanges) {
     TStringTree tree(nullptr);
     auto before = tree.revision();
     const auto hasGrown = [&tree, &before] {
@@ -293,10 +293,10 @@ TEST(TStringTreeRevision, OfABranchStaysWhileOthersChange) {
     EXPECT_EQ(tree.pathSub("a/b")->branchRevision(), tree.revision());
 }
 
-TEST(TStringTreeRevision, OfABranchIsNeverThatOfABranchBefore) {
+TEST(TStringTreeRevision, OfANewBranchIsNeverThatOfAnEarlierOne) {
     TStringTree tree(nullptr);
     const auto first = tree.addSub(QString("a"))->branchRevision();
-    EXPECT_GT(first, 0U) << "0 is free for a branch that is not there";
+    EXPECT_GT(first, 0U) << "0 can stand for a missing branch";
     tree.clear();
     EXPECT_GT(tree.addSub(QString("a"))->branchRevision(), first);
 }

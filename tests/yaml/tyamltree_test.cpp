@@ -24,7 +24,7 @@ int indentationOf(const QString& line, bool& isListItem) {
     return TYamlTree().countLeadingSpaces(line, isListItem);
 }
 
-// Whether the first of `lines` opens a section, when the lines end with them.
+// Whether the first of `lines` opens a section.
 bool opensSection(QList<QString> lines) {
     return TYamlTree().isNewSection(lines.begin(), lines.end());
 }
@@ -34,7 +34,7 @@ struct Example {
     const char* tree;
 };
 
-/** A rule of the reader, said as a sentence, with what it makes of some texts. */
+/** A rule of the reader, as a sentence, with examples. */
 struct Rule {
     const char* name;
     std::vector<Example> examples;
@@ -66,17 +66,17 @@ const Rule kRules[] = {
       {"a: b:c\n", "a=b:c\n"},
       {"a: : c\n", "a=\n"},
       {": b\n", "=b\n"}}},
-    {"TrimsKeysAndNoValues",
+    {"TrimsKeysButNotValues",
      {{"a  : b  \n", "a=b  \n"},
       {"a:  b \r\n", "a= b \r\n"},
       {"\ta\t: b\t\n", "a=b\t\n"},
-      // A no-break space is white space of a key.
+      // A no-break space counts as white space in a key.
       {"\xA0 a: b\n", "a=b\n"}}},
     {"KeepsACarriageReturnOutOfKeysOnly",
-     {// The return is the section line's last character no more once trimmed: the colon is.
+     {// After trimming, the colon is the section line's last character.
       {"A:\r\n b: 1\r\n", "A:\nA/b=1\r\n"},
       {"L:\r\n- i: 5\r\n", "L:\nL/5:\n"},
-      // A line with nothing but a return is no empty line.
+      // A line that is only a carriage return is not an empty line.
       {"\r\n", "=\n"}}},
     {"CutsTheLastCharacterOffASectionsName",
      {{"Name\n b: 1\n", "Nam:\nNam/b=1\n"}, {"a: 5\n b: 1\n", "a: :\na: /b=1\n"}}},
@@ -88,7 +88,7 @@ const Rule kRules[] = {
     {"ReusesASectionOfTheSameName", {{"A:\n b: 1\nA:\n c: 2\n", "A:\nA/b=1\nA/c=2\n"}}},
     {"SkipsEmptyLines", {{"A:\n b: 1\n\n c: 2\n\n\nd: 3\n", "d=3\nA:\nA/b=1\nA/c=2\n"}}},
     {"OpensNoSectionBeforeAnEmptyLine", {{"A:\n\n b: 1\n", "A:=\nb=1\n"}}},
-    {"GoesUpOneNodeAColumnWhereALineStandsFurtherOut",
+    {"GoesUpOneNodePerColumnForALineFurtherOut",
      {{"A:\n B:\n  C:\n   d: 1\n e: 2\nf: 3\n", "f=3\nA:\nA/e=2\nA/B:\nA/B/C:\nA/B/C/d=1\n"}}},
     {"OpensASectionFurtherOut",
      {{"A:\n B:\n  c: 1\n D:\n  e: 2\nF:\n g: 3\n",
@@ -102,22 +102,24 @@ const Rule kRules[] = {
       {"L:\n - : x\n", "L:\nL/x:\n"}}},
     {"KeysAListEntryWithoutSeparatorByItselfWithItsDash",
      {{"L:\n - item \n", "L:\nL/- item:\n"}, {"L:\n -\n", "L:\nL/-:\n"}, {"-a:\n", "-a::\n"}}},
-    // Two entries at the same column: the second is opened within the first, as nothing leads up.
+    // Two entries in the same column: the second is opened within the first, because nothing
+    // climbs.
     {"NestsListEntriesWithoutFieldsOfTheirOwn", {{"L:\n- i: 0\n- i: 1\n", "L:\nL/0:\nL/0/1:\n"}}},
-    {"TakesADeeperListEntryForAnEntryAndNoSection",
+    {"TakesADeeperListEntryForAnEntryNotASection",
      {{"L:\n- i: 0\n     b: 1\n", "L:\nL/0:\nL/0/b=1\n"}}},
-    // One node was opened for three columns, and going back these leads up three nodes. The root is
-    // where it ends.
+    // One node is opened for three columns, and the way back climbs three nodes, at most to the
+    // root.
     {"DoesNotBalanceADeepJump",
      {{"A:\n B:\n     c: 1\n d: 2\ne: 3\n", "d=2\ne=3\nA:\nA/B:\nA/B/c=1\n"},
       {"A:\n B:\n  C:\n   D:\n     e: 1\n   f: 2\n",
        "A:\nA/B:\nA/B/f=2\nA/B/C:\nA/B/C/D:\nA/B/C/D/e=1\n"}}},
     {"StopsClimbingAtTheRoot", {{"         a: 1\nb: 2\nC:\n d: 3\n", "a=1\nb=2\nC:\nC/d=3\n"}}},
-    // A list directly below a top-level section with one leading blank: the line of spaces counts
-    // as an entry at no indentation and leads up to the root, where it leaves a child without name.
+    // A list directly below a top-level section, with one leading blank: the line of spaces counts
+    // as
+    // an entry without indentation and climbs to the root, where it adds a child without a name.
     {"TakesALineOfSpacesAfterAListEntryForAnEntryWithoutName",
      {{"L:\n - i: 0\n   \nb: 1\n", ":\n/b=1\nL:\nL/0:\n"}}},
-    {"LetsTheColumnsDecideWhereALineOfSpacesLeads",
+    {"ClimbsByColumnsAtALineOfSpaces",
      {// As many nodes as columns: up to the root.
       {"A:\n L:\n  - i: 0\n  \n", ":\nA:\nA/L:\nA/L/0:\n"},
       // More nodes than columns: it stays within the list.
@@ -128,10 +130,10 @@ const Rule kRules[] = {
      {{"A:\n b: 1\n  \nc: 2\n", "=\nc=2\nA:\nA/b=1\n"}}},
     {"TakesALineOfSpacesBeforeADeeperLineForASectionWithoutName",
      {{"A:\n b: 1\n  \n c: 2\n", "c=2\nA:\nA/b=1\n"}}},
-    // Further out, being a list entry counts before being a section.
+    // Further out, a line that could be both is a list entry, not a section.
     {"TakesALineOfSpacesAfterAnEntryForAnEntryThoughADeeperLineFollows",
      {{"L:\n - i: 0\n  \n c: 2\n", ":\n/c=2\nL:\nL/0:\n"}}},
-    // At the same indentation, being a section counts before being a list entry.
+    // At the same indentation, such a line is a section, not a list entry.
     {"TakesASecondLineOfSpacesForASectionWhereADeeperLineFollows",
      {{"L:\n - i: 0\n  \n  \n c: 2\n", ":\n/c=2\nL:\nL/0:\n"},
       {"L:\n - i: 0\n  \n  \nc: 2\n", ":\n/:\n//c=2\nL:\nL/0:\n"}}},
@@ -179,7 +181,7 @@ TEST(CountLeadingSpaces, LeavesTheListFlagOfABlankLineAsItWas) {
     }
 }
 
-TEST(IsNewSection, HoldsBeforeADeeperLine) {
+TEST(IsNewSection, IsTrueBeforeADeeperLine) {
     EXPECT_TRUE(opensSection({"a:", " b: 1"}));
     EXPECT_TRUE(opensSection({" a:", "   b: 1"}));
     EXPECT_FALSE(opensSection({"a:", "b: 1"}));
@@ -187,14 +189,14 @@ TEST(IsNewSection, HoldsBeforeADeeperLine) {
     EXPECT_TRUE(opensSection({"no colon", " b: 1"}));
 }
 
-TEST(IsNewSection, FailsBeforeTheEnd) {
+TEST(IsNewSection, IsFalseBeforeTheEnd) {
     EXPECT_FALSE(opensSection({"a:"}));
     QList<QString> lines{"a:", " b: 1"};
     EXPECT_FALSE(TYamlTree().isNewSection(lines.begin(), lines.begin() + 1));
     EXPECT_FALSE(TYamlTree().isNewSection(lines.end(), lines.end()));
 }
 
-TEST(IsNewSection, FailsBeforeABlankLine) {
+TEST(IsNewSection, IsFalseBeforeABlankLine) {
     EXPECT_FALSE(opensSection({"a:", ""}));
     EXPECT_FALSE(opensSection({"a:", "     "}));
 }
@@ -206,12 +208,12 @@ TEST(IsNewSection, CountsTheDashOfTheNextLine) {
     EXPECT_FALSE(opensSection({"  a:", " - b"}));
 }
 
-TEST(IsNewSection, FailsForAListItem) {
+TEST(IsNewSection, IsFalseForAListItem) {
     EXPECT_FALSE(opensSection({"- a:", "    b: 1"}));
     EXPECT_FALSE(opensSection({" - a", "      b: 1"}));
 }
 
-TEST(IsNewSection, TakesALineOfSpacesForNoIndentationAndNoListItem) {
+TEST(IsNewSection, TakesALineOfSpacesForAnUnindentedLine) {
     EXPECT_TRUE(opensSection({"     ", " b"}));
     EXPECT_FALSE(opensSection({"     ", "b"}));
     EXPECT_TRUE(opensSection({"", "- b"}));
@@ -228,7 +230,7 @@ TEST_P(TYamlTreeBy, Rule) {
 INSTANTIATE_TEST_SUITE_P(Every, TYamlTreeBy, ::testing::ValuesIn(kRules),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(TYamlTree, KeysAListEntryByItsFirstValueAndDoesNotStoreThat) {
+TEST(TYamlTree, KeysAListEntryByItsFirstValueWithoutStoringIt) {
     TYamlTree tree;
     tree.setYaml("---\nDrivers:\n- CarIdx: 7\n  UserName: A\n");
     ASSERT_NE(tree.pathSub("Drivers/7"), nullptr);
@@ -241,7 +243,7 @@ TEST(TYamlTree, IsARootWithoutParent) {
     EXPECT_FALSE(tree.hasParent());
 }
 
-TEST(TYamlTree, ReadsNothingFromNoTextAndFromTextsWithoutClosedLines) {
+TEST(TYamlTree, ReadsNothingFromNullAndFromTextsWithoutClosedLines) {
     for (const char* text :
          {static_cast<const char*>(nullptr), "", "a: 1", "a: 1\n", "a: 1\nb: 2"}) {
         TYamlTree tree;
@@ -256,10 +258,10 @@ TEST(TYamlTree, IgnoresTheFirstLineAndWhatFollowsTheLastBreak) {
     EXPECT_EQ(treeText(tree), "b=2\n");
 }
 
-TEST(TYamlTree, TakesTheRestBehindTheLastBreakForNoNextLine) {
+TEST(TYamlTree, DoesNotTakeTheTextAfterTheLastBreakForANextLine) {
     TYamlTree tree;
     tree.setYaml("---\nA:\n b: 1");
-    EXPECT_EQ(treeText(tree), "A:=\n") << "a section needs a deeper line that was read";
+    EXPECT_EQ(treeText(tree), "A:=\n") << "a section needs a deeper line that is read";
 }
 
 TEST(TYamlTree, ReadsEachByteAsOneLatin1Character) {
@@ -294,21 +296,21 @@ TEST(TYamlTreeAgain, KeepsADriverThatTheNewTextLacks) {
     EXPECT_EQ(treeText(tree), "D:\nD/0:\nD/0/n=A\nD/1:\nD/1/n=C\n");
 }
 
-TEST(TYamlTreeAgain, StartsAtTheRootWithNothingRemembered) {
+TEST(TYamlTreeAgain, StartsAtTheRootAsANewTreeDoes) {
     TYamlTree tree;
     tree.setYaml("---\nA:\n - i: 0\n");
     tree.setYaml("---\n   \nb: 1\n");
     EXPECT_EQ(treeText(tree), "=\nb=1\nA:\nA/0:\n");
 }
 
-TEST(TYamlTreeAgain, EmptiesAValueThatHasNoTextAnyMore) {
+TEST(TYamlTreeAgain, EmptiesAValueThatNoLongerHasAText) {
     TYamlTree tree;
     tree.setYaml("---\na: 1\n");
     tree.setYaml("---\na: \n");
     EXPECT_EQ(tree.value("a"), "");
 }
 
-TEST(TYamlTreeAgain, LeavesEqualTextsWhereTheyAre) {
+TEST(TYamlTreeAgain, DoesNotReplaceEqualTexts) {
     const char* const text = "---\nA:\n b: some text\n";
     TYamlTree tree;
     tree.setYaml(text);

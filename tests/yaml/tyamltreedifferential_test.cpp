@@ -26,8 +26,8 @@ public:
     }
 
 private:
-    // Mostly lines as the simulator writes them, each a little further in or out than the one
-    // before, and among them everything that is close to one.
+    // Mostly lines as the simulator writes them, each indented a little more or less than the one
+    // before, and some odd ones.
     std::string line() {
         if (below(12) == 0) {
             return oddLine() + '\n';

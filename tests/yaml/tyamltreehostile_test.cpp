@@ -9,7 +9,7 @@
 
 namespace {
 
-// Every construct that the reader knows, and the ones it takes for something else.
+// Every construct that the reader knows, and some that it takes for something else.
 const std::string kEveryConstruct =
     "---\n"
     "WeekendInfo:\n"
@@ -42,7 +42,7 @@ void expectTheObviousTree(const std::string& text) {
     ASSERT_EQ(treeText(tree), treeText(plain)) << text;
 }
 
-// How deep `tree` is along its first children.
+// The depth of `tree` along its first children.
 int depthOf(const TStringTree& tree) {
     int depth = 0;
     for (const TStringTree* node = &tree; !node->subTreesKeys().isEmpty();
@@ -119,9 +119,8 @@ TEST(TYamlTreeHostile, ReadsAMegabyteOfIndentationBeforeAndAfterEveryLine) {
     EXPECT_EQ(treeText(tree), "a=1\nd=3\nB:\nB/2:\n");
 }
 
-// A text of every level's own indentation would be of quadratic size; entries at one column nest
-// too.
-TEST(TYamlTreeHostile, NestsTwoHundredThousandLevelsAndEndsInOrder) {
+// Entries in the same column nest too, which keeps the text's size linear.
+TEST(TYamlTreeHostile, NestsTwoHundredThousandLevelsAndIsDestroyed) {
     constexpr int kLevels = 200'000;
     std::string text = "---\n";
     for (int i = 0; i < kLevels; ++i) {
@@ -138,7 +137,7 @@ TEST(TYamlTreeHostile, NestsTwoHundredThousandLevelsAndEndsInOrder) {
     tree.setYaml(text.c_str());
 }
 
-TEST(TYamlTreeHostile, NestsSectionsALevelAColumn) {
+TEST(TYamlTreeHostile, NestsSectionsOneLevelPerColumn) {
     constexpr int kLevels = 2'000;
     std::string text = "---\n";
     for (int i = 0; i < kLevels; ++i) {
