@@ -12,9 +12,9 @@ std::string variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
-// What a program of Qt needs before its first line, in the Wine folder of a build.
+// What a Qt program needs in the Wine folder of a build in order to start.
 
-TEST(WineEnvironment, LeadsToTheLibrariesOfTheCompiler) {
+TEST(WineEnvironment, FindsTheLibrariesOfTheCompiler) {
     for (const wchar_t* library :
          {L"libstdc++-6.dll", L"libgcc_s_seh-1.dll", L"libwinpthread-1.dll"}) {
         EXPECT_NE(LoadLibraryW(library), nullptr) << std::filesystem::path(library);

@@ -9,7 +9,7 @@ function(read_tables variable)
     if(NOT result EQUAL 0)
         message(FATAL_ERROR "${ARGN} cannot read ${LIBRARY}")
     endif()
-    # Brackets would hold a CMake list together.
+    # CMake does not split a list at semicolons within brackets.
     string(REGEX REPLACE "[][;\r]" " " output "${output}")
     string(REGEX MATCHALL "[^\n]+" lines "${output}")
     set(${variable} "${lines}" PARENT_SCOPE)

@@ -1,4 +1,4 @@
-# Makes a package, unpacks it and compares its files with a list:
+# Builds a package, unpacks it and compares its files with a list:
 # cmake -DCPACK=<command> -DKIND=<generator> -DCONFIG=<file> -DUNPACKED=<folder> -DVERSION=<version>
 # -DEXPECTED=<file>,... -DFORBIDDEN=<folder>,... -P checkpackage.cmake
 string(REPLACE "," ";" expected "${EXPECTED}")
@@ -39,7 +39,7 @@ if(leaked OR missing)
     message(FATAL_ERROR "The package lacks \"${missing}\" and has too much with \"${leaked}\"")
 endif()
 
-# The texts of the package hold on other machines.
+# No text of the package contains a path of this machine.
 file(GLOB_RECURSE texts "${UNPACKED}/*.cmake" "${UNPACKED}/*.h" "${UNPACKED}/*.txt"
     "${UNPACKED}/*.md")
 foreach(file IN LISTS texts)
@@ -58,7 +58,7 @@ if(NOT newest STREQUAL "## ${VERSION}")
     message(FATAL_ERROR "The change log begins with \"${newest}\", the version is ${VERSION}")
 endif()
 
-# Nobody has to guess who may do what with it.
+# The page must state the licence.
 file(READ "${UNPACKED}/README.md" page)
 if(NOT page MATCHES "\n## Licence\n\n[^\n]+licence")
     message(FATAL_ERROR "The package's page says nothing of a licence")

@@ -1,8 +1,8 @@
-# Looks for files that the pages of a folder name and that are not in it:
+# Finds files that the pages of a folder name but that are not in it:
 # cmake -DFOLDER=<folder> -DSUFFIX=<of programs> -P checkpages.cmake
 #
-# Taken for a file of the folder is a relative link, a command like ./name, and whatever begins with
-# the name of a folder of the package or of the sources. Headers are named as they are included.
+# It checks relative links, commands like ./name, and names that begin with a folder of the package or of
+# the sources. Headers are named as they are included.
 string(CONCAT folders "bin|docs|include|lib|plugins|"
     "sdk|irsdk|yaml|reader|plugin|tools|benchmarks|tests|cmake|scripts|build")
 
@@ -14,7 +14,7 @@ endif()
 set(absent)
 foreach(page IN LISTS pages)
     file(READ "${FOLDER}/${page}" text)
-    # Brackets and semicolons would cut or join the parts of a list.
+    # Brackets and semicolons have a meaning in CMake lists.
     string(REPLACE "](" "<link:" text "${text}")
     string(REGEX REPLACE "[][;]" " " text "${text}")
     cmake_path(GET page PARENT_PATH page_folder)

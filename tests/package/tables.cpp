@@ -1,4 +1,4 @@
-// A library with the plugin's two exports, and with one thing too many where that was asked for.
+// A library with the plugin's two exports, and optionally one export or import too many.
 #include <cstdlib>
 
 #ifdef _WIN32

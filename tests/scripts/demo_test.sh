@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The demonstration names only what is still there when it has ended, and README.md shows what it says.
+# The demonstration only names files that still exist when it has ended, and README.md shows its output.
 #
 #   demo_test.sh FOLDER    the folder that holds demo.sh and README.md
 set -euo pipefail
@@ -38,7 +38,7 @@ while IFS= read -r path; do
     [[ -e "$path" ]] || fail "it names $path, which is not there"
 done <<<"$named"
 
-# Its own lines; the others are the programs'.
+# Only the script's own lines, not those of the programs.
 while IFS= read -r line; do
     grep -qxF "    $line" "$1/README.md" || fail "README.md does not show: $line"
 done < <(grep -vE '^$|/' output)

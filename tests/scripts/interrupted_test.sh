@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# A test.sh that is interrupted in a stage says so, with its exit status too, and leaves nothing running.
+# If test.sh is interrupted in a stage, it says so, sets its exit status, and leaves nothing running.
 #
 #   interrupted_test.sh FOLDER    the folder that holds test.sh
 set -euo pipefail
@@ -15,7 +15,7 @@ trap clean_up EXIT
 mkdir "$folder/scripts" "$folder/programs"
 cp "$1/test.sh" "$folder/"
 printf '#!/bin/sh\n' >"$folder/scripts/setup.sh"
-# A build that takes longer than it should be left to, in a process below the one that was started.
+# A build that hangs, in a child process of the started one.
 cat >"$folder/programs/cmake" <<'END'
 #!/bin/bash
 [[ "$1" == --build ]] || exit 0
@@ -26,7 +26,7 @@ chmod +x "$folder/scripts/setup.sh" "$folder/programs/cmake"
 cd "$folder"
 PATH="$folder/programs:$PATH"
 
-# A process that nobody has waited for yet runs no longer.
+# A zombie is not running.
 is_running() {
     grep -qs '^State:[[:space:]]*[^Z[:space:]]' "/proc/$1/status"
 }
@@ -41,7 +41,7 @@ fail() {
 expect_status() {
     local signal="$1" whom="$2" expected="$3" script status=0
     rm -f build-process
-    # Whoever runs this may have the signals ignored.
+    # The caller may ignore these signals.
     set -m
     env --default-signal=INT,TERM ./test.sh --stage debug >output 2>&1 &
     script=$!

@@ -19,8 +19,8 @@ class RandomSamples {
 public:
     explicit RandomSamples(unsigned seed) : m_random(seed) {}
 
-    // A sample of some of the names. Their texts are made anew each time, or shared with
-    // earlier samples as a producer's are.
+    // A sample with some of the names. Their texts are new each time, or shared with earlier
+    // samples as a real producer shares them.
     Sample next(int percentOfNames) {
         Sample sample;
         for (const QString& shared : kNames) {
@@ -58,7 +58,7 @@ private:
             case 8:
                 return QString::number(static_cast<double>(bits) / 7.0);
             case 9:
-                return QString("no number");
+                return QString("not a number");
             case 10:
                 return QVariant::fromValue(static_cast<short>(bits));
             case 11:
@@ -78,7 +78,7 @@ private:
     std::mt19937_64 m_random;
 };
 
-/** A copy has the very channels that the lap had when it was copied. */
+/** A copy shares the channel objects that the lap had when it was copied. */
 void expectSameObjects(const Lap& copy, const Lap& lap) {
     for (const auto& [name, channel] : copy.channels().asKeyValueRange()) {
         EXPECT_EQ(channel, lap.channel(name)) << name.toStdString();

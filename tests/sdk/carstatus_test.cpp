@@ -35,7 +35,7 @@ TEST(CarStatus, HasAFixedNumberAndTextForEveryState) {
     }
 }
 
-TEST(CarStatus, HasANullTextForNumbersThatAreNoStatus) {
+TEST(CarStatus, HasANullTextForOtherNumbers) {
     EXPECT_TRUE(carStatusToString(static_cast<CarStatus>(9)).isNull());
     EXPECT_TRUE(carStatusToString(static_cast<CarStatus>(-2)).isNull());
 }

@@ -27,7 +27,7 @@ TEST(Channel, ReadsAndOverwritesEntries) {
     EXPECT_EQ(channel.unit(), "m");
 }
 
-TEST(Channel, TakesEverythingBelowTheSinglePrecisionThresholdForAReading) {
+TEST(Channel, TakesEverythingBelowTheSinglePrecisionThresholdForValid) {
     Channel channel;
     channel.samples = {0.0, -1.0, -1e300, 1e24, 9.99e23};
     for (long long i = 0; i < channel.samples.size(); ++i) {

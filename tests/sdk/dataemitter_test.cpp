@@ -116,7 +116,7 @@ TEST(DataEmitter, ComparesAndPrintsSharedLapsByPointer) {
     EXPECT_EQ(printed.trimmed(), expected.trimmed());
 }
 
-TEST(DataEmitter, DeliversWhatBecomesOfAConnection) {
+TEST(DataEmitter, DeliversTheStatesOfAConnection) {
     DataEmitter emitter;
     QSignalSpy connected(&emitter, &DataEmitter::sendConnected);
     QSignalSpy disconnected(&emitter, &DataEmitter::sendDisconnected);
@@ -151,7 +151,7 @@ TEST(DataEmitter, DeliversPayloadsAsTheyAre) {
     EXPECT_EQ(messages[0][0].toString(), "hello");
     EXPECT_EQ(messages[0][1].toInt(), 3);
     EXPECT_EQ(progress.size(), 1);
-    EXPECT_EQ(sessionInfos.size(), 1) << "an empty record is delivered as any other";
+    EXPECT_EQ(sessionInfos.size(), 1) << "an empty record is delivered too";
     ASSERT_EQ(laps.size(), 1);
     EXPECT_EQ(laps[0][0].value<QSharedPointer<Lap>>(), lap);
 }

@@ -25,7 +25,7 @@ TEST(DynamicData, StoresAndReplacesByName) {
     EXPECT_FALSE(data.isEmpty());
 }
 
-TEST(DynamicData, AnswersAnAbsentNameWithADefaultValueAndStaysUnchanged) {
+TEST(DynamicData, GivesADefaultValueForAnAbsentNameAndStaysUnchanged) {
     const DynamicData data;
     const Value absent = data.value("speed");
     EXPECT_FALSE(absent.value.isValid());
@@ -52,22 +52,15 @@ TEST(DynamicData, RemovesOneNameAndIgnoresAbsentOnes) {
     EXPECT_EQ(data.valueNameList(), QStringList({"b"}));
 }
 
-TEST(DynamicData, ClearLeavesEarlierCopiesAsTheyWere) {
-    DynamicData data;
-    data.setValue("a", 1, QString());
-    const DynamicData copy = data;
-    data.clear();
-    EXPECT_TRUE(data.isEmpty());
-    EXPECT_TRUE(copy.containsValue("a"));
-}
-
-TEST(DynamicData, RemoveValuesLeavesEarlierCopiesAsTheyWere) {
-    DynamicData data;
-    data.setValue("a", 1, QString());
-    const DynamicData copy = data;
-    data.removeValues();
-    EXPECT_TRUE(data.isEmpty());
-    EXPECT_TRUE(copy.containsValue("a"));
+TEST(DynamicData, ClearAndRemoveValuesDoNotChangeEarlierCopies) {
+    for (const auto empty : {&DynamicData::clear, &DynamicData::removeValues}) {
+        DynamicData data;
+        data.setValue("a", 1, QString());
+        const DynamicData copy = data;
+        (data.*empty)();
+        EXPECT_TRUE(data.isEmpty());
+        EXPECT_TRUE(copy.containsValue("a"));
+    }
 }
 
 TEST(DynamicData, CopiesShareUntilOneWrites) {

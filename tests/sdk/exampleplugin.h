@@ -4,7 +4,7 @@
 
 #include <QObject>
 
-/** The smallest live plugin: written from the interface's header, as any author would. */
+/** The smallest live plugin, written by the interface's header alone. */
 class ExamplePlugin : public QObject, public TLM::SDK::PluginInterfaceLive {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID TLM_SDK_PLUGININTERFACELIVE_IID)

@@ -35,7 +35,7 @@ TEST(Lap, StartsEmpty) {
     EXPECT_FALSE(lap.completed());
 }
 
-TEST(Lap, HoldsRecordedAndCalculatedChannelsIndependently) {
+TEST(Lap, KeepsRecordedAndCalculatedChannelsSeparately) {
     Lap lap;
     lap.addChannel(channelOf({1}), "speed");
     lap.addCalculatedChannel(channelOf({2}), "speed");
@@ -54,7 +54,7 @@ TEST(Lap, HoldsRecordedAndCalculatedChannelsIndependently) {
     EXPECT_TRUE(lap.containsChannel("speed"));
 }
 
-TEST(Lap, AnswersAbsentNamesWithNullAndNoEffect) {
+TEST(Lap, GivesNullForAbsentNamesAndIgnoresTheirRemoval) {
     Lap lap;
     EXPECT_TRUE(lap.channel("a").isNull());
     EXPECT_TRUE(lap.calculatedChannel("a").isNull());
@@ -121,14 +121,14 @@ TEST(Lap, IsAsLongAsItsFirstRecordedChannel) {
     EXPECT_EQ(lap.size(), 2);
 }
 
-TEST(Lap, IsAsLongAsItsFirstCalculatedChannelWithoutRecordedOnes) {
+TEST(Lap, IsAsLongAsItsFirstCalculatedChannelIfNoneIsRecorded) {
     Lap lap;
     lap.addCalculatedChannel(channelOf({1}), "b");
     lap.addCalculatedChannel(channelOf({1, 2, 3}), "a");
     EXPECT_EQ(lap.size(), 3);
 }
 
-TEST(Lap, IsEmptyWithoutChannelsWhateverItsValues) {
+TEST(Lap, IsEmptyWithoutChannelsEvenIfItHasValues) {
     Lap lap;
     lap.setValue("Weather", "wet", QString());
     EXPECT_TRUE(lap.isEmpty());
@@ -153,7 +153,7 @@ TEST(Lap, ClearEmptiesChannelsAndValuesAndKeepsTheHeader) {
     EXPECT_EQ(lap.driverName(), "Zoe");
 }
 
-TEST(Lap, KeepsAMapOnceGivenCompleteAlsoAfterItWasCleared) {
+TEST(Lap, KeepsTheMapThatItReturnedUpToDateAlsoAfterClear) {
     Sample sample;
     sample.setValue("a", 1, QString());
     Lap lap;
@@ -165,7 +165,7 @@ TEST(Lap, KeepsAMapOnceGivenCompleteAlsoAfterItWasCleared) {
     }
 }
 
-TEST(Lap, GivesItsValuesByNameAndAsAWhole) {
+TEST(Lap, GivesOneValueAndAllValues) {
     Lap lap;
     lap.setValue("Track length", 5.1, "km");
     EXPECT_EQ(lap.value("Track length").value.toDouble(), 5.1);

@@ -1,6 +1,8 @@
 #include "sdk/lap.h"
 #include "tests/support/printqt.h"
 
+#include <QMap>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +10,8 @@
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
+#include <ostream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -38,9 +42,57 @@ double addedAs(const QVariant& value) {
     return lap.channel("a")->sample(0);
 }
 
+/** A rule of addSample(), as a sentence: some samples and the channels that they give. */
+struct Rule {
+    const char* name;
+    QList<Sample> samples;
+    QMap<QString, QList<double>> channels;
+};
+
+void PrintTo(const Rule& rule, std::ostream* out) {
+    *out << rule.name;
+}
+
+const Rule kRules[] = {
+    {"AppendsToTheChannelOfTheSameName",
+     {sampleOf({{"a", 1}, {"b", 2}}), sampleOf({{"a", 3}, {"b", 4}})},
+     {{"a", {1, 3}}, {"b", {2, 4}}}},
+    {"MarksAChannelThatTheSampleLacks",
+     {sampleOf({{"a", 1}, {"b", 2}}), sampleOf({{"b", 5}})},
+     {{"a", {1, kMissing}}, {"b", {2, 5}}}},
+    {"MarksTheChannelsAfterTheSamplesLastName",
+     {sampleOf({{"a", 1}, {"b", 2}, {"c", 3}}), sampleOf({{"a", 4}})},
+     {{"a", {1, 4}}, {"b", {2, kMissing}}, {"c", {3, kMissing}}}},
+    {"MarksEveryChannelForASampleWithoutValues",
+     {sampleOf({{"a", 1}, {"b", 2}}), Sample()},
+     {{"a", {1, kMissing}}, {"b", {2, kMissing}}}},
+    {"LeavesAnEmptyLapEmptyForASampleWithoutValues", {Sample()}, {}},
+    {"BackFillsANewChannelWithTheMissingMarker",
+     {sampleOf({{"a", 1}}), sampleOf({{"a", 4}, {"c", 9}})},
+     {{"a", {1, 4}}, {"c", {kMissing, 9}}}},
+    {"BackFillsANewChannelBetweenTwoOthers",
+     {sampleOf({{"a", 1}, {"c", 2}}), sampleOf({{"a", 1}, {"c", 2}}),
+      sampleOf({{"a", 3}, {"b", 7}, {"c", 4}})},
+     {{"a", {1, 1, 3}}, {"b", {kMissing, kMissing, 7}}, {"c", {2, 2, 4}}}},
+    // The first channel does not have this sample's entry yet, so the new one is one entry short.
+    {"LeavesANewFirstChannelOneEntryShort",
+     {sampleOf({{"b", 2}}), sampleOf({{"a", 7}, {"b", 3}})},
+     {{"a", {7}}, {"b", {2, 3}}}},
+    // Two new names before all others: the second is filled up to the length of the first, which is
+    // the first channel by then and has its entry.
+    {"BackFillsByTheChannelThatIsFirstAtThatMoment",
+     {sampleOf({{"c", 1}}), sampleOf({{"c", 2}}), sampleOf({{"a", 7}, {"b", 8}, {"c", 3}})},
+     {{"a", {kMissing, 7}}, {"b", {kMissing, 8}}, {"c", {1, 2, 3}}}},
+    {"ComparesNamesWithCase",
+     {sampleOf({{"Speed", 1}, {"speed", 2}}), sampleOf({{"speed", 3}})},
+     {{"Speed", {1, kMissing}}, {"speed", {2, 3}}}},
+};
+
+class LapAddSampleBy : public ::testing::TestWithParam<Rule> {};
+
 }  // namespace
 
-TEST(LapAddSample, MakesAChannelOfEveryValueOfTheFirstSample) {
+TEST(LapAddSample, CreatesAChannelForEveryValueOfTheFirstSample) {
     Sample sample;
     sample.setValue("b", 2.0, "m");
     sample.setValue("a", 1.0, "s");
@@ -53,83 +105,19 @@ TEST(LapAddSample, MakesAChannelOfEveryValueOfTheFirstSample) {
     EXPECT_EQ(lap.channel("b")->unit(), "m");
 }
 
-TEST(LapAddSample, AppendsToTheChannelOfTheSameName) {
+TEST_P(LapAddSampleBy, Rule) {
     Lap lap;
-    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
-    lap.addSample(sampleOf({{"a", 3}, {"b", 4}}));
-    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 3}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 4}));
+    for (const Sample& sample : GetParam().samples) {
+        lap.addSample(sample);
+    }
+    EXPECT_EQ(lap.getAvailableRecordedChannels(), GetParam().channels.keys());
+    for (const auto& [name, expected] : GetParam().channels.asKeyValueRange()) {
+        EXPECT_EQ(entries(lap, name), expected) << name.toStdString();
+    }
 }
 
-TEST(LapAddSample, MarksAChannelThatTheSampleLacks) {
-    Lap lap;
-    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
-    lap.addSample(sampleOf({{"b", 5}}));
-    EXPECT_EQ(entries(lap, "a"), QList<double>({1, kMissing}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 5}));
-}
-
-TEST(LapAddSample, MarksTheChannelsAfterTheSamplesLastName) {
-    Lap lap;
-    lap.addSample(sampleOf({{"a", 1}, {"b", 2}, {"c", 3}}));
-    lap.addSample(sampleOf({{"a", 4}}));
-    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 4}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({2, kMissing}));
-    EXPECT_EQ(entries(lap, "c"), QList<double>({3, kMissing}));
-}
-
-TEST(LapAddSample, MarksEveryChannelForASampleWithoutValues) {
-    Lap lap;
-    lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
-    lap.addSample(Sample());
-    EXPECT_EQ(entries(lap, "a"), QList<double>({1, kMissing}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({2, kMissing}));
-}
-
-TEST(LapAddSample, LeavesAnEmptyLapEmptyForASampleWithoutValues) {
-    Lap lap;
-    lap.addSample(Sample());
-    EXPECT_TRUE(lap.isEmpty());
-}
-
-TEST(LapAddSample, BackFillsANewChannelWithTheMissingMarker) {
-    Lap lap;
-    lap.addSample(sampleOf({{"a", 1}}));
-    lap.addSample(sampleOf({{"a", 4}, {"c", 9}}));
-    EXPECT_EQ(entries(lap, "a"), QList<double>({1, 4}));
-    EXPECT_EQ(entries(lap, "c"), QList<double>({kMissing, 9}));
-}
-
-TEST(LapAddSample, BackFillsANewChannelBetweenTwoOthers) {
-    Lap lap;
-    lap.addSample(sampleOf({{"a", 1}, {"c", 2}}));
-    lap.addSample(sampleOf({{"a", 1}, {"c", 2}}));
-    lap.addSample(sampleOf({{"a", 3}, {"b", 7}, {"c", 4}}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({kMissing, kMissing, 7}));
-    EXPECT_EQ(entries(lap, "c"), QList<double>({2, 2, 4}));
-}
-
-// The first channel has not received this sample's entry yet, so the new one ends an entry short.
-TEST(LapAddSample, LeavesANewFirstChannelOneEntryShort) {
-    Lap lap;
-    lap.addSample(sampleOf({{"b", 2}}));
-    lap.addSample(sampleOf({{"a", 7}, {"b", 3}}));
-    EXPECT_EQ(entries(lap, "a"), QList<double>({7}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({2, 3}));
-    EXPECT_EQ(lap.size(), 1);
-}
-
-// Two new names before all others: the second counts the first, which is the first channel by then
-// and already has its entry.
-TEST(LapAddSample, BackFillsByTheChannelThatIsFirstAtThatMoment) {
-    Lap lap;
-    lap.addSample(sampleOf({{"c", 1}}));
-    lap.addSample(sampleOf({{"c", 2}}));
-    lap.addSample(sampleOf({{"a", 7}, {"b", 8}, {"c", 3}}));
-    EXPECT_EQ(entries(lap, "a"), QList<double>({kMissing, 7}));
-    EXPECT_EQ(entries(lap, "b"), QList<double>({kMissing, 8}));
-    EXPECT_EQ(entries(lap, "c"), QList<double>({1, 2, 3}));
-}
+INSTANTIATE_TEST_SUITE_P(Every, LapAddSampleBy, ::testing::ValuesIn(kRules),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(LapAddSample, BackFillsNothingBesideAFirstChannelWithoutEntries) {
     Lap lap;
@@ -166,15 +154,7 @@ TEST(LapAddSample, GivesALateChannelTheUnitOfItsFirstValue) {
     EXPECT_EQ(lap.channel("b")->unit(), "kPa");
 }
 
-TEST(LapAddSample, ComparesNamesWithCase) {
-    Lap lap;
-    lap.addSample(sampleOf({{"Speed", 1}, {"speed", 2}}));
-    lap.addSample(sampleOf({{"speed", 3}}));
-    EXPECT_EQ(entries(lap, "Speed"), QList<double>({1, kMissing}));
-    EXPECT_EQ(entries(lap, "speed"), QList<double>({2, 3}));
-}
-
-TEST(LapAddSample, LeavesCalculatedChannelsAndCarFieldsAlone) {
+TEST(LapAddSample, ChangesNeitherCalculatedChannelsNorCarFields) {
     Lap lap;
     lap.addCalculatedChannel(QSharedPointer<Channel>::create(), "a");
     lap.setDriverName("Zoe");
@@ -214,13 +194,13 @@ TEST(LapAddSample, ReadsEveryNumberAsQtConvertsIt) {
     }
 }
 
-TEST(LapAddSample, CountsWhatIsNoNumberAsZero) {
+TEST(LapAddSample, CountsValuesThatAreNotNumbersAsZero) {
     EXPECT_EQ(addedAs(QVariant()), 0.0);
     EXPECT_EQ(addedAs(QString("fast")), 0.0);
     EXPECT_EQ(addedAs(QVariantList{1, 2}), 0.0);
 }
 
-TEST(LapAddSample, LeavesACopiedListAsItWas) {
+TEST(LapAddSample, DoesNotChangeACopiedList) {
     Lap lap;
     lap.addSample(sampleOf({{"a", 1}}));
     const QList<double> kept = lap.channel("a")->samples;
@@ -229,7 +209,7 @@ TEST(LapAddSample, LeavesACopiedListAsItWas) {
     EXPECT_EQ(entries(lap, "a"), QList<double>({1, 2}));
 }
 
-TEST(LapAddSample, AppendsToAChannelThatAnotherLapHoldsToo) {
+TEST(LapAddSample, AppendsToAChannelThatAnotherLapShares) {
     Lap lap;
     lap.addSample(sampleOf({{"a", 1}}));
     Lap copy = lap;
@@ -252,7 +232,7 @@ TEST(LapAddSample, KeepsNewChannelsOutOfASharedMap) {
     EXPECT_EQ(entries(lap, "e"), QList<double>({7}));
 }
 
-TEST(LapAddSample, ShowsEverySampleToWhoHasBeenGivenAChannel) {
+TEST(LapAddSample, ShowsEverySampleInAChannelThatWasHandedOut) {
     const Sample sample = sampleOf({{"a", 1}, {"b", 2}});
     Lap lap;
     lap.addSample(sample);
@@ -327,7 +307,7 @@ TEST(LapAddSample, LosesNothingWhenALapIsCopiedMovedOrChangedBetweenSamples) {
     EXPECT_EQ(entries(cleared, "b"), QList<double>({2}));
 }
 
-TEST(LapAddSample, GoesOnInAChannelThatSomebodyHolds) {
+TEST(LapAddSample, ContinuesAChannelWhoseSamplesAreShared) {
     Lap lap;
     const Sample sample = sampleOf({{"a", 1}, {"b", 2}});
     QList<double> held;
@@ -342,7 +322,7 @@ TEST(LapAddSample, GoesOnInAChannelThatSomebodyHolds) {
     EXPECT_EQ(lap.channel("b")->samples.size(), 200);
 }
 
-TEST(LapAddSample, GoesOnWithAChannelThatReplacedARecordedOne) {
+TEST(LapAddSample, ContinuesAChannelThatReplacedARecordedOne) {
     Lap lap;
     lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
     const auto former = lap.channel("a");
@@ -355,7 +335,7 @@ TEST(LapAddSample, GoesOnWithAChannelThatReplacedARecordedOne) {
     EXPECT_EQ(entries(lap, "b"), QList<double>({2, 4}));
 }
 
-TEST(LapAddSample, MarksAReadingMissingInAChannelThatWasAddedMeanwhile) {
+TEST(LapAddSample, MarksAMissingReadingInAChannelThatWasAddedMeanwhile) {
     Lap lap;
     lap.addSample(sampleOf({{"b", 2}}));
     const auto added = QSharedPointer<Channel>::create();
@@ -366,7 +346,7 @@ TEST(LapAddSample, MarksAReadingMissingInAChannelThatWasAddedMeanwhile) {
     EXPECT_EQ(entries(lap, "b"), QList<double>({2, 4}));
 }
 
-TEST(LapAddSample, MakesAChannelAnewThatWasRemovedMeanwhile) {
+TEST(LapAddSample, CreatesAChannelAgainThatWasRemovedMeanwhile) {
     Lap lap;
     lap.addSample(sampleOf({{"a", 1}, {"b", 2}}));
     lap.addSample(sampleOf({{"a", 3}, {"b", 4}}));

@@ -24,7 +24,7 @@ QByteArray namesAndCount(qint32 count) {
     return WireBytes().text("Src").text("P").u32(static_cast<quint32>(count)).bytes();
 }
 
-// A reader makes as many cars as a count says; a test cannot afford all of them.
+// A reader creates as many cars as the count says, which can be too many for a test.
 constexpr qint32 kAffordableCars = 1'000;
 
 qint32 announcedCars(const QByteArray& bytes) {
@@ -45,7 +45,7 @@ TEST(LivePluginInfo, StartsEmpty) {
     EXPECT_TRUE(info.sourceName().isEmpty());
 }
 
-// The names travel in the reverse of the order in which the record holds them.
+// The names are streamed in the reverse order of the record's members.
 TEST(LivePluginInfoStream, WritesSourceThenPluginThenCountThenCars) {
     const QByteArray expected = WireBytes()
                                     .append(namesAndCount(3))

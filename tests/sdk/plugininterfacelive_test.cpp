@@ -45,7 +45,8 @@ private:
 QString messageOf(NamedPlugin& plugin, const QString& text) {
     QSignalSpy messages(plugin.dataEmitter(), &DataEmitter::sendMessage);
     plugin.message(text, 0);
-    return messages.size() == 1 ? messages[0][0].toString() : QStringLiteral("no single message");
+    return messages.size() == 1 ? messages[0][0].toString()
+                                : QStringLiteral("not exactly one message");
 }
 
 }  // namespace
@@ -59,7 +60,7 @@ TEST(PluginInterfaceLive, StartsDisconnectedWithoutCars) {
     EXPECT_EQ(plugin.dataEmitter()->parent(), nullptr);
 }
 
-TEST(PluginInterfaceLive, ReportsWhatThePluginSaysAboutItsConnection) {
+TEST(PluginInterfaceLive, ReportsTheConnectionStateThatThePluginSets) {
     NamedPlugin plugin("Sim");
     plugin.connectToSource();
     EXPECT_TRUE(plugin.isConnected());
@@ -79,7 +80,7 @@ TEST(PluginInterfaceLive, SendsThePrefixAloneForAnEmptyText) {
     EXPECT_EQ(messageOf(plugin, QString()), "[iRacing plugin] ");
 }
 
-TEST(PluginInterfaceLive, SendsTheBracketDirectlyBeforeTheBlankForAnEmptySource) {
+TEST(PluginInterfaceLive, KeepsTheBlankOfThePrefixForAnEmptySource) {
     NamedPlugin plugin{QString()};
     EXPECT_EQ(messageOf(plugin, "text"), "[ plugin] text");
 }

@@ -73,7 +73,7 @@ TEST(SampleListStream, SurvivesEverySingleChangedByte) {
     });
 }
 
-TEST(SampleListStream, TakesNoMemoryOnTheWordOfAHugeCount) {
+TEST(SampleListStream, ReservesNoMemoryForAHugeCount) {
     for (const quint32 count : {1'000'000U, 0xFFFFFFFFU}) {
         const QByteArray bytes = WireBytes().u32(count).append(filledCarBytes()).bytes();
         QList<Sample> read;

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QtGlobal>
 
-// Bytes as they travel, put together by hand: big-endian, independent of QDataStream.
+// Stream bytes put together by hand: big-endian, independent of QDataStream.
 class WireBytes {
 public:
     WireBytes& u8(quint32 value) {
@@ -73,7 +73,7 @@ QDataStream::Status readInto(const QByteArray& bytes, T& record) {
     return stream.status();
 }
 
-// Calls `check` with `valid` in which one byte was changed, for every byte and every other value.
+// Calls `check` with every change of one byte of `valid`.
 template <typename Check>
 void forEveryChangedByte(const QByteArray& valid, const Check& check) {
     for (qsizetype at = 0; at < valid.size(); ++at) {
@@ -85,7 +85,7 @@ void forEveryChangedByte(const QByteArray& valid, const Check& check) {
     }
 }
 
-// Qt tells of unknown types by warnings; thousands of them would bury a failure.
+// Drops Qt's messages, of which some tests cause thousands.
 class QuietQt {
 public:
     QuietQt()
@@ -100,7 +100,7 @@ private:
     QtMessageHandler m_previous;
 };
 
-// A car of which every field differs from every default.
+// A car whose fields all differ from the defaults.
 inline TLM::SDK::CarInfo filledCar(const QString& carId = QStringLiteral("7")) {
     TLM::SDK::CarInfo car;
     car.setCarId(carId);
@@ -116,7 +116,7 @@ inline TLM::SDK::CarInfo filledCar(const QString& carId = QStringLiteral("7")) {
     return car;
 }
 
-// What filledCar() is on the wire.
+// filledCar() as stream bytes.
 inline QByteArray filledCarBytes(const QString& carId = QStringLiteral("7")) {
     return WireBytes()
         .u32(10)
@@ -147,4 +147,18 @@ inline TLM::SDK::CarInfo emptyMapCar() {
     car.setStatus(TLM::SDK::CarStatus::NotConnected);
     car.setDetailedTelemetry(false);
     return car;
+}
+
+// Whether reading filledCarBytes() into `before` fails and resets the car if cut off at any byte.
+template <typename Record>
+bool isResetByEveryCut(const Record& before) {
+    const QByteArray whole = filledCarBytes();
+    for (qsizetype length = 0; length < whole.size(); ++length) {
+        Record read = before;
+        if (readInto(whole.first(length), read) == QDataStream::Ok ||
+            !sameFields(read, emptyMapCar())) {
+            return false;
+        }
+    }
+    return true;
 }

@@ -12,10 +12,10 @@
 using TLM::SDK::generateUniqueFileName;
 using TLM::SDK::isValidValue;
 
-TEST(IsValidValue, HoldsBelowTheWidenedSinglePrecisionThreshold) {
+TEST(IsValidValue, IsTrueBelowTheWidenedSinglePrecisionThreshold) {
     EXPECT_TRUE(isValidValue(0.0));
     EXPECT_TRUE(isValidValue(-std::numeric_limits<double>::infinity()));
-    EXPECT_TRUE(isValidValue(1e24)) << "the double lies just below the widened float";
+    EXPECT_TRUE(isValidValue(1e24)) << "the double is just below the widened float";
     EXPECT_FALSE(isValidValue(1.0000000138484279e+24));
     EXPECT_TRUE(isValidValue(std::nextafter(1.0000000138484279e+24, 0.0)));
     EXPECT_FALSE(isValidValue(9.999999562023526e+24));
@@ -23,7 +23,7 @@ TEST(IsValidValue, HoldsBelowTheWidenedSinglePrecisionThreshold) {
     EXPECT_FALSE(isValidValue(std::numeric_limits<double>::quiet_NaN()));
 }
 
-// Windows drops a dot at the end of a name: there is no file "notes." there, it is "notes".
+// Windows drops a dot at the end of a file name: "notes." becomes "notes".
 #ifdef Q_OS_WIN
 constexpr bool kFilesKeepALastDot = false;
 #else
@@ -39,7 +39,7 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     }
 
-    // The name given for `request`, without the folder, which is checked here.
+    // The name given for `request`, without the folder, which this checks.
     QString nameFor(const QString& request) const {
         const QDir dir(m_folder.path());
         const QString path = generateUniqueFileName(dir, request);
@@ -100,6 +100,6 @@ TEST_F(GenerateUniqueFileName, GivesTheNameForAFolderThatDoesNotExist) {
     EXPECT_EQ(generateUniqueFileName(missing, "lap.csv"), missing.absolutePath() + "/lap.csv");
 }
 
-TEST_F(GenerateUniqueFileName, AnswersAnEmptyRequestWithTheDotAlone) {
+TEST_F(GenerateUniqueFileName, GivesOnlyTheDotForAnEmptyRequest) {
     EXPECT_EQ(nameFor(""), ".");
 }

@@ -12,7 +12,7 @@ TEST(Value, DefaultIsInvalidWithoutUnit) {
     EXPECT_TRUE(value.unit().isEmpty());
 }
 
-TEST(Value, HoldsQuantityAndUnit) {
+TEST(Value, HasAQuantityAndAUnit) {
     Value value(12.5, "km/h");
     EXPECT_EQ(value.value.toDouble(), 12.5);
     EXPECT_EQ(value.unit(), "km/h");

@@ -10,9 +10,8 @@ using TLM::SDK::PluginInterfaceLive;
 
 namespace {
 
-// A pointer to a virtual member function holds one more than its offset in the table of virtual
-// functions, where compilers follow the Itanium rules; its second word adjusts the object's
-// address.
+// By the Itanium ABI, a pointer to a virtual member function is its offset in the virtual table
+// plus one, and a second word that adjusts the object's address.
 template <typename Member>
 std::ptrdiff_t slotOf(Member member) {
     const auto words = std::bit_cast<std::array<std::ptrdiff_t, 2>>(member);
@@ -21,8 +20,8 @@ std::ptrdiff_t slotOf(Member member) {
 
 }  // namespace
 
-// A host calls by slot: exchanging two of these lines is another interface. The destructor comes
-// first and takes two slots.
+// Hosts call by slot, so another order is another interface. The destructor comes first and takes
+// two slots.
 TEST(PluginInterfaceLive, HasItsVirtualFunctionsInTheOrderOfTheInterface) {
     EXPECT_EQ(slotOf(&PluginInterfaceLive::initialize), 2);
     EXPECT_EQ(slotOf(&PluginInterfaceLive::saveSettings), 3);

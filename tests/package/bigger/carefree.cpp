@@ -1,5 +1,4 @@
-// The user's own code, which is none of the project's business: it converts and shadows as it
-// likes.
+// A user's code. The project's warnings do not apply to it: it may convert and shadow.
 #include "sdk/lap.h"
 
 int carefree(const TLM::SDK::Lap& lap) {

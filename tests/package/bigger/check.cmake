@@ -1,4 +1,4 @@
-# After a build of everything in a bigger build: runs the host, and looks for what nobody asked for:
+# After building everything in a bigger build: runs the host, and checks that nothing extra was built:
 # cmake -DBUILD=<folder> -DCONSUMER=<file> -DPLUGIN=<file> -DVERSION=<version> -P check.cmake
 execute_process(COMMAND "${CONSUMER}" "${PLUGIN}" "${VERSION}" COMMAND_ERROR_IS_FATAL ANY)
 

@@ -1,4 +1,4 @@
-// A host that was built from the package alone: consumer PLUGIN VERSION
+// A host built only from the package: consumer PLUGIN VERSION
 #include "sdk/carinfo.h"
 #include "sdk/carstatus.h"
 #include "sdk/channel.h"
