@@ -4,9 +4,9 @@
 
 using namespace Qt::StringLiterals;
 
-// Elsewhere a block keeps its size for as long as somebody has it open.
+// On other platforms a block keeps its size while it is open.
 
-TEST_F(ConnectedPluginTest, EndsInOrderWhenTheBlockWasCutOff) {
+TEST_F(ConnectedPluginTest, DisconnectsWhenTheBlockWasTruncated) {
     constexpr int toleratedMisses = 100;
     const std::string size = std::to_string(simulator.block.bytes().size());
     simulator.publisher.command("truncate 0");
@@ -18,6 +18,6 @@ TEST_F(ConnectedPluginTest, EndsInOrderWhenTheBlockWasCutOff) {
     EXPECT_EQ(host.heard(),
               QStringList{u"Message [iRacing plugin] Sim is down (0)"_s} + disconnecting);
     EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
-    // The publisher itself would fall over a missing block when it ends.
+    // The publisher itself would crash when it ends without a block.
     simulator.publisher.command("truncate " + size);
 }

@@ -49,7 +49,7 @@ void PrintTo(const SimulatorRun& run, std::ostream* out) {
     *out << run.name;
 }
 
-/** What a run gave: the laps that a host got and the laps that were driven. */
+/** The laps that a host got in a run, and those that were driven. */
 struct Recording {
     Laps laps;  // those with samples
     std::vector<DrivenLap> driven;
@@ -66,10 +66,10 @@ struct Recording {
     }
 };
 
-/** Connecting takes a tick that comes while it waits for one. */
+/** Connecting needs a tick that comes while it waits. */
 bool connectInLockstep(PluginInterfaceLive& plugin, SimulatorProcess& simulator) {
     constexpr int attempts = 10;
-    // The answer to a first step says that everything is published.
+    // Once the first step is answered, everything is published.
     EXPECT_TRUE(simulator.step().has_value());
     for (int i = 0; i < attempts && !plugin.isConnected(); ++i) {
         simulator.goOn();
@@ -86,14 +86,14 @@ Laps withSamples(const Laps& laps) {
     return some;
 }
 
-/** Loads the plugin as a host does, lets it take every tick of the run, and unloads it for good. */
+/** Loads the plugin as a host does, lets it take every tick of the run, and unloads it. */
 Recording record(const SimulatorRun& run) {
     Recording recording;
     const QTemporaryDir folder;
     const std::string log = folder.filePath(u"laps.log"_s).toStdString();
     SimulatorProcess simulator(testsupport::inLockStep(run.arguments, log));
     QPluginLoader loader(QStringLiteral(PLUGIN_MODULE));
-    loader.setLoadHints({});  // of themselves they keep the library in the process
+    loader.setLoadHints({});  // by default they keep the library loaded
     std::unique_ptr<QObject> object(loader.instance());
     auto* plugin = qobject_cast<PluginInterfaceLive*>(object.get());
     EXPECT_NE(plugin, nullptr) << loader.errorString().toStdString();
@@ -103,7 +103,7 @@ Recording record(const SimulatorRun& run) {
     const HostRecorder host(plugin->dataEmitter());
     plugin->initialize();
     EXPECT_TRUE(connectInLockstep(*plugin, simulator));
-    // Cars stand until long after the connection, so that its exact tick makes no difference.
+    // Cars do not move until long after the connection, so its exact tick makes no difference.
     for (auto tick = simulator.step(); tick && *tick < run.lastTick; tick = simulator.step()) {
         QMetaObject::invokeMethod(object.get(), "tick", Qt::DirectConnection);
     }
@@ -115,7 +115,7 @@ Recording record(const SimulatorRun& run) {
     EXPECT_TRUE(driven.has_value()) << log;
     recording.driven = driven.value_or(std::vector<DrivenLap>());
     recording.events = host.events();
-    // What a host was given outlives the plugin and its library.
+    // The laps outlive the plugin and its library.
     object.reset();
     EXPECT_TRUE(loader.unload());
     return recording;
@@ -136,7 +136,7 @@ std::string textOf(const DrivenLap& driven) {
            std::to_string(driven.finish);
 }
 
-/** The lap as the plugin says it in milliseconds, from the number that was published. */
+/** The lap time in milliseconds, as the plugin computes it from the published number. */
 QTime publishedTime(const DrivenLap& driven) {
     constexpr float millisecondsInASecond = 1000.0F;
     return QTime(0, 0).addMSecs(static_cast<int>(millisecondsInASecond * driven.published));
@@ -146,9 +146,9 @@ class EndToEnd : public ::testing::TestWithParam<SimulatorRun> {
 protected:
     EndToEnd() : recording(record(GetParam())) {}
 
-    /** The one lap that ends with the last tick before the driven one ended. */
+    /** The only lap whose last tick is the one before the driven lap ended. */
     QSharedPointer<Lap> handedOver(const DrivenLap& driven) const {
-        // A replay that is played fast leaves ticks out.
+        // A fast replay skips ticks.
         const int largestStep = GetParam().isReplay() ? 8 : 1;
         Laps found;
         for (const auto& lap : recording.laps) {
@@ -163,15 +163,15 @@ protected:
     }
 
     /**
-     * Only the own car's sample tells the state of the session, so that the recording of another
-     * car begins on the grid of a race and not at its start.
+     * Only the own car's sample has the state of the session, so another car's recording begins on
+     * the grid of a race, not at its start.
      */
     static bool beganOnTheGrid(const DrivenLap& driven, const Lap& lap) {
         return lap.session() == Session::Race && !lap.detailedTelemetry() && driven.lap <= 1;
     }
 
-    /** An own lap of which a part was searched through is recorded anew behind that part. */
-    static bool wasSearched(const DrivenLap& driven, const Lap& lap) {
+    /** Fast forwarding in an own lap restarts its recording after that part. */
+    static bool wasFastForwarded(const DrivenLap& driven, const Lap& lap) {
         constexpr double fewTicks = 3;
         return GetParam().isReplay() && lap.detailedTelemetry() && driven.kind == "flying" &&
                samplesOf(lap, u"sessiontick"_s).first() >
@@ -183,7 +183,7 @@ protected:
         EXPECT_EQ(lap.source(), u"iRacing"_s);
         EXPECT_FALSE(lap.driverName().isEmpty());
         EXPECT_EQ(lap.completed(), driven.complete);
-        if (wasSearched(driven, lap)) {
+        if (wasFastForwarded(driven, lap)) {
             EXPECT_EQ(lap.lapType(), LapType::OutLap);
             EXPECT_EQ(lap.lapTime(), noLapTime);
             return;
@@ -206,11 +206,11 @@ protected:
         EXPECT_TRUE(std::is_sorted(distance.cbegin(), distance.cend()));
         const QList<double> ticks = samplesOf(lap, u"sessiontick"_s);
         if (!GetParam().isReplay()) {
-            // The tick that closed the lap before is the only one that is not recorded.
+            // Only the tick that closed the lap before is not recorded.
             EXPECT_GE(ticks.size(), static_cast<qsizetype>(ticks.last() - ticks.first()));
         }
         const bool beganAtTheFormation = lap.session() == Session::Race && driven.lap == 0;
-        if (!wasSearched(driven, lap) && !beganAtTheFormation) {
+        if (!wasFastForwarded(driven, lap) && !beganAtTheFormation) {
             constexpr double ticksUntilALapIsOpen = 2;
             EXPECT_NEAR(ticks.first(), static_cast<double>(driven.start), ticksUntilALapIsOpen);
         }

@@ -6,8 +6,8 @@
 #include <functional>
 
 /**
- * The message handler of a host, while one exists: hears what the plugin logs of its link and of
- * its laps, and may act on it. Everything else goes where it went before. One at a time.
+ * A host's message handler while it exists: passes on what the plugin logs about its link and its
+ * laps. Other messages go to the previous handler. One at a time.
  */
 class HostLog {
 public:

@@ -11,15 +11,14 @@
 #include <functional>
 
 /**
- * Hears a plugin as a host does: one spy a signal for the arguments, and one list for the order
- * over all signals. Signals are written to the list without their "send" and with what tells them
- * apart:
+ * Records a plugin's signals as a host: one spy per signal for the arguments, and one list of all
+ * emissions in order. The list has the signals' names without "send", and their main argument:
  *
  *     Connected, Disconnected, NotConnected, ConnectivityAvailable true, TelemetryLap 7 (the car),
  *     CarListChanged 64 (cars), Samples 64, Message [iRacing plugin] Connected (0)
  *
- * Must be made before anything else is connected that acts on the signals: it then hears each
- * emission before the reaction to it.
+ * Must be created before other slots that act on the signals, so that it records each emission
+ * before the reaction to it.
  */
 class HostRecorder {
 public:
@@ -28,18 +27,18 @@ public:
     HostRecorder(const HostRecorder&) = delete;
     HostRecorder& operator=(const HostRecorder&) = delete;
 
-    /** Everything in the order of the emissions. */
+    /** All entries, in the order of the emissions. */
     [[nodiscard]] const QStringList& heard() const { return m_heard; }
 
-    /** The same without car lists and samples, of which every tick may bring some. */
+    /** The same without car lists and samples, which may come with every tick. */
     [[nodiscard]] QStringList events() const;
 
     [[nodiscard]] int count(const QString& entry) const;
 
-    /** Adds to the list what was heard in another way than by a signal. */
+    /** Adds an entry that is not a signal. */
     void note(const QString& entry);
 
-    /** Acts once, inside the slot, when this entry is heard for the next time. */
+    /** Calls `reaction` once, inside the slot, at the next such entry. */
     void reactTo(const QString& entry, std::function<void()> reaction);
 
     /** Empties the list and the spies. */

@@ -13,8 +13,8 @@
 #include <thread>
 #include <utility>
 
-// A host whose slots run on another thread than the plugin, over queued connections. Lists that it
-// keeps for a while are read there while the plugin fills the next ones.
+// A host whose slots run on another thread than the plugin, by queued connections. It keeps lists
+// for a while and reads them there while the plugin fills the next ones.
 
 namespace {
 
@@ -24,10 +24,9 @@ using TLM::SDK::LivePluginInfo;
 using TLM::SDK::Sample;
 
 /**
- * Orders what happens before a signal was posted before what its slot does, in a way that a tool
- * that looks for data races can see: how Qt orders it lies in a library that is not built for such
- * tools. It orders nothing else, in particular not what a host does with a list before what the
- * plugin does with it afterwards.
+ * Synchronizes posting a signal with its slot, so that the thread sanitizer sees it: Qt's own
+ * synchronization is in a library that is not built for the sanitizer. It orders nothing else, in
+ * particular not the host's use of a list and the plugin's later use of it.
  */
 class Handover {
 public:
@@ -72,14 +71,14 @@ double sumOf(const Lap& lap) {
     return sum;
 }
 
-/** Keeps what it gets for a random while and looks at it again before it lets go. */
+/** Keeps lists and laps for a random time and checks them before it releases them. */
 class KeepingHost : public QObject {
 public:
     struct Report {
         int lists = 0;
         int laps = 0;
         int cars = 0;
-        int changed = 0;  // kept lists and laps that were not what they had been
+        int changed = 0;  // kept lists and laps that have changed
     };
 
     KeepingHost(DataEmitter* emitter, Handover& handover) : m_handover(handover) {
@@ -92,10 +91,10 @@ public:
         });
     }
 
-    /** Lets go of everything. */
+    /** Releases everything. */
     Report finish() {
         while (!m_lists.empty()) {
-            letGoOfList(m_lists.size() - 1);
+            releaseList(m_lists.size() - 1);
         }
         for (const auto& [lap, sum] : m_laps) {
             m_report.changed += isSame(sumOf(*lap), sum) ? 0 : 1;
@@ -105,7 +104,7 @@ public:
     }
 
 private:
-    /** The slot here, then the mark that the signal is posted: slots are called in this order. */
+    /** First posts the slot, then marks the signal as posted: Qt calls slots in this order. */
     template <typename Signal, typename Slot>
     void listen(DataEmitter* emitter, Signal signal, Slot slot) {
         connect(
@@ -124,7 +123,7 @@ private:
         ++m_report.lists;
         m_lists.emplace_back(samples, sumOf(samples));
         while (m_lists.size() > m_random() % most) {
-            letGoOfList(m_random() % m_lists.size());
+            releaseList(m_random() % m_lists.size());
         }
     }
 
@@ -133,7 +132,7 @@ private:
         m_laps.emplace_back(lap, sumOf(*lap));
     }
 
-    void letGoOfList(std::size_t index) {
+    void releaseList(std::size_t index) {
         const auto kept = m_lists.begin() + static_cast<std::ptrdiff_t>(index);
         m_report.changed += isSame(sumOf(kept->first), kept->second) ? 0 : 1;
         m_lists.erase(kept);
@@ -159,8 +158,8 @@ public:
     HostThread& operator=(const HostThread&) = delete;
 
     /**
-     * Handles everything posted before, and ends. An event belongs to one thread at a time; the
-     * references of a queued call would be counted by both, where the tool does not see it.
+     * Handles all events posted so far, and ends. It posts an event, because the reference count of
+     * a queued call would be shared by both threads in a way that the sanitizer does not see.
      */
     KeepingHost::Report finish() {
         if (m_thread.joinable()) {
@@ -177,7 +176,7 @@ private:
         QEventLoop loop;
         m_started.set_value(&loop);
         loop.exec();
-        // To post an event ends with a wake-up of this thread, which must still be there for it.
+        // Posting an event wakes this thread at its end, so the thread must still exist.
         m_posted.get_future().wait();
         m_report = host.finish();
     }
@@ -199,7 +198,7 @@ protected:
     HostThread m_hostThread;
 };
 
-TEST_F(HostOnAnotherThread, KeepsWhatItGotWhileThePluginGoesOn) {
+TEST_F(HostOnAnotherThread, KeepsUnchangedListsAndLapsWhileThePluginRuns) {
     constexpr int ticks = 1500;
     constexpr int ticksPerLap = 100;
     connectAndTick();

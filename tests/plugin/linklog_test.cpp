@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr unsigned int somebodyElse = 4242;
+constexpr unsigned int otherUser = 4242;
 
 class Log : public InitializedPluginTest {
 protected:
@@ -38,45 +38,45 @@ protected:
     static constexpr std::size_t bufferLengthField = offsetof(irsdk_header, bufferLength);
     QStringList lines;
     HostLog log{[this](const QString& text) { lines.append(text); }};
-    const unsigned int ourselves = geteuid();
+    const unsigned int ownUser = geteuid();
     const QStringList foreignBlock{
         u"No data from the simulator: the block belongs to another user"_s};
 };
 
 }  // namespace
 
-TEST_F(Log, NamesAReasonOnceHoweverOftenItIsMet) {
-    giveBlockTo(somebodyElse);
+TEST_F(Log, ReportsARepeatedReasonOnce) {
+    giveBlockTo(otherUser);
     attempt();
     EXPECT_EQ(takeLines(), foreignBlock);
     attempt();
     EXPECT_EQ(takeLines(), QStringList());
 }
 
-TEST_F(Log, NamesTheReasonOnceMoreAfterASuccess) {
-    giveBlockTo(somebodyElse);
+TEST_F(Log, ReportsTheReasonAgainAfterASuccess) {
+    giveBlockTo(otherUser);
     attempt();
-    giveBlockTo(ourselves);
+    giveBlockTo(ownUser);
     connectAndTick();
     plugin->disconnectFromSource();
     EXPECT_EQ(takeLines(), foreignBlock);
-    giveBlockTo(somebodyElse);
+    giveBlockTo(otherUser);
     attempt();
     EXPECT_EQ(takeLines(), foreignBlock);
 }
 
-TEST_F(Log, NamesEachOfTwoReasons) {
-    giveBlockTo(somebodyElse);
+TEST_F(Log, ReportsEachOfTwoReasons) {
+    giveBlockTo(otherUser);
     attempt();
-    giveBlockTo(ourselves);
-    simulator.publisher.command("chown " + std::to_string(somebodyElse) + " event");
+    giveBlockTo(ownUser);
+    simulator.publisher.command("chown " + std::to_string(otherUser) + " event");
     attempt();
     EXPECT_EQ(takeLines(),
               foreignBlock + QStringList{u"No data from the simulator: the data-valid event "
                                          u"belongs to another user"_s});
 }
 
-TEST_F(Log, SaysNothingOfASimulatorThatIsNotThere) {
+TEST_F(Log, ReportsNothingWithoutASimulator) {
     simulator.publisher.command("unlink event");
     attempt();
     simulator.publisher.command("unlink");
@@ -84,12 +84,12 @@ TEST_F(Log, SaysNothingOfASimulatorThatIsNotThere) {
     EXPECT_EQ(takeLines(), QStringList());
 }
 
-TEST_F(Log, SaysNothingOfASimulatorThatDeliversNothing) {
+TEST_F(Log, ReportsNothingForASimulatorWithoutData) {
     attempt();
     EXPECT_EQ(takeLines(), QStringList());
 }
 
-TEST_F(Log, NamesTheReasonOfASilence) {
+TEST_F(Log, ReportsWhyDataStopped) {
     connectAndTick();
     simulator.publisher.poke(bufferLengthField, 0);
     missUntilTheEnd();
@@ -97,7 +97,7 @@ TEST_F(Log, NamesTheReasonOfASilence) {
               QStringList{u"No data from the simulator: the block points outside itself"_s});
 }
 
-TEST_F(Log, DoesNotBlameAnOrderlyEndOnAFailureLongBefore) {
+TEST_F(Log, DoesNotReportAnEarlierFailureAtANormalEnd) {
     connectAndTick();
     simulator.publisher.poke(bufferLengthField, 0);
     simulator.nextTick();

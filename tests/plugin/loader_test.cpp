@@ -55,7 +55,7 @@ QPluginMetaData rawMetaData() {
 
 }  // namespace
 
-TEST_F(PluginModule, TellsItsInterfaceAndItsClassBeforeItIsLoaded) {
+TEST_F(PluginModule, NamesItsInterfaceAndItsClassBeforeItIsLoaded) {
     const QPluginLoader unloaded(QStringLiteral(PLUGIN_MODULE));
     const QJsonObject metaData = unloaded.metaData();
     EXPECT_EQ(metaData.value("IID"_L1).toString(), expectedIdentifier);
@@ -65,7 +65,7 @@ TEST_F(PluginModule, TellsItsInterfaceAndItsClassBeforeItIsLoaded) {
 }
 
 TEST_F(PluginModule, CarriesAMetaDataRecordOfTwoEntries) {
-    // The record begins with a version, Qt's own version in two numbers, and the processor needed.
+    // The record begins with a version, Qt's version in two numbers, and the required processor.
     constexpr std::size_t headerSize = 4;
     constexpr qint64 identifierKey = 2;
     constexpr qint64 classNameKey = 3;
@@ -92,7 +92,7 @@ TEST_F(PluginModule, GivesTheSameObjectTwice) {
     EXPECT_EQ(object()->parent(), nullptr);
 }
 
-TEST_F(PluginModule, MakesANewObjectWhenTheHostHasDeletedTheOldOne) {
+TEST_F(PluginModule, CreatesANewObjectWhenTheHostHasDeletedTheOldOne) {
     plugin()->initialize();
     const QPointer<QObject> old = object();
     delete object();
@@ -112,7 +112,7 @@ TEST_F(PluginModule, CanBeLoadedByACopyOfItsFileInAFolderWithBlanks) {
     EXPECT_EQ(loaderOfCopy.metaData().value("IID"_L1).toString(), expectedIdentifier);
 }
 
-TEST_F(PluginModule, AnswersCastsToItsClassAndItsInterface) {
+TEST_F(PluginModule, CastsToItsClassAndItsInterface) {
     QObject* const self = object();
     EXPECT_EQ(self->qt_metacast("iRPluginLive"), self);
     EXPECT_EQ(self->qt_metacast("TLM::SDK::PluginInterfaceLive"), plugin());
@@ -150,7 +150,7 @@ TEST_F(PluginModule, HasTwoSlotsAndNothingElseInItsMetaObject) {
     EXPECT_EQ(meta.classInfoCount(), meta.classInfoOffset());
 }
 
-TEST_F(PluginModule, TellsItsNamesAndItsVersionWithoutBeingInitialized) {
+TEST_F(PluginModule, HasItsNamesAndItsVersionBeforeItIsInitialized) {
     EXPECT_EQ(plugin()->sourceName(), u"iRacing"_s);
     EXPECT_EQ(plugin()->pluginName(), u"iR Plugin"_s);
     EXPECT_EQ(plugin()->pluginVersion(), u"0.2"_s);
@@ -203,16 +203,16 @@ TEST_F(PluginModule, HasNoSettingsToSaveOrToLoad) {
     EXPECT_EQ(plugin()->pluginName(), u"iR Plugin"_s);
 }
 
-// A host may unload the library for good and load it again. The types that it registered with Qt
-// stay registered, and a host's queued connections use them.
+// A host may unload the library and load it again. The types that it registered with Qt stay
+// registered, and a host's queued connections use them.
 TEST(UnloadedPluginModule, LeavesItsTypesUsableAndCanBeLoadedAgain) {
-    // A copy, which nobody else in this process has loaded.
+    // A copy, which is not loaded elsewhere in this process.
     const QTemporaryDir folder;
     const QString copy = folder.filePath(QFileInfo(QStringLiteral(PLUGIN_MODULE)).fileName());
     ASSERT_TRUE(QFile::copy(QStringLiteral(PLUGIN_MODULE), copy));
     for (int round = 0; round < 3; ++round) {
         QPluginLoader loader(copy);
-        loader.setLoadHints({});  // of themselves they keep the library in the process
+        loader.setLoadHints({});  // by default they keep the library loaded
         auto* const plugin = qobject_cast<PluginInterfaceLive*>(loader.instance());
         ASSERT_NE(plugin, nullptr) << loader.errorString().toStdString();
         {

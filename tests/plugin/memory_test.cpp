@@ -9,11 +9,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Where memory is short the plugin ends its connection in order, and no exception leaves it.
+// When memory runs out, the plugin disconnects properly, and no exception leaves it.
 
 using namespace Qt::StringLiterals;
 
-/** A failed piece of memory is an answer here, not a finding of the sanitizer. */
+/** Failed allocations are expected here and must not be reported by the sanitizer. */
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
     return "allocator_may_return_null=1";
 }
@@ -23,7 +23,7 @@ namespace {
 using testsupport::MemoryShortage;
 using TLM::SDK::DataEmitter;
 
-/** A host that takes no memory: what it hears it counts. */
+/** A host that takes no memory: it only counts signals. */
 class FrugalHost {
 public:
     explicit FrugalHost(DataEmitter* emitter) {
@@ -54,10 +54,10 @@ private:
     QObject m_context;
 };
 
-/** Each operation of a drive meets the want of memory, at each of its pieces or nearly so. */
+/** Lets an allocation fail in each operation of a drive, at nearly each of its allocations. */
 class ShortOfMemory : public ::testing::TestWithParam<MemoryShortage::Kind> {
 protected:
-    /** A connection with a session that changes, laps that end, and its own end. */
+    /** A connection with a changing session, with laps that end, and a disconnection. */
     void drive(MemoryShortage& shortage) {
         const auto tick = [&] {
             simulator.nextTick();
@@ -68,7 +68,7 @@ protected:
         simulator.run();
         shortage.during([this] { plugin->checkConnectionAvailability(); });
         shortage.during([this] { plugin->connectToSource(); });
-        simulator.stand();
+        simulator.stop();
         tick();
         tick();
         joined.trackLength = joined.trackLength.empty() ? "4.00 km" : "";
@@ -81,17 +81,17 @@ protected:
         shortage.during([this] { plugin->disconnectFromSource(); });
     }
 
-    /** Once there is memory again, everything works. */
+    /** Everything works once there is enough memory again. */
     void expectUsable() {
         EXPECT_TRUE(host->isInOrder);
         EXPECT_EQ(host->isOpen, plugin->isConnected());
         plugin->initialize();
         simulator.run();
-        // A busy machine may let no tick through in the time that an attempt takes.
+        // On a busy machine there may be no tick within the time of one attempt.
         for (int attempt = 0; attempt < kManyAttempts && !plugin->isConnected(); ++attempt) {
             plugin->connectToSource();
         }
-        simulator.stand();
+        simulator.stop();
         ASSERT_TRUE(plugin->isConnected());
         const int before = host->samples;
         simulator.nextTick();
@@ -105,11 +105,11 @@ protected:
     void makePlugin() {
         plugin = std::make_unique<iRPluginLive>();
         host = std::make_unique<FrugalHost>(plugin->dataEmitter());
-        // Makes the timer, whose connection Qt does not look after when it gets no memory for it.
+        // Creates the timer: Qt does not handle a failed allocation when it connects it.
         plugin->initialize();
     }
 
-    /** The pieces of memory that a whole drive asks for. */
+    /** The number of allocations in a whole drive. */
     std::size_t countPieces() {
         constexpr int kTicks = 5;
         constexpr int kLaps = 2;
@@ -121,7 +121,7 @@ protected:
                 return none.pieces();
             }
         }
-        ADD_FAILURE() << "no drive was whole";
+        ADD_FAILURE() << "no drive was complete";
         return 0;
     }
 
@@ -139,10 +139,10 @@ protected:
 
 }  // namespace
 
-TEST_P(ShortOfMemory, EndsInOrderWhereverItComes) {
+TEST_P(ShortOfMemory, DisconnectsProperlyAtAnyFailedAllocation) {
     simulator.publish();
     const std::size_t pieces = countPieces();
-    // All of the first pieces, then fewer and fewer: a tick takes the same kinds over and over.
+    // All of the first allocations, then fewer and fewer, because ticks repeat them.
     for (std::size_t piece = 1; piece <= pieces; piece += 1 + piece / 400) {
         SCOPED_TRACE(piece);
         makePlugin();
@@ -166,18 +166,17 @@ INSTANTIATE_TEST_SUITE_P(Drive, ShortOfMemory,
 
 namespace {
 
-/** A session text that takes more memory than this process may have, in a second process of ours.
- */
+/** A session text that needs more memory than a child process may have. */
 class SmallAddressSpace : public ::testing::Test {
 protected:
-    /** Where the text lies outside the block it is absent. */
+    /** A text outside the block counts as missing. */
     void hideText() { simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1); }
     void showText() {
         simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset),
                                  simulator.block.header().sessionInfoOffset);
     }
 
-    /** Millions of short lines that all name something else. */
+    /** Millions of short lines, all with different names. */
     void publishEndlessText() {
         constexpr std::size_t size = 12 << 20;
         std::string text = "---\n";
@@ -191,7 +190,7 @@ protected:
     void connectWhileRunning() {
         simulator.run();
         plugin->connectToSource();
-        simulator.stand();
+        simulator.stop();
     }
 
     void tick() {
@@ -199,7 +198,7 @@ protected:
         plugin->tick();
     }
 
-    /** What was too much is gone, and everything works. */
+    /** Without the large text, everything works. */
     void expectConnectionWithoutText() {
         host->forget();
         hideText();
@@ -209,7 +208,7 @@ protected:
         EXPECT_EQ(host->lastSamples().size(), 64);
     }
 
-    /** Runs it in a child process that may take little more memory than it has; expects success. */
+    /** Runs `part` in a child process that may use little more memory; expects success. */
     template <typename Part>
     void runConfined(Part part) {
         const pid_t child = fork();
@@ -264,7 +263,7 @@ TEST_F(SmallAddressSpace, RefusesASimulatorWhoseSessionDoesNotFitUntilItDoes) {
     });
 }
 
-TEST_F(SmallAddressSpace, EndsAConnectionWhoseSessionNoLongerFitsInOrder) {
+TEST_F(SmallAddressSpace, DisconnectsProperlyWhenTheSessionNoLongerFits) {
     publishEndlessText();
     hideText();
     runConfined([this] {

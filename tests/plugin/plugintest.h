@@ -12,16 +12,16 @@
 #include <gtest/gtest.h>
 
 /**
- * A plugin with a host that listens and a simulator that a test moves by hand. Nothing is published
- * and nothing initialized at the start. No event loop runs unless a test runs one, so that ticks
- * are those of the test alone.
+ * A plugin with a recording host and a simulator that a test moves by hand. At the start nothing is
+ * published or initialized. No event loop runs unless a test runs one, so only the test's own ticks
+ * happen.
  */
 class PluginTest : public ::testing::Test {
 protected:
     using OpenObjects = testsupport::OpenObjects;
 
     PluginTest() : PluginTest(new iRPluginLive) {}
-    /** With a plugin of the test's own, which the fixture deletes. */
+    /** With another plugin, which the fixture deletes. */
     explicit PluginTest(iRPluginLive* made) : plugin(made), host(plugin->dataEmitter()) {}
     ~PluginTest() override { delete plugin.data(); }
 
@@ -30,20 +30,19 @@ protected:
         host.forget();
     }
 
-    /** Publishes, and calls the operation while the simulator runs. */
+    /** Connects while the simulator runs. */
     void connectWhileRunning() {
         simulator.run();
         plugin->connectToSource();
-        simulator.stand();
+        simulator.stop();
     }
 
-    /** Both ways to ask for a connection. */
     void connectAndProbe() {
         plugin->connectToSource();
         plugin->checkConnectionAvailability();
     }
 
-    /** Connected, one tick done, nothing heard yet. */
+    /** Connects, does one tick, and forgets the signals. */
     void connectAndTick() {
         connectWhileRunning();
         ASSERT_TRUE(plugin->isConnected());
@@ -51,7 +50,7 @@ protected:
         host.forget();
     }
 
-    /** Connected, with the newest snapshot at once made one that the link has seen. */
+    /** Connects, and marks the newest snapshot as seen by the link. */
     void connectWithoutUnreadData() {
         connectWhileRunning();
         ASSERT_TRUE(plugin->isConnected());
@@ -64,13 +63,13 @@ protected:
         plugin->tick();
     }
 
-    /** Ticks that find nothing new, without the wait for it that each takes in silence. */
+    /** Ticks that find nothing new, but do not wait for the time-out. */
     void ticksWithoutData(int count) {
         simulator.runWithoutData();
         for (int i = 0; i < count; ++i) {
             plugin->tick();
         }
-        simulator.stand();
+        simulator.stop();
     }
 
     [[nodiscard]] QTimer* timer() const {
@@ -91,7 +90,7 @@ protected:
     static constexpr int fastCar = StagedSimulator::fastCar;
     static constexpr int slowCar = StagedSimulator::slowCar;
 
-    // What connecting and disconnecting say, apart from car lists.
+    // The signals of connecting and disconnecting, without car lists.
     const QStringList connecting{QStringLiteral("Connected"),
                                  QStringLiteral("Message [iRacing plugin] Connected (0)")};
     const QStringList disconnecting{QStringLiteral("Disconnected"),

@@ -1,4 +1,4 @@
-// What the comments of sdk/ say that this plugin does, as far as no other test holds it to that.
+// Promises of this plugin in the comments of sdk/ that no other test checks.
 #include "tests/plugin/plugintest.h"
 
 #include <gtest/gtest.h>
@@ -22,14 +22,14 @@ protected:
         tick();
     }
 
-    /** Ends the lap of a car and gives it as the host got it. */
+    /** Ends the lap of a car; the lap that the host got. */
     QSharedPointer<Lap> endLap(int car) {
         simulator.crossLine(car);
         tick();
         return host.laps().isEmpty() ? QSharedPointer<Lap>::create() : host.laps().constLast();
     }
 
-    /** The same after a tick that records a reading. */
+    /** The same after one recorded tick. */
     QSharedPointer<Lap> driveLap(int car) {
         tick();
         return endLap(car);
@@ -54,7 +54,7 @@ protected:
 
 }  // namespace
 
-TEST_F(PromisesBefore, FourSignalsAreNeverSentAndEveryMessageIsForEverybody) {
+TEST_F(PromisesBefore, FourSignalsAreNeverSentAndEveryMessageHasLevelZero) {
     plugin->initialize();
     plugin->connectToSource();
     plugin->checkConnectionAvailability();
@@ -80,7 +80,7 @@ TEST_F(PromisesBefore, FourSignalsAreNeverSentAndEveryMessageIsForEverybody) {
     }
 }
 
-TEST_F(PromisesBefore, NoCarIsKnownForTheOwnOneBeforeASessionNamesTheDrivers) {
+TEST_F(PromisesBefore, TheOwnCarIsNotKnownBeforeASessionNamesTheDrivers) {
     simulator.block.setSessionText("---\nWeekendInfo:\n SimMode: full\n...\n");
     plugin->initialize();
     simulator.publish();
@@ -95,7 +95,7 @@ TEST_F(PromisesBefore, NoCarIsKnownForTheOwnOneBeforeASessionNamesTheDrivers) {
     }
 }
 
-TEST_F(Promises, ASampleNamesItsSlotAndSaysWhetherItIsTheOwnCarsAndNothingElse) {
+TEST_F(Promises, ASampleOnlyNamesItsSlotAndWhetherItIsTheOwnCars) {
     StagedSession session;
     session.drivers = {{ownCar, "Own"}, {fastCar, "Fast"}, {63, "Last"}};
     simulator.rewriteSession(session);
@@ -143,7 +143,7 @@ TEST_F(Promises, ALapWithoutSamplesComesWithoutATimeAndWithoutNames) {
     EXPECT_EQ(lap->pluginName(), u"iR Plugin"_s);
 }
 
-TEST_F(Promises, ALapThatTheHostJoinedLateHasTheTimeOfTheWholeLap) {
+TEST_F(Promises, ALapThatThePluginJoinedLateHasTheTimeOfTheWholeLap) {
     constexpr double late = 0.75;
     driveLap(fastCar);
     driveTo(fastCar, 0.25);
@@ -156,7 +156,7 @@ TEST_F(Promises, ALapThatTheHostJoinedLateHasTheTimeOfTheWholeLap) {
     EXPECT_EQ(lap->channel(u"lapdistpct"_s)->samples.constFirst(), late);
 }
 
-TEST_F(Promises, AShareIsCalledPercentInSamplesAndPerUnitInLaps) {
+TEST_F(Promises, AFractionHasTheUnitPercentInSamplesAndPerUnitInLaps) {
     driveTo(fastCar, 0.625);
     EXPECT_EQ(host.lastSamples()[fastCar].value(u"lapdistpct"_s).unit(), u"%"_s);
     const auto lap = endLap(fastCar);
@@ -164,7 +164,7 @@ TEST_F(Promises, AShareIsCalledPercentInSamplesAndPerUnitInLaps) {
     EXPECT_EQ(lap->channel(u"lapdistpct"_s)->samples.constLast(), 0.625);
 }
 
-TEST_F(Promises, ACompletedLapOfAnotherCarHasANumberLessThanOneThatWasCutShort) {
+TEST_F(Promises, ACompletedLapOfAnotherCarIsNumberedOneLowerThanOneThatWasCutShort) {
     EXPECT_EQ(driveLap(fastCar)->lapInSession(), 0) << "an out lap";
     EXPECT_EQ(driveLap(fastCar)->lapInSession(), 1);
     tick();
@@ -175,7 +175,7 @@ TEST_F(Promises, ACompletedLapOfAnotherCarHasANumberLessThanOneThatWasCutShort) 
     EXPECT_EQ(cutShort->lapInSession(), 3);
 }
 
-TEST_F(PromisesOfARace, AFormationLapThatIsNotCountedIsSharedByTheFirstTwoLaps) {
+TEST_F(PromisesOfARace, AFormationLapThatIsNotCountedIsSplitBetweenTheFirstTwoLaps) {
     for (const double distance : {0.7, 0.95}) {
         driveTo(fastCar, distance);
     }

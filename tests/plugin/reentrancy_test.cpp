@@ -12,8 +12,8 @@
 
 using namespace Qt::StringLiterals;
 
-// A host calls the plugin out of the slots that hear it, and out of the handler of its log: each
-// signal and each line of the log is crossed with each thing that a slot may do.
+// A host calls the plugin from its slots and from its message handler: tests every combination of a
+// signal or log line with an action of the slot.
 
 namespace {
 
@@ -25,20 +25,20 @@ struct Action {
     void (Reentrancy::*act)();
 };
 
-/** Where the plugin is when it emits the signal. */
+/** The plugin's state when it emits the signal. */
 enum class Setting {
-    Unconnected,  // nothing is heard of a connection before
-    Connected,    // the host listens from within a connection on
-    Tick          // so it does, and the signal comes out of a tick
+    Unconnected,  // there was no connection before
+    Connected,    // the recording starts within a connection
+    Tick          // the same, and a tick emits the signal
 };
 
-/** The signal whose slot does it, or the line whose handler does. */
+/** The signal whose slot acts, or the log line whose handler acts. */
 struct Moment {
     const char* name;
-    QString entry;  // as the recorder writes it; "Log" and the first two words of a line
+    QString entry;  // of the recorder; for a log line "Log" and its first two words
     void (Reentrancy::*provoke)();
     Setting setting;
-    QStringList rest;  // what is heard afterwards when the slot disturbs nothing; without car lists
+    QStringList rest;  // the later entries if the slot does nothing, without car lists
 };
 
 void PrintTo(const Action& action, std::ostream* out) {
@@ -99,7 +99,7 @@ public:
     }
 
     void deleteSoon() { plugin->deleteLater(); }
-    void deleteAtOnce() { delete plugin.data(); }
+    void deleteNow() { delete plugin.data(); }
 
     // --- Moments ---
 
@@ -122,7 +122,7 @@ public:
         awaitMoment();
         simulator.run();
         plugin->checkConnectionAvailability();
-        simulator.stand();
+        simulator.stop();
     }
 
     void provokeTick() {
@@ -176,7 +176,7 @@ public:
         stageTickWithEverything();
         awaitMoment();
         EXPECT_TRUE(QTest::qWaitFor([this] { return m_hasReacted; }, patience));
-        // The tick is over when the loop that called it runs again.
+        // The tick is over when the event loop runs again.
         QCoreApplication::processEvents();
     }
 
@@ -194,7 +194,7 @@ public:
         for (int i = 0; i < missesThatEndAConnection && !m_hasReacted; ++i) {
             plugin->tick();
         }
-        simulator.stand();
+        simulator.stop();
     }
 
 protected:
@@ -217,9 +217,16 @@ protected:
     static const Moment& moment() { return std::get<Moment>(GetParam()); }
     static const Action& action() { return std::get<Action>(GetParam()); }
 
-    void provoke() {
+    template <typename Check>
+    void provokeAndCheck(Check check) {
+        const OpenObjects before = OpenObjects::now();
         (this->*moment().provoke)();
         ASSERT_TRUE(m_hasReacted) << transcript();
+        expectOrder();
+        expectNoTickWithinATick();
+        check();
+        expectUsablePluginOrNone();
+        EXPECT_EQ(OpenObjects::now(), before);
     }
 
     void awaitMoment() {
@@ -227,16 +234,16 @@ protected:
         host.reactTo(moment().entry, [this] { react(); });
     }
 
-    /** Lets the simulator run meanwhile, so that connecting succeeds and a tick would have data. */
+    /** The simulator runs meanwhile, so that connecting succeeds and a tick would have data. */
     void react() {
-        const bool standing = simulator.run();
+        const bool wasStopped = simulator.run();
         m_heardBefore = host.heard().size();
         (this->*action().act)();
         m_heardAfter = host.heard().size();
         m_wasDeleted = plugin.isNull();
         m_hasReacted = true;
-        if (standing) {
-            simulator.stand();
+        if (wasStopped) {
+            simulator.stop();
         }
     }
 
@@ -245,7 +252,7 @@ protected:
     }
     [[nodiscard]] QStringList heardAfter() const { return host.heard().sliced(m_heardAfter); }
 
-    /** Samples, laps and messages of a connection come between its two signals. */
+    /** Samples, laps and messages of a connection come between Connected and Disconnected. */
     void expectOrder() const {
         bool open = moment().setting != Setting::Unconnected;
         for (const QString& entry : host.heard()) {
@@ -270,8 +277,8 @@ protected:
     }
 
     /**
-     * The work that emitted the signal goes on unless its connection has ended, or, where there was
-     * none, one has begun. What was done by then is logged all the same.
+     * The work that emitted the signal continues unless its connection has ended or, if there was
+     * none, one has begun. Log lines about what was done before are still written.
      */
     void expectRestOfTheWork() const {
         const bool begun =
@@ -284,7 +291,7 @@ protected:
         }
     }
 
-    /** Whatever has happened, a plugin that was not deleted can be used as ever. */
+    /** A plugin that was not deleted works as before. */
     void expectUsablePluginOrNone() {
         deleteWhatIsToBeDeleted();
         if (plugin.isNull()) {
@@ -315,7 +322,7 @@ protected:
     bool m_wasDeleted = false;
 
 private:
-    /** What deleteLater() leaves to the event loop happens without a word. */
+    /** A deferred deletion sends no signals. */
     void deleteWhatIsToBeDeleted() {
         host.forget();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -348,7 +355,7 @@ private:
         }
     }
 
-    /** So that the reason is worth a line; it is whole again as soon as the simulator runs. */
+    /** Causes an error that is logged, until the simulator runs. */
     void makeBlockInvalid() { simulator.publisher.poke(offsetof(irsdk_header, bufferLength), 0); }
 
     qsizetype m_heardBefore = 0;
@@ -488,7 +495,7 @@ const Action actions[] = {
     {"CallsTick", &Reentrancy::callTick},
     {"CallsUpdateCarList", &Reentrancy::callUpdateCarList},
     {"DeletesLater", &Reentrancy::deleteSoon},
-    {"DeletesAtOnce", &Reentrancy::deleteAtOnce},
+    {"DeletesNow", &Reentrancy::deleteNow},
 };
 
 std::string rowName(const ::testing::TestParamInfo<std::tuple<Moment, Action>>& row) {
@@ -497,13 +504,13 @@ std::string rowName(const ::testing::TestParamInfo<std::tuple<Moment, Action>>& 
 
 }  // namespace
 
-// initialize() leaves an unconnected plugin behind, whatever its own signals have led to, and no
-// connection ends without a word.
+// After initialize() the plugin is not connected, whatever slots have done, and every end of a
+// connection was signalled.
 TEST_F(ConnectedPluginTest, IsUnconnectedAfterAnInitializationThatItsHostAnsweredByConnecting) {
     simulator.run();
     host.reactTo(u"Disconnected"_s, [this] { plugin->connectToSource(); });
     plugin->initialize();
-    simulator.stand();
+    simulator.stop();
     const QStringList connections =
         host.heard().filter(QRegularExpression(u"^(Disc|C)onnected$"_s));
     EXPECT_EQ(connections, (QStringList{u"Disconnected"_s, u"Connected"_s, u"Disconnected"_s}));
@@ -512,7 +519,7 @@ TEST_F(ConnectedPluginTest, IsUnconnectedAfterAnInitializationThatItsHostAnswere
     EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
 }
 
-// A host that answers every end of a connection by the next one gets an answer, and no hang.
+// A host that always reconnects must not cause an endless loop.
 TEST_F(ConnectedPluginTest, RefusesAHostThatConnectsAgainAndAgainDuringAnInitialization) {
     simulator.run();
     QObject::connect(plugin->dataEmitter(), &TLM::SDK::DataEmitter::sendDisconnected,
@@ -523,11 +530,11 @@ TEST_F(ConnectedPluginTest, RefusesAHostThatConnectsAgainAndAgainDuringAnInitial
     EXPECT_EQ(host.notConnected.size(), 1);
     EXPECT_FALSE(plugin->isConnected());
     plugin->connectToSource();
-    EXPECT_TRUE(plugin->isConnected()) << "afterwards it may";
-    simulator.stand();
+    EXPECT_TRUE(plugin->isConnected()) << "allowed afterwards";
+    simulator.stop();
 }
 
-// The laps of such a connection are over with it: none goes on in the next connection.
+// Laps of such a connection do not continue in the next one.
 TEST_F(ConnectedPluginTest, ClosesTheLapsOfAConnectionThatAnInitializationEnds) {
     constexpr int ticksAfterwards = 3;
     host.reactTo(u"Disconnected"_s, [this] {
@@ -549,7 +556,7 @@ TEST_F(ConnectedPluginTest, ClosesTheLapsOfAConnectionThatAnInitializationEnds) 
     EXPECT_EQ(host.laps().first()->size(), ticksAfterwards);
 }
 
-// What a slot was given stays good until it returns, also when it deletes who gave it.
+// A slot's argument stays valid until it returns, even if it deletes the plugin.
 TEST_F(InitializedPluginTest, GivesACarListThatASlotCanReadAfterDeletingThePlugin) {
     qsizetype cars = 0;
     QObject::connect(plugin->dataEmitter(), &TLM::SDK::DataEmitter::sendCarListChanged,
@@ -562,14 +569,8 @@ TEST_F(InitializedPluginTest, GivesACarListThatASlotCanReadAfterDeletingThePlugi
     EXPECT_TRUE(plugin.isNull());
 }
 
-TEST_P(Reentrancy, LeavesThePluginInOrder) {
-    const OpenObjects before = OpenObjects::now();
-    ASSERT_NO_FATAL_FAILURE(provoke());
-    expectOrder();
-    expectNoTickWithinATick();
-    expectRestOfTheWork();
-    expectUsablePluginOrNone();
-    EXPECT_EQ(OpenObjects::now(), before);
+TEST_P(Reentrancy, LeavesThePluginUsable) {
+    provokeAndCheck([this] { expectRestOfTheWork(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(AnySlot, Reentrancy,
@@ -577,14 +578,9 @@ INSTANTIATE_TEST_SUITE_P(AnySlot, Reentrancy,
                                             ::testing::ValuesIn(actions)),
                          rowName);
 
-// The same where the timer's own signal lies below the slot on the stack. Further ticks may follow.
-TEST_P(ReentrancyByTimer, LeavesThePluginInOrder) {
-    const OpenObjects before = OpenObjects::now();
-    ASSERT_NO_FATAL_FAILURE(provoke());
-    expectOrder();
-    expectNoTickWithinATick();
-    expectUsablePluginOrNone();
-    EXPECT_EQ(OpenObjects::now(), before);
+// The same with the timer's own signal below the slot on the stack. Further ticks may follow.
+TEST_P(ReentrancyByTimer, LeavesThePluginUsable) {
+    provokeAndCheck([] {});
 }
 
 INSTANTIATE_TEST_SUITE_P(AnySlot, ReentrancyByTimer,

@@ -12,7 +12,7 @@ constexpr int bufferCount = 3;
 constexpr std::size_t roomForSession = 8192;
 constexpr double tickSeconds = 1.0 / 60;
 
-// So often the running simulator completes a buffer, in microseconds.
+// The time between two snapshots of the running simulator, in microseconds.
 const std::string runningPace = "2000";
 const std::string hastyPace = "100";
 
@@ -44,50 +44,47 @@ std::string StagedSession::text() const {
 }
 
 StagedSimulator::StagedSimulator() {
-    block.setBufferCount(bufferCount);
-    block.setSessionCapacity(roomForSession);
-    addVariables(block);
+    addVariables();
     block.addVariable("Speed", irsdk_float, 1, "m/s");
-    block.setSessionText(StagedSession().text());
     stageStart();
 }
 
 void StagedSimulator::layOut(int bufferLength) {
     constexpr int lastVariableSize = 4;
     block = TestBlock();
-    block.setBufferCount(bufferCount);
-    block.setSessionCapacity(roomForSession);
-    addVariables(block);
+    addVariables();
     block.addVariableAt(bufferLength - lastVariableSize, "Speed", irsdk_float, 1, "m/s");
     block.setBufferLength(bufferLength);
-    block.setSessionText(StagedSession().text());
     stageStart();
 }
 
-void StagedSimulator::addVariables(TestBlock& target) const {
-    target.addVariable("SessionTime", irsdk_double, 1, "s");
-    target.addVariable("SessionTick", irsdk_int);
-    target.addVariable("SessionNum", irsdk_int);
-    target.addVariable("SessionState", irsdk_int);
-    target.addVariable("SessionTimeRemain", irsdk_double, 1, "s");
-    target.addVariable("Lap", irsdk_int);
-    target.addVariable("LapDistPct", irsdk_float, 1, "%");
-    target.addVariable("LapLastLapTime", irsdk_float, 1, "s");
-    target.addVariable("LapCurrentLapTime", irsdk_float, 1, "s");
-    target.addVariable("IsOnTrack", irsdk_bool);
-    target.addVariable("OnPitRoad", irsdk_bool);
-    target.addVariable("PlayerCarInPitStall", irsdk_bool);
-    target.addVariable("ReplayPlaySpeed", irsdk_int);
-    target.addVariable("CarIdxLapCompleted", irsdk_int, carCount);
-    target.addVariable("CarIdxLapDistPct", irsdk_float, carCount, "%");
-    target.addVariable("CarIdxLastLapTime", irsdk_float, carCount, "s");
-    target.addVariable("CarIdxOnPitRoad", irsdk_bool, carCount);
+void StagedSimulator::addVariables() {
+    block.setBufferCount(bufferCount);
+    block.setSessionCapacity(roomForSession);
+    block.addVariable("SessionTime", irsdk_double, 1, "s");
+    block.addVariable("SessionTick", irsdk_int);
+    block.addVariable("SessionNum", irsdk_int);
+    block.addVariable("SessionState", irsdk_int);
+    block.addVariable("SessionTimeRemain", irsdk_double, 1, "s");
+    block.addVariable("Lap", irsdk_int);
+    block.addVariable("LapDistPct", irsdk_float, 1, "%");
+    block.addVariable("LapLastLapTime", irsdk_float, 1, "s");
+    block.addVariable("LapCurrentLapTime", irsdk_float, 1, "s");
+    block.addVariable("IsOnTrack", irsdk_bool);
+    block.addVariable("OnPitRoad", irsdk_bool);
+    block.addVariable("PlayerCarInPitStall", irsdk_bool);
+    block.addVariable("ReplayPlaySpeed", irsdk_int);
+    block.addVariable("CarIdxLapCompleted", irsdk_int, carCount);
+    block.addVariable("CarIdxLapDistPct", irsdk_float, carCount, "%");
+    block.addVariable("CarIdxLastLapTime", irsdk_float, carCount, "s");
+    block.addVariable("CarIdxOnPitRoad", irsdk_bool, carCount);
 }
 
 void StagedSimulator::stageStart() {
     constexpr double middleOfTheLap = 0.5;
     constexpr double outOfTheWorld = -1.0;
     constexpr int racing = 4;
+    block.setSessionText(StagedSession().text());
     block.set("SessionState", racing);
     block.set("IsOnTrack", 1);
     block.set("LapDistPct", middleOfTheLap);
@@ -102,9 +99,9 @@ void StagedSimulator::publish() {
 }
 
 bool StagedSimulator::run() {
-    const bool stood = publisher.tryCommand(runCommand(runningPace));
+    const bool started = publisher.tryCommand(runCommand(runningPace));
     restoreBufferLength();
-    return stood;
+    return started;
 }
 
 void StagedSimulator::runWithoutData() {
@@ -112,7 +109,7 @@ void StagedSimulator::runWithoutData() {
     publisher.poke(offsetof(irsdk_header, bufferLength), 0);
 }
 
-void StagedSimulator::stand() {
+void StagedSimulator::stop() {
     publisher.command("stop");
     restoreBufferLength();
 }

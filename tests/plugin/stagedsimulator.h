@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/** What a session text tells; each test changes what it is about. */
+/** The facts of a session text; each test changes those that it is about. */
 struct StagedSession {
     struct Driver {
         int car;
@@ -15,7 +15,7 @@ struct StagedSession {
     };
 
     std::string simMode = "full";
-    std::string trackLength = {};  // such as "4.00 km"; none when empty
+    std::string trackLength = {};  // such as "4.00 km"; not in the text if empty
     std::string type = "Practice";
     int ownCar = 2;
     std::vector<Driver> drivers = {{2, "Own Driver"}, {5, "Fast Driver"}, {9, "Slow Driver"}};
@@ -27,8 +27,9 @@ struct StagedSession {
  * A simulator that a test moves by hand: a block of a few variables, published by a second process.
  * Three cars (the own one, fastCar and slowCar) drive in the middle of their first lap.
  *
- * It either stands, and nextTick() publishes one snapshot, or it runs by itself, as connecting
- * needs it; the snapshots of its running are no readings. After publish() it stands.
+ * It is either stopped, and nextTick() publishes one snapshot, or it runs by itself, which
+ * connecting needs; the running simulator's snapshots have no valid values. After publish() it is
+ * stopped.
  */
 class StagedSimulator {
 public:
@@ -36,42 +37,42 @@ public:
     static constexpr int fastCar = 5;
     static constexpr int slowCar = 9;
 
-    /** What it publishes, to be changed before publish() or, the values, before nextTick(). */
+    /** The published data: change it before publish(), its values also before nextTick(). */
     testsupport::TestBlock block;
     testsupport::Publisher publisher{testsupport::Publisher::Where::OtherProcess};
 
     StagedSimulator();
 
-    /** A table of the same variables with the last one moved to the end of longer buffers. */
+    /** A table of the same variables, with the last one at the end of longer buffers. */
     void layOut(int bufferLength);
 
     void publish();
-    /** Runs with snapshots that can be read; false when it ran already. */
+    /** Runs with readable snapshots; false if it runs already. */
     bool run();
-    /** Runs and wakes those who wait, but with snapshots of a length of which none can be read. */
+    /** Runs and wakes waiting readers, but with an invalid length of snapshots. */
     void runWithoutData();
-    void stand();
+    void stop();
 
     /** Publishes the staged values as the snapshot of the next tick. */
     void nextTick();
 
-    /** Makes the next ticks see the car one lap further. */
+    /** From the next tick on the car is one lap further. */
     void crossLine(int car);
 
     /** Rewrites the session text in the published block; the counter grows by one. */
     void rewriteSession(const StagedSession& session);
 
-    /** Writes a text over the published one without telling anyone. */
+    /** Overwrites the published text without changing the counter. */
     void overwriteSession(const StagedSession& session);
 
-    /** Moves the update counter without touching the text. */
+    /** Changes the update counter, not the text. */
     void setSessionUpdate(std::int32_t counter);
 
-    /** Stops for ever, with the objects left behind as after a crash until this is destroyed. */
+    /** Crashes; its objects stay until this is destroyed. */
     void crash() { publisher.die(); }
 
 private:
-    void addVariables(testsupport::TestBlock& target) const;
+    void addVariables();
     void stageStart();
     void restoreBufferLength();
     [[nodiscard]] int newestTick();

@@ -4,7 +4,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/** A source of its own that is built on the plugin: another name, and a farewell of its own. */
+/** A plugin derived from ours, with other names and another disconnectFromSource(). */
 class RenamedPlugin : public iRPluginLive {
 public:
     QString sourceName() const override { return u"Other Source"_s; }

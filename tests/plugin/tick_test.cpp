@@ -36,7 +36,7 @@ TEST_F(Tick, SendsOneListOfSixtyFourSamplesInCarOrder) {
     }
 }
 
-TEST_F(Tick, CarriesTheValuesOfItsSnapshot) {
+TEST_F(Tick, SendsTheValuesOfItsSnapshot) {
     constexpr double speed = 61.5;
     constexpr double distance = 0.625;
     simulator.block.set("Speed", speed);
@@ -49,7 +49,7 @@ TEST_F(Tick, CarriesTheValuesOfItsSnapshot) {
     EXPECT_EQ(value(slowCar, u"sessiontick"_s), value(ownCar, u"sessiontick"_s));
 }
 
-TEST_F(Tick, TakesNoValueFromBehindASnapshotThatBecameShorter) {
+TEST_F(Tick, TakesNoValueFromPastTheEndOfAShorterSnapshot) {
     constexpr int fullLength = 4096;
     constexpr double before = 61.5;
     plugin->disconnectFromSource();
@@ -60,13 +60,13 @@ TEST_F(Tick, TakesNoValueFromBehindASnapshotThatBecameShorter) {
     tick();
     ASSERT_EQ(value(ownCar, u"speed"_s).toDouble(), before);
 
-    // The snapshots end in the middle, and the table puts the speed behind them, where zeros lie.
-    constexpr int behindTheEnd = fullLength - 64;
+    // The snapshots become half as long, and the table puts the speed past their end, into zeros.
+    constexpr int pastTheEnd = fullLength - 64;
     const auto speedEntry =
         static_cast<std::size_t>(simulator.block.header().varHeaderOffset) +
         static_cast<std::size_t>(simulator.block.indexOf("Speed")) * sizeof(irsdk_varHeader);
     simulator.publisher.poke(offsetof(irsdk_header, bufferLength), fullLength / 2);
-    simulator.publisher.poke(speedEntry + offsetof(irsdk_varHeader, offset), behindTheEnd);
+    simulator.publisher.poke(speedEntry + offsetof(irsdk_varHeader, offset), pastTheEnd);
     tick();
     EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), before) << "it has no new value";
 }
@@ -96,7 +96,7 @@ TEST_F(Tick, TakesTheNewestOfSeveralSnapshots) {
     EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), second);
 }
 
-TEST_F(Tick, LeavesTheListsThatTheHostKeepsAsTheyWere) {
+TEST_F(Tick, DoesNotChangeTheListsThatTheHostKeeps) {
     constexpr int keptLists = 10;
     constexpr double firstSpeed = 40.0;
     for (int i = 0; i < keptLists; ++i) {
@@ -148,7 +148,7 @@ TEST_F(Tick, ReadsTheSessionOnlyWhenItsCounterDiffers) {
     EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
 }
 
-TEST_F(Tick, TakesASessionTextOutsideTheBlockForAnEmptyOne) {
+TEST_F(Tick, ReadsASessionTextOutsideTheBlockAsAnEmptyOne) {
     StagedSession renamed;
     renamed.drivers = {{fastCar, "Renamed Driver"}};
     tick();
@@ -166,7 +166,7 @@ TEST_F(Tick, TakesASessionTextOutsideTheBlockForAnEmptyOne) {
     EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
 }
 
-TEST_F(Tick, SendsTheCarListOnceMoreInTheTickAfterAStatusChanged) {
+TEST_F(Tick, SendsTheCarListAgainInTheTickAfterAStatusChanged) {
     // The first tick of the fixture put three cars on their out laps.
     tick();
     EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
@@ -186,7 +186,7 @@ TEST_F(Tick, SendsTheCarListOnceMoreInTheTickAfterAStatusChanged) {
     EXPECT_EQ(host.lastCarList().cars[slowCar].status(), CarStatus::NotInWorld);
 }
 
-TEST_F(Tick, IsNotNeededForTheHostToAskForTheCarList) {
+TEST_F(Tick, IsNotNeededForACarListThatTheHostAsksFor) {
     QMetaObject::invokeMethod(plugin.data(), "updateCarList", Qt::DirectConnection);
     EXPECT_EQ(host.heard(), QStringList{u"CarListChanged 64"_s});
     tick();
@@ -234,7 +234,7 @@ TEST_F(Tick, HandsALapOverOnce) {
     EXPECT_EQ(host.telemetryLaps.size(), 1);
 }
 
-TEST_F(Tick, HandsOverWhatTheLapIs) {
+TEST_F(Tick, HandsOverLapsWithTheirFacts) {
     tick();
     tick();
     simulator.crossLine(fastCar);
@@ -297,7 +297,7 @@ TEST_F(Silence, IsEndedByTheHundredAndFirstMiss) {
     EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
 }
 
-TEST_F(Silence, IsForgottenAfterOneTickWithData) {
+TEST_F(Silence, IsCountedFromZeroAfterOneTickWithData) {
     ticksWithoutData(toleratedMisses);
     tick();
     host.forget();
@@ -306,7 +306,7 @@ TEST_F(Silence, IsForgottenAfterOneTickWithData) {
     EXPECT_TRUE(plugin->isConnected());
 }
 
-TEST_F(Silence, IsRememberedByTheFirstTickOfTheNextConnection) {
+TEST_F(Silence, IsStillCountedInTheFirstTickOfTheNextConnection) {
     ticksWithoutData(toleratedMisses + 1);
     for (int i = 0; i < 2; ++i) {
         connectWithoutUnreadData();
@@ -319,7 +319,7 @@ TEST_F(Silence, IsRememberedByTheFirstTickOfTheNextConnection) {
     EXPECT_EQ(host.heard(), QStringList());
 }
 
-TEST_F(Silence, OfACrashedSimulatorEndsTheConnectionByTheTimerAlone) {
+TEST_F(Silence, OfACrashedSimulatorEndsTheConnectionByTheTimer) {
     simulator.crash();
     EXPECT_TRUE(QTest::qWaitFor([this] { return !plugin->isConnected(); }, 20000));
     EXPECT_EQ(host.events(), QStringList{simIsDown} + disconnecting);
@@ -329,7 +329,7 @@ TEST_F(Silence, OfACrashedSimulatorEndsTheConnectionByTheTimerAlone) {
     successor.publish();
     successor.run();
     plugin->connectToSource();
-    successor.stand();
+    successor.stop();
     EXPECT_EQ(host.events(), connecting);
     plugin->disconnectFromSource();
 }
@@ -342,7 +342,7 @@ TEST_F(Silence, BeginsWhenTheStatusBitIsCleared) {
     EXPECT_TRUE(host.samples.isEmpty());
     EXPECT_TRUE(plugin->isConnected());
 
-    // The first snapshot afterwards is only the new starting point.
+    // The first snapshot afterwards is only a new starting point.
     simulator.publisher.setStatus(irsdk_stConnected);
     tick();
     EXPECT_TRUE(host.samples.isEmpty());
@@ -350,7 +350,7 @@ TEST_F(Silence, BeginsWhenTheStatusBitIsCleared) {
     EXPECT_EQ(host.samples.size(), 1);
 }
 
-TEST_F(Silence, OfASnapshotLongerThanTheBufferIsEndedInOrderAndTheNextConnectionTakesItsLength) {
+TEST_F(Silence, OfTooLongSnapshotsEndsTheConnectionAndTheNextOneUsesTheirLength) {
     constexpr int longLength = 4096;
     constexpr double speed = 61.5;
     plugin->disconnectFromSource();
@@ -369,7 +369,7 @@ TEST_F(Silence, OfASnapshotLongerThanTheBufferIsEndedInOrderAndTheNextConnection
     }
     EXPECT_EQ(host.heard(), QStringList());
     plugin->tick();
-    simulator.stand();
+    simulator.stop();
     EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
 
     simulator.block.set("Speed", speed);
@@ -385,7 +385,7 @@ TEST_F(Silence, IsNotCausedByATableOutsideTheBlock) {
     EXPECT_EQ(host.lastSamples().size(), 64);
 }
 
-/** The other cars get the session clock of a block without variables, at any time the same. */
+/** Without variables, the other cars get an empty session clock. */
 using BlockWithoutVariables = InitializedPluginTest;
 
 TEST_F(BlockWithoutVariables, GivesTheSameSamplesFromTheFirstTickOnAsLater) {
