@@ -23,8 +23,8 @@ std::uint64_t bench::allocationCount() {
 }
 
 void bench::keepFreedMemory() {
-    constexpr int noLimit = 1 << 30;  // bytes
-    mallopt(M_TRIM_THRESHOLD, noLimit);
+    constexpr int kNoLimit = 1 << 30;  // bytes
+    mallopt(M_TRIM_THRESHOLD, kNoLimit);
     mallopt(M_MMAP_MAX, 0);
 }
 
@@ -33,8 +33,8 @@ void bench::giveBackFreedMemory() {
 }
 
 void bench::mergeFreedMemory() {
-    constexpr std::size_t largePiece = 1 << 20;  // bytes
-    std::free(std::malloc(largePiece));
+    constexpr std::size_t kLargePiece = 1 << 20;  // bytes
+    std::free(std::malloc(kLargePiece));
 }
 
 // operator new and Qt's containers allocate through these. Freeing is not counted.

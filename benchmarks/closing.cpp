@@ -16,8 +16,8 @@ namespace bench {
 
 namespace {
 
-constexpr int ticksPerLap = 5400;
-constexpr int rounds = 3;
+constexpr int kTicksPerLap = 5400;
+constexpr int kRounds = 3;
 
 /**
  * A reader at the end of all second laps, as at a session's end. A car's first closed lap, which
@@ -28,22 +28,22 @@ class LapEnd {
 public:
     explicit LapEnd(const Workload& workload) : m_workload(workload), m_header(workload.header()) {
         publishResults(0);
-        record(ticksPerLap * 9 / 10, firstResultTick);
-        publishResults(firstResultTick);
-        record(firstResultTick, 2 * ticksPerLap - 5);
-        publishResults(secondResultTick);
-        sample(secondResultTick);
+        record(kTicksPerLap * 9 / 10, kFirstResultTick);
+        publishResults(kFirstResultTick);
+        record(kFirstResultTick, 2 * kTicksPerLap - 5);
+        publishResults(kSecondResultTick);
+        sample(kSecondResultTick);
     }
 
     /** The own car's lap ends with the session, the others' laps with new results. */
     void closeAll() {
         m_reader.processData();
-        m_reader.processLap(ownCar, false);
+        m_reader.processLap(kOwnCar, false);
     }
 
     [[nodiscard]] bool isEveryLapClosed() {
-        for (int car = 0; car < carCount; ++car) {
-            const bool isShort = car != ownCar && m_reader.lap(car)->size() < shortestLap;
+        for (int car = 0; car < kCarCount; ++car) {
+            const bool isShort = car != kOwnCar && m_reader.lap(car)->size() < kShortestLap;
             if (!m_reader.isLapReady(car) || isShort) {
                 return false;
             }
@@ -53,9 +53,9 @@ public:
 
 private:
     // A second after the slowest car has crossed the line: all results are in.
-    static constexpr int firstResultTick = ticksPerLap + 400;
-    static constexpr int secondResultTick = 2 * ticksPerLap + 800;
-    static constexpr int shortestLap = ticksPerLap * 9 / 10;  // samples
+    static constexpr int kFirstResultTick = kTicksPerLap + 400;
+    static constexpr int kSecondResultTick = 2 * kTicksPerLap + 800;
+    static constexpr int kShortestLap = kTicksPerLap * 9 / 10;  // samples
 
     void publishResults(int tick) {
         m_reader.setYaml(m_workload.sessionText(m_workload.results(tick)).c_str());
@@ -83,7 +83,7 @@ private:
 
 class ClosingFigure {
 public:
-    ClosingFigure() : m_workload(ticksPerLap) {
+    ClosingFigure() : m_workload(kTicksPerLap) {
         m_contest.add(
             "fast", 1.0, [this] { m_fast->closeAll(); }, [this] { renew(m_fast); });
         m_contest.add(
@@ -112,7 +112,7 @@ public:
 
 private:
     // Time step, running time, distance and speed.
-    static constexpr int derivedChannels = 4;
+    static constexpr int kDerivedChannels = 4;
 
     template <typename End>
     void renew(std::unique_ptr<End>& end) {
@@ -122,8 +122,8 @@ private:
 
     /** The least that closing must do: fill new lists with as many numbers. */
     void writeDerivedChannels() {
-        for (int i = 0; i < (carCount - 1) * derivedChannels; ++i) {
-            m_derived.append(QList<double>(ticksPerLap, 1.0));
+        for (int i = 0; i < (kCarCount - 1) * kDerivedChannels; ++i) {
+            m_derived.append(QList<double>(kTicksPerLap, 1.0));
         }
     }
 
@@ -137,7 +137,7 @@ private:
 }  // namespace
 
 void registerClosing(Report& report) {
-    registerFigure<ClosingFigure>(report, "closing", rounds);
+    registerFigure<ClosingFigure>(report, "closing", kRounds);
 }
 
 }  // namespace bench

@@ -27,11 +27,11 @@ double median(std::vector<double> numbers) {
 }
 
 double threadSeconds() {
-    constexpr double secondsPerNanosecond = 1e-9;
+    constexpr double kSecondsPerNanosecond = 1e-9;
     timespec time{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) +
-           static_cast<double>(time.tv_nsec) * secondsPerNanosecond;
+           static_cast<double>(time.tv_nsec) * kSecondsPerNanosecond;
 }
 
 void Contest::add(const std::string& name, double units, std::function<void()> work,

@@ -65,7 +65,7 @@ private:
         m_reader.updateCarList();
         m_reader.getRawData(&header, m_workload.table().data(), snapshot.data(),
                             m_workload.bufferLength());
-        for (int car = 0; car < carCount; ++car) {
+        for (int car = 0; car < kCarCount; ++car) {
             for (const auto& value : sample(car).get().data()) {
                 m_numbers.push_back(value.value.toDouble());
             }
@@ -78,14 +78,14 @@ private:
 
     void startRecorders() {
         m_recorders.clear();
-        for (int car = 0; car < carCount; ++car) {
+        for (int car = 0; car < kCarCount; ++car) {
             m_recorders.emplace_back(kExpectedSamples);
         }
     }
 
     void startLaps() {
         m_laps.clear();
-        m_laps.resize(carCount);
+        m_laps.resize(kCarCount);
     }
 
     void startColumns() {
@@ -98,7 +98,7 @@ private:
 
     void addRows() {
         for (int tick = 0; tick < kSamplesPerLap; ++tick) {
-            for (int car = 0; car < carCount; ++car) {
+            for (int car = 0; car < kCarCount; ++car) {
                 m_recorders[static_cast<std::size_t>(car)].add(sample(car));
             }
         }
@@ -109,7 +109,7 @@ private:
 
     void addSamples() {
         for (int tick = 0; tick < kSamplesPerLap; ++tick) {
-            for (int car = 0; car < carCount; ++car) {
+            for (int car = 0; car < kCarCount; ++car) {
                 m_laps[static_cast<std::size_t>(car)].addSample(sample(car));
             }
         }
@@ -117,7 +117,7 @@ private:
 
     void addObvious() {
         for (int tick = 0; tick < kSamplesPerLap; ++tick) {
-            for (int car = 0; car < carCount; ++car) {
+            for (int car = 0; car < kCarCount; ++car) {
                 obvious::addSample(m_laps[static_cast<std::size_t>(car)], sample(car));
             }
         }

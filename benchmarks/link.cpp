@@ -13,30 +13,30 @@ namespace bench {
 
 namespace {
 
-constexpr int ticksPerLap = 5400;
-constexpr int rounds = 41;
-constexpr int copies = 500;
+constexpr int kTicksPerLap = 5400;
+constexpr int kRounds = 41;
+constexpr int kCopies = 500;
 
 class LinkFigure {
 public:
     LinkFigure()
-        : m_workload(ticksPerLap),
+        : m_workload(kTicksPerLap),
           m_standIn(m_workload),
           m_data(static_cast<std::size_t>(m_workload.bufferLength())) {
         m_standIn.republish();
         irsdk_startup();
         irsdk_getNewData(nullptr);
         const std::int32_t bufferOffset = m_standIn.header().varBuf[0].bufferOffset;
-        m_contest.add("fast", copies, [this] {
-            for (int i = 0; i < copies; ++i) {
+        m_contest.add("fast", kCopies, [this] {
+            for (int i = 0; i < kCopies; ++i) {
                 m_standIn.republish();
                 if (!irsdk_getNewData(m_data.data(), m_workload.bufferLength())) {
                     std::abort();
                 }
             }
         });
-        m_contest.add("reads", copies, [this, bufferOffset] {
-            for (int i = 0; i < copies; ++i) {
+        m_contest.add("reads", kCopies, [this, bufferOffset] {
+            for (int i = 0; i < kCopies; ++i) {
                 m_standIn.republish();
                 irsdk_header header{};
                 m_block.read(&header, sizeof header, 0);
@@ -44,8 +44,8 @@ public:
                 m_block.read(&header.varBuf[0], sizeof header.varBuf[0], irsdk_varBufOffset(0));
             }
         });
-        m_contest.add("snapshot alone", copies, [this, bufferOffset] {
-            for (int i = 0; i < copies; ++i) {
+        m_contest.add("snapshot alone", kCopies, [this, bufferOffset] {
+            for (int i = 0; i < kCopies; ++i) {
                 m_standIn.republish();
                 m_block.read(m_data.data(), m_data.size(), bufferOffset);
             }
@@ -76,7 +76,7 @@ private:
 }  // namespace
 
 void registerLink(Report& report) {
-    registerFigure<LinkFigure>(report, "link", rounds);
+    registerFigure<LinkFigure>(report, "link", kRounds);
 }
 
 }  // namespace bench

@@ -10,7 +10,7 @@ namespace bench {
 namespace {
 
 bool isPerCar(const irsdk_varHeader& variable) {
-    return std::string_view(variable.name).starts_with(perCarPrefix);
+    return std::string_view(variable.name).starts_with(kPerCarPrefix);
 }
 
 }  // namespace
@@ -20,9 +20,9 @@ PlainNodes::PlainNodes(const std::vector<irsdk_varHeader>& table) {
         m_columns.push_back({variable.type, variable.offset, {}});
     }
     // Car by car, because the entries of one sample's map are allocated one after another.
-    for (int car = 0; car < carCount; ++car) {
+    for (int car = 0; car < kCarCount; ++car) {
         for (std::size_t i = 0; i < table.size(); ++i) {
-            const bool isStored = isPerCar(table[i]) != (car == ownCar);
+            const bool isStored = isPerCar(table[i]) != (car == kOwnCar);
             if (isStored) {
                 m_nodes.push_back(std::make_unique<Node>());
             }
@@ -40,7 +40,7 @@ PlainNodes::PlainNodes(const std::vector<irsdk_varHeader>& table) {
     for (std::size_t i = 0; i < table.size(); ++i) {
         const std::string_view name(table[i].name);
         if (name == "SessionTime" || name == "SessionTimeRemain" || name == "SessionTick") {
-            for (int car = 0; car < carCount; ++car) {
+            for (int car = 0; car < kCarCount; ++car) {
                 m_nodes.push_back(std::make_unique<Node>());
                 m_columns.push_back({table[i].type, table[i].offset, {m_nodes.back().get()}});
             }

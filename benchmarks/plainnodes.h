@@ -26,18 +26,18 @@ public:
 
 private:
     // The size of an entry of a sample's map: links, name, variant and unit.
-    static constexpr std::size_t bytesBefore = 56;
-    static constexpr std::size_t bytesAfter = 48;
+    static constexpr std::size_t kBytesBefore = 56;
+    static constexpr std::size_t kBytesAfter = 48;
 
     struct Node {
-        std::array<char, bytesBefore> before;
+        std::array<char, kBytesBefore> before;
         union {
             std::int32_t integer;
             float single;
             double real;
             bool truth;
         };
-        std::array<char, bytesAfter> after;
+        std::array<char, kBytesAfter> after;
     };
 
     /** A variable and the nodes of its elements; null for an element that is not stored. */

@@ -13,17 +13,17 @@ namespace bench {
 
 namespace {
 
-constexpr double width = 960.0;
-constexpr double height = 440.0;
-constexpr double left = 80.0;
-constexpr double right = 190.0;
-constexpr double top = 40.0;
-constexpr double bottom = 50.0;
-constexpr double shortest = 1e-5;  // seconds at the lower edge
-constexpr double longest = 1e-1;   // and at the upper one
+constexpr double kWidth = 960.0;
+constexpr double kHeight = 440.0;
+constexpr double kLeft = 80.0;
+constexpr double kRight = 190.0;
+constexpr double kTop = 40.0;
+constexpr double kBottom = 50.0;
+constexpr double kShortest = 1e-5;  // seconds at the lower edge
+constexpr double kLongest = 1e-1;   // and at the upper one
 
 // Ticks per point of a line.
-constexpr std::size_t stretch = 45;
+constexpr std::size_t kStretch = 45;
 
 struct Line {
     const char* name;
@@ -31,17 +31,17 @@ struct Line {
     const char* dashes;
 };
 
-constexpr std::array lines{Line{"worst", 1.0, ""}, Line{"p99", 0.99, "6 3"},
-                           Line{"p50", 0.5, "1 3"}};
-constexpr std::array colours{"#0b62a4", "#c0392b", "#555555"};
+constexpr std::array kLines{Line{"worst", 1.0, ""}, Line{"p99", 0.99, "6 3"},
+                            Line{"p50", 0.5, "1 3"}};
+constexpr std::array kColours{"#0b62a4", "#c0392b", "#555555"};
 
 double xOf(double tick, double ticks) {
-    return left + (width - left - right) * tick / ticks;
+    return kLeft + (kWidth - kLeft - kRight) * tick / ticks;
 }
 
 double yOf(double seconds) {
-    const double part = std::log10(seconds / shortest) / std::log10(longest / shortest);
-    return height - bottom - (height - top - bottom) * std::clamp(part, 0.0, 1.0);
+    const double part = std::log10(seconds / kShortest) / std::log10(kLongest / kShortest);
+    return kHeight - kBottom - (kHeight - kTop - kBottom) * std::clamp(part, 0.0, 1.0);
 }
 
 std::string number(double value) {
@@ -69,23 +69,23 @@ void writeAxes(std::ostream& svg, int ticksPerLap, double ticks) {
     for (const Mark& mark : {Mark{1e-5, "10 us"}, Mark{1e-4, "100 us"}, Mark{1e-3, "1 ms"},
                              Mark{1e-2, "10 ms"}, Mark{1e-1, "100 ms"}}) {
         const double y = yOf(mark.seconds);
-        svg << rule(left, y, width - right, y) << text(left - 8.0, y + 4.0, mark.text, "end");
+        svg << rule(kLeft, y, kWidth - kRight, y) << text(kLeft - 8.0, y + 4.0, mark.text, "end");
     }
     for (int lap = 0; lap * ticksPerLap <= static_cast<int>(ticks); ++lap) {
         const double x = xOf(lap * ticksPerLap, ticks);
-        svg << rule(x, top, x, height - bottom)
-            << text(x, height - bottom + 18.0, std::to_string(lap), "middle");
+        svg << rule(x, kTop, x, kHeight - kBottom)
+            << text(x, kHeight - kBottom + 18.0, std::to_string(lap), "middle");
     }
-    svg << text(left, top - 16.0, "Time of a tick over a race of 64 cars")
-        << text((left + width - right) / 2.0, height - 10.0, "laps of the fastest car", "middle");
+    svg << text(kLeft, kTop - 16.0, "Time of a tick over a race of 64 cars")
+        << text((kLeft + kWidth - kRight) / 2.0, kHeight - 10.0, "laps of the fastest car", "middle");
 }
 
 void writeLine(std::ostream& svg, const PlottedTicks& race, const Line& line, const char* colour) {
     svg << "<polyline fill=\"none\" stroke=\"" << colour << "\" stroke-width=\"1.3\""
         << " stroke-dasharray=\"" << line.dashes << "\" points=\"";
     const auto ticks = static_cast<double>(race.seconds.size());
-    for (std::size_t first = 0; first < race.seconds.size(); first += stretch) {
-        const std::size_t end = std::min(first + stretch, race.seconds.size());
+    for (std::size_t first = 0; first < race.seconds.size(); first += kStretch) {
+        const std::size_t end = std::min(first + kStretch, race.seconds.size());
         const std::vector<double> part(race.seconds.begin() + static_cast<std::ptrdiff_t>(first),
                                        race.seconds.begin() + static_cast<std::ptrdiff_t>(end));
         svg << number(xOf(static_cast<double>(first + end) / 2.0, ticks)) << ','
@@ -95,16 +95,16 @@ void writeLine(std::ostream& svg, const PlottedTicks& race, const Line& line, co
 }
 
 void writeRace(std::ostream& svg, const PlottedTicks& race, const char* colour, double labelY) {
-    constexpr double lineHeight = 18.0;
+    constexpr double kLineHeight = 18.0;
     double y = labelY;
-    svg << text(width - right + 12.0, y, race.name, "start", colour);
-    for (const Line& line : lines) {
+    svg << text(kWidth - kRight + 12.0, y, race.name, "start", colour);
+    for (const Line& line : kLines) {
         writeLine(svg, race, line, colour);
-        y += lineHeight;
-        svg << "<line x1=\"" << number(width - right + 12.0) << "\" y1=\"" << number(y - 4.0)
-            << "\" x2=\"" << number(width - right + 42.0) << "\" y2=\"" << number(y - 4.0)
+        y += kLineHeight;
+        svg << "<line x1=\"" << number(kWidth - kRight + 12.0) << "\" y1=\"" << number(y - 4.0)
+            << "\" x2=\"" << number(kWidth - kRight + 42.0) << "\" y2=\"" << number(y - 4.0)
             << "\" stroke=\"" << colour << "\" stroke-dasharray=\"" << line.dashes << "\"/>\n"
-            << text(width - right + 50.0, y, line.name);
+            << text(kWidth - kRight + 50.0, y, line.name);
     }
 }
 
@@ -112,14 +112,14 @@ void writeRace(std::ostream& svg, const PlottedTicks& race, const char* colour, 
 
 void writePlot(const std::string& file, int ticksPerLap, const std::vector<PlottedTicks>& races) {
     std::ofstream svg(file);
-    svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\"" << height
+    svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << kWidth << "\" height=\"" << kHeight
         << "\" font-family=\"sans-serif\" font-size=\"12\">\n"
         << "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
     writeAxes(svg, ticksPerLap, static_cast<double>(races.front().seconds.size()));
-    constexpr double legendHeight = 90.0;
+    constexpr double kLegendHeight = 90.0;
     for (std::size_t i = 0; i < races.size(); ++i) {
-        writeRace(svg, races[i], colours[i % colours.size()],
-                  top + 12.0 + legendHeight * static_cast<double>(i));
+        writeRace(svg, races[i], kColours[i % kColours.size()],
+                  kTop + 12.0 + kLegendHeight * static_cast<double>(i));
     }
     svg << "</svg>\n";
     if (!svg) {

@@ -32,23 +32,23 @@ using TLM::SDK::DataEmitter;
 using TLM::SDK::Lap;
 using TLM::SDK::Sample;
 
-constexpr int laps = 10;
-constexpr int ticksPerLap = 5400;
-constexpr int raceTicks = laps * ticksPerLap;
-constexpr int races = 3;
+constexpr int kLaps = 10;
+constexpr int kTicksPerLap = 5400;
+constexpr int kRaceTicks = kLaps * kTicksPerLap;
+constexpr int kRaces = 3;
 
 // To save time, the obvious way only runs until the last car has closed its first lap. Its worst
 // tick of the whole race can only be worse.
-constexpr int obviousTicks = ticksPerLap + ticksPerLap / 10;
+constexpr int kObviousTicks = kTicksPerLap + kTicksPerLap / 10;
 
 // The two ways take turns of this length, over the same ticks of the race.
-constexpr int turnTicks = 60;
+constexpr int kTurnTicks = 60;
 
 // All cars begin their laps in the first ticks.
-constexpr int startTicks = 60;
+constexpr int kStartTicks = 60;
 
 // The simulator rewrites its text at most this often.
-constexpr int textInterval = 30;
+constexpr int kTextInterval = 30;
 
 /** Keeps the last list, as a connection queued to another thread does, and the laps of a tick. */
 class Host {
@@ -112,9 +112,9 @@ void keepLess(std::vector<double>& best, std::size_t tick, double seconds) {
 class RaceFigure {
 public:
     explicit RaceFigure(std::string plotFile)
-        : m_plotFile(std::move(plotFile)), m_workload(ticksPerLap), m_standIn(m_workload) {
-        m_fast.assign(raceTicks, 1.0);
-        m_obvious.assign(obviousTicks, 1.0);
+        : m_plotFile(std::move(plotFile)), m_workload(kTicksPerLap), m_standIn(m_workload) {
+        m_fast.assign(kRaceTicks, 1.0);
+        m_obvious.assign(kObviousTicks, 1.0);
     }
 
     ~RaceFigure() { irsdk_shutdown(); }
@@ -124,7 +124,7 @@ public:
         Runner<iRPluginLive> fast;
         connect(fast);
         double seconds = startTogether(fast);
-        for (int tick = obviousTicks; tick < raceTicks; tick += turnTicks) {
+        for (int tick = kObviousTicks; tick < kRaceTicks; tick += kTurnTicks) {
             seconds += turn(fast, m_fast, tick);
         }
         return seconds;
@@ -144,13 +144,13 @@ public:
         report.add(
             "worst tick: number of the tick", indexOfWorst(m_fast), std::nullopt,
             "the obvious way's: " + std::to_string(static_cast<int>(indexOfWorst(m_obvious))));
-        const std::vector<double> later(m_fast.begin() + startTicks, m_fast.end());
+        const std::vector<double> later(m_fast.begin() + kStartTicks, m_fast.end());
         report.add(
             "worst tick after the first second: to the obvious way's",
             percentile(later, 1.0) / obviousWorst, std::nullopt,
             timeText(percentile(later, 1.0)) + ", p99 " + timeText(percentile(m_fast, 0.99)));
         if (!m_plotFile.empty()) {
-            writePlot(m_plotFile, ticksPerLap,
+            writePlot(m_plotFile, kTicksPerLap,
                       {{"this plugin", m_fast}, {"the obvious way", m_obvious}});
         }
     }
@@ -164,10 +164,10 @@ private:
     /** The ticks that all ways run, turn by turn. */
     double startTogether(Runner<iRPluginLive>& fast) {
         Runner<obvious::Plugin> obvious;
-        PhysicalFloor floor(m_workload, ticksPerLap);
+        PhysicalFloor floor(m_workload, kTicksPerLap);
         connect(obvious);
         double seconds = 0.0;
-        for (int tick = 0; tick < obviousTicks; tick += turnTicks) {
+        for (int tick = 0; tick < kObviousTicks; tick += kTurnTicks) {
             const double fastSeconds = turn(fast, m_fast, tick);
             m_ratios.push_back(turn(obvious, m_obvious, tick) / fastSeconds);
             m_floorRatios.push_back(fastSeconds / floorTurn(floor));
@@ -192,8 +192,8 @@ private:
     template <typename Plugin>
     double turn(Runner<Plugin>& runner, std::vector<double>& best, int firstTick) {
         double sum = 0.0;
-        for (int tick = firstTick; tick < firstTick + turnTicks; ++tick) {
-            m_standIn.publishResults(m_workload.results(tick / textInterval * textInterval));
+        for (int tick = firstTick; tick < firstTick + kTurnTicks; ++tick) {
+            m_standIn.publishResults(m_workload.results(tick / kTextInterval * kTextInterval));
             m_standIn.publish(tick);
             const double seconds = runner.tick();
             keepLess(best, static_cast<std::size_t>(tick), seconds);
@@ -207,7 +207,7 @@ private:
 
     double floorTurn(PhysicalFloor& floor) {
         double sum = 0.0;
-        for (int tick = 0; tick < turnTicks; ++tick) {
+        for (int tick = 0; tick < kTurnTicks; ++tick) {
             const double start = threadSeconds();
             floor.tick(m_standIn.header());
             const double seconds = threadSeconds() - start;
@@ -231,7 +231,7 @@ private:
 }  // namespace
 
 void registerRace(Report& report, const std::string& plotFile) {
-    registerFigure<RaceFigure>(report, "race", races, plotFile);
+    registerFigure<RaceFigure>(report, "race", kRaces, plotFile);
 }
 
 }  // namespace bench

@@ -12,8 +12,8 @@ std::string numberText(double number) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.3g", number);
     // Large numbers in full, without an exponent.
-    constexpr double threeDigits = 1000.0;
-    if (number >= threeDigits) {
+    constexpr double kThreeDigits = 1000.0;
+    if (number >= kThreeDigits) {
         std::snprintf(text.data(), text.size(), "%.0f", number);
     }
     return text.data();
@@ -65,9 +65,9 @@ std::string timeText(double seconds) {
         double seconds;
         const char* name;
     };
-    constexpr std::array units{Unit{1e-3, "ms"}, Unit{1e-6, "us"}, Unit{1e-9, "ns"}};
+    constexpr std::array kUnits{Unit{1e-3, "ms"}, Unit{1e-6, "us"}, Unit{1e-9, "ns"}};
     const auto* const unit =
-        std::find_if(units.begin(), units.end() - 1,
+        std::find_if(kUnits.begin(), kUnits.end() - 1,
                      [seconds](const Unit& candidate) { return seconds >= candidate.seconds; });
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.3g %s", seconds / unit->seconds, unit->name);

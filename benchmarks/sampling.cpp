@@ -21,12 +21,12 @@ namespace {
 using TLM::SDK::DataEmitter;
 using TLM::SDK::Sample;
 
-constexpr int ticksPerLap = 5400;
-constexpr int snapshotCount = 16;
-constexpr int rounds = 21;
-constexpr int fastTicks = 64;
-constexpr int obviousTicks = 8;
-constexpr qsizetype everyList = std::numeric_limits<qsizetype>::max();
+constexpr int kTicksPerLap = 5400;
+constexpr int kSnapshotCount = 16;
+constexpr int kRounds = 21;
+constexpr int kFastTicks = 64;
+constexpr int kObviousTicks = 8;
+constexpr qsizetype kEveryList = std::numeric_limits<qsizetype>::max();
 
 /** Keeps the last lists, as a connection queued to another thread does. */
 class Host {
@@ -57,8 +57,8 @@ private:
 class ObviousLists {
 public:
     const QList<Sample>& fill(obvious::Reader& reader) {
-        m_samples.reserve(carCount);
-        for (int car = 0; car < carCount; ++car) {
+        m_samples.reserve(kCarCount);
+        for (int car = 0; car < kCarCount; ++car) {
             m_samples.append(reader.sample(car));
         }
         return m_samples;
@@ -107,8 +107,8 @@ using ObviousSampler = Sampler<obvious::Reader, ObviousLists>;
 
 std::vector<std::vector<char>> snapshotsOf(const Workload& workload) {
     std::vector<std::vector<char>> snapshots;
-    snapshots.reserve(snapshotCount);
-    for (int tick = 0; tick < snapshotCount; ++tick) {
+    snapshots.reserve(kSnapshotCount);
+    for (int tick = 0; tick < kSnapshotCount; ++tick) {
         snapshots.push_back(workload.snapshot(tick));
     }
     return snapshots;
@@ -118,7 +118,7 @@ class SamplingFigure {
 public:
     SamplingFigure(const char* title, qsizetype keptLists)
         : m_title(title),
-          m_workload(ticksPerLap),
+          m_workload(kTicksPerLap),
           m_snapshots(snapshotsOf(m_workload)),
           m_fast(m_workload, keptLists),
           m_obvious(m_workload, keptLists) {
@@ -126,26 +126,26 @@ public:
         for (qsizetype i = 0; i <= keptLists; ++i) {
             m_nodes.emplace_back(m_workload.table());
         }
-        m_contest.add("fast", fastTicks, [this] { run(m_fast, fastTicks); });
-        m_contest.add("obvious", obviousTicks, [this] { run(m_obvious, obviousTicks); });
-        m_contest.add("stores", fastTicks, [this] {
-            for (int i = 0; i < fastTicks; ++i) {
+        m_contest.add("fast", kFastTicks, [this] { run(m_fast, kFastTicks); });
+        m_contest.add("obvious", kObviousTicks, [this] { run(m_obvious, kObviousTicks); });
+        m_contest.add("stores", kFastTicks, [this] {
+            for (int i = 0; i < kFastTicks; ++i) {
                 m_nodes[static_cast<std::size_t>(i) % m_nodes.size()].store(snapshot(i));
             }
             benchmark::DoNotOptimize(m_nodes.data());
             benchmark::ClobberMemory();
         });
         // Warms up: resolves what is resolved once, and fills the host's kept lists.
-        run(m_fast, fastTicks);
-        run(m_obvious, obviousTicks);
+        run(m_fast, kFastTicks);
+        run(m_obvious, kObviousTicks);
     }
 
     double round() { return m_contest.round(); }
 
     void report(Report& report) {
         const AllocationMeter meter;
-        run(m_fast, fastTicks);
-        const double allocations = static_cast<double>(meter.count()) / fastTicks;
+        run(m_fast, kFastTicks);
+        const double allocations = static_cast<double>(meter.count()) / kFastTicks;
         report.add(
             m_title + ": times faster than the obvious way",
             1.0 / m_contest.ratio("fast", "obvious"), atLeast(40.0),
@@ -157,7 +157,7 @@ public:
 
 private:
     const char* snapshot(int i) const {
-        return m_snapshots[static_cast<std::size_t>(i % snapshotCount)].data();
+        return m_snapshots[static_cast<std::size_t>(i % kSnapshotCount)].data();
     }
 
     template <typename Sampler>
@@ -180,18 +180,18 @@ private:
 class EveryListKeptFigure {
 public:
     EveryListKeptFigure()
-        : m_workload(ticksPerLap),
+        : m_workload(kTicksPerLap),
           m_snapshots(snapshotsOf(m_workload)),
-          m_fast(m_workload, everyList) {
+          m_fast(m_workload, kEveryList) {
         const auto clear = [this] {
             m_fast.host().clear();
             m_copies.clear();
             mergeFreedMemory();
         };
         m_contest.add(
-            "fast", fastTicks, [this] { run(); }, clear);
+            "fast", kFastTicks, [this] { run(); }, clear);
         m_contest.add(
-            "copy", fastTicks, [this] { copy(); }, clear);
+            "copy", kFastTicks, [this] { copy(); }, clear);
         run();
     }
 
@@ -206,16 +206,16 @@ public:
 
 private:
     void run() {
-        for (int i = 0; i < fastTicks; ++i) {
-            m_fast.tick(m_snapshots[static_cast<std::size_t>(i % snapshotCount)].data());
+        for (int i = 0; i < kFastTicks; ++i) {
+            m_fast.tick(m_snapshots[static_cast<std::size_t>(i % kSnapshotCount)].data());
         }
     }
 
     void copy() {
-        for (int i = 0; i < fastTicks; ++i) {
+        for (int i = 0; i < kFastTicks; ++i) {
             QList<Sample> samples;
-            samples.reserve(carCount);
-            for (int car = 0; car < carCount; ++car) {
+            samples.reserve(kCarCount);
+            for (int car = 0; car < kCarCount; ++car) {
                 samples.append(m_fast.sample(car));
                 samples.last().data().detach();
             }
@@ -233,13 +233,13 @@ private:
 }  // namespace
 
 void registerSampling(Report& report) {
-    registerFigure<SamplingFigure>(report, "sampling/none", rounds,
+    registerFigure<SamplingFigure>(report, "sampling/none", kRounds,
                                    "sampling + emission, host keeps nothing", 0);
-    registerFigure<SamplingFigure>(report, "sampling/one", rounds,
+    registerFigure<SamplingFigure>(report, "sampling/one", kRounds,
                                    "the same, host keeps the last list", 1);
-    registerFigure<SamplingFigure>(report, "sampling/two", rounds,
+    registerFigure<SamplingFigure>(report, "sampling/two", kRounds,
                                    "the same, host keeps the last two lists", 2);
-    registerFigure<EveryListKeptFigure>(report, "sampling/every", rounds);
+    registerFigure<EveryListKeptFigure>(report, "sampling/every", kRounds);
 }
 
 }  // namespace bench

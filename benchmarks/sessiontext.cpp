@@ -19,9 +19,9 @@ namespace bench {
 
 namespace {
 
-constexpr int ticksPerLap = 5400;
-constexpr int rounds = 25;
-constexpr double changedValues = 6.0 * carCount;  // six texts of each car's race result
+constexpr int kTicksPerLap = 5400;
+constexpr int kRounds = 25;
+constexpr double kChangedValues = 6.0 * kCarCount;  // six texts of each car's race result
 
 std::string describe(const std::string& text) {
     return std::to_string(text.size() / 1000) + " kB";
@@ -51,7 +51,7 @@ void runEvents(const std::string& text) {
  */
 class FirstParseFigure {
 public:
-    FirstParseFigure() : m_text(Workload(ticksPerLap).sessionText({})) {
+    FirstParseFigure() : m_text(Workload(kTicksPerLap).sessionText({})) {
         m_contest.add(
             "fast", 1.0, [this] { m_fast->setYaml(m_text.c_str()); },
             [this] { m_fast = std::make_unique<TYamlTree>(); });
@@ -91,10 +91,10 @@ class AgainFigure {
 public:
     AgainFigure(const char* title, bool changed, double allowedAllocations)
         : m_title(title), m_allowedAllocations(allowedAllocations) {
-        const Workload workload(ticksPerLap);
+        const Workload workload(kTicksPerLap);
         // If changed, every car is a lap further in the second text.
-        m_texts = {workload.sessionText(workload.results(2 * ticksPerLap)),
-                   workload.sessionText(workload.results((changed ? 3 : 2) * ticksPerLap))};
+        m_texts = {workload.sessionText(workload.results(2 * kTicksPerLap)),
+                   workload.sessionText(workload.results((changed ? 3 : 2) * kTicksPerLap))};
         m_fast.setYaml(m_texts[1].c_str());
         m_obvious.setYaml(m_texts[1].c_str());
         m_contest.add("fast", 2.0, [this] { parse(m_fast); });
@@ -142,12 +142,12 @@ private:
 
 void registerSessionText(Report& report) {
     // One for the decoded text, and a few more that do not matter.
-    constexpr double fewAllocations = 8.0;
-    registerFigure<FirstParseFigure>(report, "sessionText/first", rounds);
-    registerFigure<AgainFigure>(report, "sessionText/same", rounds, "same again", false,
-                                fewAllocations);
-    registerFigure<AgainFigure>(report, "sessionText/changed", rounds, "384 values changed", true,
-                                changedValues + fewAllocations);
+    constexpr double kFewAllocations = 8.0;
+    registerFigure<FirstParseFigure>(report, "sessionText/first", kRounds);
+    registerFigure<AgainFigure>(report, "sessionText/same", kRounds, "same again", false,
+                                kFewAllocations);
+    registerFigure<AgainFigure>(report, "sessionText/changed", kRounds, "384 values changed", true,
+                                kChangedValues + kFewAllocations);
 }
 
 }  // namespace bench

@@ -8,7 +8,7 @@ namespace bench {
 
 StandIn::StandIn(const Workload& workload)
     : m_workload(workload),
-      m_layout({.tickRate = static_cast<int>(ticksPerSecond),
+      m_layout({.tickRate = static_cast<int>(kTicksPerSecond),
                 .bufferLength = static_cast<std::size_t>(workload.bufferLength())},
                workload.table().size()),
       m_snapshot(static_cast<std::size_t>(workload.bufferLength())) {

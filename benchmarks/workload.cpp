@@ -10,9 +10,9 @@ namespace bench {
 
 namespace {
 
-constexpr int resultsDelayTicks = 60;
-constexpr int quietChangeInterval = 40;  // ticks between two changes of a quiet array's element
-constexpr double trackMetres = 5510.0;
+constexpr int kResultsDelayTicks = 60;
+constexpr int kQuietChangeInterval = 40;  // ticks between two changes of a quiet array's element
+constexpr double kTrackMetres = 5510.0;
 
 struct Variable {
     const char* name;
@@ -21,7 +21,7 @@ struct Variable {
 };
 
 // The variables that the recorder reads; the others have made-up names.
-constexpr std::array ownClock{
+constexpr std::array kOwnClock{
     Variable{"SessionTime", irsdk_double, "s"},
     Variable{"SessionTick", irsdk_int, ""},
     Variable{"SessionNum", irsdk_int, ""},
@@ -45,19 +45,19 @@ constexpr std::array ownClock{
     Variable{"PlayerCarSLFirstRPM", irsdk_float, "revs/min"},
 };
 
-constexpr std::array corners{"LF", "RF", "LR", "RR"};
-constexpr std::array cornerReadings{
+constexpr std::array kCorners{"LF", "RF", "LR", "RR"};
+constexpr std::array kCornerReadings{
     "tempCL",   "tempCM", "tempCR",     "tempL",     "tempM",      "tempR",         "wearL",
     "wearM",    "wearR",  "coldPress",  "brakeLine", "brakePress", "brakeTemp",     "shockDefl",
     "shockVel", "speed",  "rideHeight", "tyrePress", "tyresUsed",  "tyresAvailable"};
-constexpr std::array systems{"Engine", "Chassis", "Pit",   "Brake", "Wind", "Air",
-                             "Track",  "Session", "Steer", "Dash",  "Cam",  "Hybrid"};
-constexpr std::array systemReadings{"Temp",   "Press",  "Level", "Rate", "Angle", "Count",
-                                    "Torque", "Limit",  "Mode",  "Flag", "Power", "Load",
-                                    "Bias",   "Offset", "State", "Raw",  "Delta"};
+constexpr std::array kSystems{"Engine", "Chassis", "Pit",   "Brake", "Wind", "Air",
+                              "Track",  "Session", "Steer", "Dash",  "Cam",  "Hybrid"};
+constexpr std::array kSystemReadings{"Temp",   "Press",  "Level", "Rate", "Angle", "Count",
+                                     "Torque", "Limit",  "Mode",  "Flag", "Power", "Load",
+                                     "Bias",   "Offset", "State", "Raw",  "Delta"};
 
 // The first 13 change in every tick.
-constexpr std::array<Variable, perCarVariableCount> perCarVariables{{
+constexpr std::array<Variable, kPerCarVariableCount> kPerCarVariables{{
     {"LapDistPct", irsdk_float, "%"},
     {"EstTime", irsdk_float, "s"},
     {"F2Time", irsdk_float, "s"},
@@ -213,8 +213,8 @@ void writeSession(TextBuilder& text, int number, const char* type, const Results
     text.format(3, "SessionName: %s", type);
     text.line(3, "SessionTrackRubberState: moderate usage");
     text.line(3, "ResultsPositions:");
-    for (int position = 1; position <= carCount; ++position) {
-        const int car = (position * 29) % carCount;
+    for (int position = 1; position <= kCarCount; ++position) {
+        const int car = (position * 29) % kCarCount;
         const CarResult& result = results[static_cast<std::size_t>(car)];
         // Of these, six follow the car's results.
         text.format(3, "- Position: %d", position);
@@ -277,7 +277,7 @@ void writeDriver(TextBuilder& text, int car) {
 
 void writeDrivers(TextBuilder& text) {
     text.line(0, "DriverInfo:");
-    text.format(1, "DriverCarIdx: %d", ownCar);
+    text.format(1, "DriverCarIdx: %d", kOwnCar);
     for (const char* const line :
          {"DriverUserID: 104205", "PaceCarIdx: -1", "DriverHeadPosX: -0.446",
           "DriverCarIdleRPM: 1100.000", "DriverCarRedLine: 8200.000",
@@ -286,7 +286,7 @@ void writeDrivers(TextBuilder& text) {
         text.line(1, line);
     }
     text.line(1, "Drivers:");
-    for (int car = 0; car < carCount; ++car) {
+    for (int car = 0; car < kCarCount; ++car) {
         writeDriver(text, car);
     }
 }
@@ -351,31 +351,31 @@ void Workload::addVariable(const std::string& name, irsdk_VarType type, int coun
 }
 
 void Workload::addOwnVariables() {
-    for (const Variable& own : ownClock) {
+    for (const Variable& own : kOwnClock) {
         addVariable(own.name, own.type, 1, own.unit);
     }
-    for (const char* const corner : corners) {
-        for (const char* const reading : cornerReadings) {
+    for (const char* const corner : kCorners) {
+        for (const char* const reading : kCornerReadings) {
             addVariable(std::string(corner) + reading, irsdk_float, 1, "kPa");
         }
     }
     // A shock is measured six times a tick.
-    constexpr int shockReadings = 6;
-    for (const char* const corner : corners) {
-        addVariable(std::string(corner) + "shockDefl_ST", irsdk_float, shockReadings, "m");
+    constexpr int kShockReadings = 6;
+    for (const char* const corner : kCorners) {
+        addVariable(std::string(corner) + "shockDefl_ST", irsdk_float, kShockReadings, "m");
     }
-    constexpr std::array types{irsdk_float, irsdk_float,  irsdk_float,    irsdk_int,
-                               irsdk_bool,  irsdk_double, irsdk_bitField, irsdk_float};
-    for (std::size_t i = 0; m_table.size() < ownVariableCount; ++i) {
-        addVariable(std::string(systems[i % systems.size()]) +
-                        systemReadings[i / systems.size() % systemReadings.size()],
-                    types[i % types.size()], 1, "C");
+    constexpr std::array kTypes{irsdk_float, irsdk_float,  irsdk_float,    irsdk_int,
+                                irsdk_bool,  irsdk_double, irsdk_bitField, irsdk_float};
+    for (std::size_t i = 0; m_table.size() < kOwnVariableCount; ++i) {
+        addVariable(std::string(kSystems[i % kSystems.size()]) +
+                        kSystemReadings[i / kSystems.size() % kSystemReadings.size()],
+                    kTypes[i % kTypes.size()], 1, "C");
     }
 }
 
 void Workload::addPerCarVariables() {
-    for (const Variable& perCar : perCarVariables) {
-        addVariable(std::string(perCarPrefix) + perCar.name, perCar.type, carCount, perCar.unit);
+    for (const Variable& perCar : kPerCarVariables) {
+        addVariable(std::string(kPerCarPrefix) + perCar.name, perCar.type, kCarCount, perCar.unit);
     }
 }
 
@@ -393,14 +393,14 @@ irsdk_header Workload::header() const {
 }
 
 double Workload::ticksPerLap(int car) const {
-    constexpr double slowerByCar = 0.0007;
-    return m_ticksPerLap * (1.0 + slowerByCar * car);
+    constexpr double kSlowerByCar = 0.0007;
+    return m_ticksPerLap * (1.0 + kSlowerByCar * car);
 }
 
 double Workload::distance(int car, double tick) const {
-    constexpr double startLine = 0.03;
-    constexpr double gridGap = 0.0004;
-    return startLine - gridGap * car + tick / ticksPerLap(car);
+    constexpr double kStartLine = 0.03;
+    constexpr double kGridGap = 0.0004;
+    return kStartLine - kGridGap * car + tick / ticksPerLap(car);
 }
 
 std::vector<char> Workload::snapshot(int tick) const {
@@ -412,7 +412,7 @@ std::vector<char> Workload::snapshot(int tick) const {
 void Workload::fill(char* snapshot, int tick) const {
     std::memcpy(snapshot, m_start.data(), m_start.size());
     // Two of three readings of the own car move in every tick.
-    for (std::size_t i = ownClock.size(); i < ownVariableCount; ++i) {
+    for (std::size_t i = kOwnClock.size(); i < kOwnVariableCount; ++i) {
         const irsdk_varHeader& entry = m_table[i];
         if (entry.type != irsdk_bool && i % 3 != 0) {
             storeAs(snapshot + entry.offset, entry.type,
@@ -420,21 +420,21 @@ void Workload::fill(char* snapshot, int tick) const {
         }
     }
     fillOwnClock(snapshot, tick);
-    for (int i = 0; i < perCarVariableCount; ++i) {
-        const irsdk_varHeader& entry = m_table[ownVariableCount + static_cast<std::size_t>(i)];
-        for (int car = 0; car < carCount; ++car) {
+    for (int i = 0; i < kPerCarVariableCount; ++i) {
+        const irsdk_varHeader& entry = m_table[kOwnVariableCount + static_cast<std::size_t>(i)];
+        for (int car = 0; car < kCarCount; ++car) {
             char* const bytes = snapshot + placeOf(entry, car);
             const double laps = distance(car, tick);
             if (i == 0) {
                 storeAs(bytes, entry.type, fraction(laps));
-            } else if (i < changingPerCarVariableCount) {
+            } else if (i < kChangingPerCarVariableCount) {
                 storeAs(bytes, entry.type, 100.0 * std::sin(40.0 * laps + i));
-            } else if (i == changingPerCarVariableCount) {
+            } else if (i == kChangingPerCarVariableCount) {
                 storeAs(bytes, entry.type, std::floor(laps) + 1.0);
-            } else if (i == changingPerCarVariableCount + 1) {
+            } else if (i == kChangingPerCarVariableCount + 1) {
                 storeAs(bytes, entry.type, std::floor(laps));
             } else if (entry.type == irsdk_int) {
-                const int quiet = (tick / quietChangeInterval + car * i) / carCount;
+                const int quiet = (tick / kQuietChangeInterval + car * i) / kCarCount;
                 storeAs(bytes, entry.type, quiet);
             }
         }
@@ -442,18 +442,18 @@ void Workload::fill(char* snapshot, int tick) const {
 }
 
 void Workload::fillOwnClock(char* snapshot, int tick) const {
-    const double laps = distance(ownCar, tick);
-    const double lapSeconds = ticksPerLap(ownCar) / ticksPerSecond;
+    const double laps = distance(kOwnCar, tick);
+    const double lapSeconds = ticksPerLap(kOwnCar) / kTicksPerSecond;
     const auto set = [this, snapshot](const std::string& name, double number) {
         const irsdk_varHeader& entry = variable(name);
         storeAs(snapshot + entry.offset, entry.type, number);
     };
-    constexpr double sessionStateRacing = 4.0;
-    set("SessionTime", 100.0 + tick / ticksPerSecond);
+    constexpr double kSessionStateRacing = 4.0;
+    set("SessionTime", 100.0 + tick / kTicksPerSecond);
     set("SessionTick", 6000.0 + tick);
     set("SessionNum", 2.0);
-    set("SessionState", sessionStateRacing);
-    set("SessionTimeRemain", 5400.0 - tick / ticksPerSecond);
+    set("SessionState", kSessionStateRacing);
+    set("SessionTimeRemain", 5400.0 - tick / kTicksPerSecond);
     set("IsOnTrack", 1.0);
     set("OnPitRoad", 0.0);
     set("PlayerCarInPitStall", 0.0);
@@ -464,7 +464,7 @@ void Workload::fillOwnClock(char* snapshot, int tick) const {
     set("LapLastLapTime", laps < 1.0 ? -1.0 : lapSeconds);
     set("FuelLevel", 90.0 - laps * 2.5);
     set("ReplayPlaySpeed", 1.0);
-    set("Speed", trackMetres / lapSeconds);
+    set("Speed", kTrackMetres / lapSeconds);
     set("Yaw", std::sin(laps * 6.28));
     set("EnergyBatteryToMGU_KLap", fraction(laps));
     set("EnergyMGU_KLapDeployPct", fraction(laps));
@@ -472,12 +472,12 @@ void Workload::fillOwnClock(char* snapshot, int tick) const {
 
 Results Workload::results(int tick) const {
     Results results;
-    for (int car = 0; car < carCount; ++car) {
+    for (int car = 0; car < kCarCount; ++car) {
         CarResult& result = results[static_cast<std::size_t>(car)];
         result.lapsComplete =
-            std::max(0, static_cast<int>(std::floor(distance(car, tick - resultsDelayTicks))));
+            std::max(0, static_cast<int>(std::floor(distance(car, tick - kResultsDelayTicks))));
         if (result.lapsComplete > 0) {
-            result.lastTime = ticksPerLap(car) / ticksPerSecond + 0.001 * result.lapsComplete;
+            result.lastTime = ticksPerLap(car) / kTicksPerSecond + 0.001 * result.lapsComplete;
         }
     }
     return results;

@@ -9,13 +9,13 @@
 
 namespace bench {
 
-inline constexpr int carCount = 64;
-inline constexpr const char* perCarPrefix = "CarIdx";
-inline constexpr int ownCar = 5;
-inline constexpr int ownVariableCount = 300;
-inline constexpr int perCarVariableCount = 36;
-inline constexpr int changingPerCarVariableCount = 13;
-inline constexpr double ticksPerSecond = 60.0;
+inline constexpr int kCarCount = 64;
+inline constexpr const char* kPerCarPrefix = "CarIdx";
+inline constexpr int kOwnCar = 5;
+inline constexpr int kOwnVariableCount = 300;
+inline constexpr int kPerCarVariableCount = 36;
+inline constexpr int kChangingPerCarVariableCount = 13;
+inline constexpr double kTicksPerSecond = 60.0;
 
 /** What the session text says of one car's race. */
 struct CarResult {
@@ -25,7 +25,7 @@ struct CarResult {
     bool operator==(const CarResult&) const = default;
 };
 
-using Results = std::array<CarResult, carCount>;
+using Results = std::array<CarResult, kCarCount>;
 
 /**
  * The fixed work of every measurement: a race of 64 cars as a simulator publishes it. It has 300

@@ -6,7 +6,7 @@ namespace irsdk {
 
 /** Runs what takes memory; false, instead of an exception, when there is not enough of it. */
 template <typename Allocate>
-[[nodiscard]] bool hasMemoryTo(Allocate allocate) {
+[[nodiscard]] bool tryAllocate(Allocate allocate) {
     try {
         allocate();
         return true;

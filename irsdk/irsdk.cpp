@@ -389,7 +389,7 @@ bool copyText(std::string& text, std::int32_t& offset, int& update) {
     const auto append = [&](std::span<const char> piece) {
         text.append(piece.data(), piece.size());
     };
-    if (!irsdk::hasMemoryTo([&] { copied = copyTextInPieces(offset, append); })) {
+    if (!irsdk::tryAllocate([&] { copied = copyTextInPieces(offset, append); })) {
         return fail(irsdk_Error::OutOfMemory);
     }
     return copied;
@@ -420,13 +420,13 @@ Variable findVariable(const char* name) {
 }
 
 void broadcast(irsdk_BroadcastMsg msg, int var1, std::int32_t var2) {
-    static const unsigned int msgId = irsdk_getBroadcastMsgID();
+    static const unsigned int kMsgId = irsdk_getBroadcastMsgID();
     const auto code = static_cast<std::uint32_t>(msg);
-    if (msgId == 0 || code >= irsdk_BroadcastLast) {
+    if (kMsgId == 0 || code >= irsdk_BroadcastLast) {
         return;
     }
     const auto wParam = static_cast<std::int32_t>((static_cast<std::uint32_t>(var1) << 16) | code);
-    irsdk::sendBroadcastMessage(msgId, wParam, var2);
+    irsdk::sendBroadcastMessage(kMsgId, wParam, var2);
 }
 
 std::int32_t fixedPoint(float value) {
@@ -569,7 +569,7 @@ bool irsdk_copyVarHeaders(std::vector<irsdk_varHeader>& table) {
         return false;
     }
     const std::int64_t count = varHeadersInside(header);
-    if (!irsdk::hasMemoryTo([&] { table.resize(static_cast<std::size_t>(count)); })) {
+    if (!irsdk::tryAllocate([&] { table.resize(static_cast<std::size_t>(count)); })) {
         return fail(irsdk_Error::OutOfMemory);
     }
     const std::size_t bytes = table.size() * sizeof(irsdk_varHeader);
@@ -668,8 +668,8 @@ int irsdk_varNameToOffset(const char* name) {
 }
 
 unsigned int irsdk_getBroadcastMsgID() {
-    static const unsigned int msgId = irsdk::registerBroadcastMessage();
-    return msgId;
+    static const unsigned int kMsgId = irsdk::registerBroadcastMessage();
+    return kMsgId;
 }
 
 void irsdk_broadcastMsg(irsdk_BroadcastMsg msg, int var1, int var2) {

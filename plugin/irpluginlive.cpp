@@ -13,9 +13,9 @@ namespace {
 
 Q_LOGGING_CATEGORY(pluginLog, "rataip.plugin")
 
-constexpr int tickWaitMilliseconds = 20;
-constexpr int connectWaitMilliseconds = 200;
-constexpr std::chrono::milliseconds tickInterval(10);
+constexpr int kTickWaitMilliseconds = 20;
+constexpr int kConnectWaitMilliseconds = 200;
+constexpr std::chrono::milliseconds kTickInterval(10);
 
 }  // namespace
 
@@ -27,8 +27,8 @@ iRPluginLive::~iRPluginLive() {
 
 void iRPluginLive::initialize() {
     const ConnectionGuard guard(*this);
-    if (!irsdk::hasMemoryTo([&] { setUp(guard); })) {
-        static_cast<void>(irsdk::hasMemoryTo([] {
+    if (!irsdk::tryAllocate([&] { setUp(guard); })) {
+        static_cast<void>(irsdk::tryAllocate([] {
             qCWarning(pluginLog, "The plugin cannot be set up: there is not enough memory");
         }));
     }
@@ -39,11 +39,11 @@ void iRPluginLive::setUp(const ConnectionGuard& guard) {
     if (guard.isDeleted()) {
         return;
     }
-    tickWaitMs = tickWaitMilliseconds;
-    connectWaitMs = connectWaitMilliseconds;
+    tickWaitMs = kTickWaitMilliseconds;
+    connectWaitMs = kConnectWaitMilliseconds;
     giveBuffersBack();
     readerInUse().initialize();
-    lastSessionInfoUpdate = noSessionInfoSeen;
+    lastSessionInfoUpdate = kNoSessionInfoSeen;
     pluginInfo.setPluginName(pluginName());
     pluginInfo.setSourceName(sourceName());
     pluginInfo.cars.resize(iRTelemetryReader::kSimulatorCars);
@@ -75,7 +75,7 @@ void iRPluginLive::createTimer() {
         return;
     }
     auto made = std::make_unique<QTimer>(this);
-    made->setInterval(tickInterval);
+    made->setInterval(kTickInterval);
     connect(made.get(), &QTimer::timeout, this, &iRPluginLive::tick);
     timer = made.release();
 }
@@ -115,7 +115,7 @@ QString iRPluginLive::pluginVersion() const {
 
 void iRPluginLive::updateCarList() {
     const ConnectionGuard guard(*this);
-    if (!irsdk::hasMemoryTo([this] { refreshCarList(); }) && guard.isSameConnection()) {
+    if (!irsdk::tryAllocate([this] { refreshCarList(); }) && guard.isSameConnection()) {
         endForWantOfMemory();
     }
 }

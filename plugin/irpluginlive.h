@@ -124,14 +124,14 @@ private:
     [[nodiscard]] bool deliver(const ConnectionGuard& guard);
     void handOverLap(int car);
 
-    static constexpr int noSessionInfoSeen = -1;
+    static constexpr int kNoSessionInfoSeen = -1;
 
     // Present from initialize() on, except between running out of memory and the next connection.
     std::optional<iRTelemetryReader> reader;
     QTimer* timer = nullptr;  // a child of this object
     int tickWaitMs = 0;
     int connectWaitMs = 0;
-    int lastSessionInfoUpdate = noSessionInfoSeen;
+    int lastSessionInfoUpdate = kNoSessionInfoSeen;
     std::vector<char> dataBuffer;
 
     // Work space of a tick, kept so that a tick takes no memory.

@@ -17,7 +17,7 @@ bool isWorthALine(irsdk_Error error) {
 
 /** Not through a stream: that writes in its destructor, which cannot throw when memory runs out. */
 void writeFailure(irsdk_Error error) {
-    static_cast<void>(irsdk::hasMemoryTo(
+    static_cast<void>(irsdk::tryAllocate(
         [error] { qCWarning(linkLog, "No data from the simulator: %s", irsdk_errorText(error)); }));
 }
 
@@ -35,7 +35,7 @@ void iRPluginLive::connectToSource() {
     const ConnectionGuard guard(*this);
     logFailure(*failure);
     if (guard.isSameConnection()) {
-        static_cast<void>(irsdk::hasMemoryTo([this] { emit emitter.sendNotConnected(); }));
+        static_cast<void>(irsdk::tryAllocate([this] { emit emitter.sendNotConnected(); }));
     }
 }
 
@@ -84,7 +84,7 @@ bool iRPluginLive::resizeDataBuffer(int length) {
     }
     giveBuffersBack();
     const auto bytes = static_cast<std::size_t>(length);
-    const bool hadMemory = irsdk::hasMemoryTo([this, bytes] {
+    const bool hadMemory = irsdk::tryAllocate([this, bytes] {
         snapshot.reserve(bytes);
         dataBuffer.assign(bytes, '\0');
     });
@@ -105,7 +105,7 @@ int iRPluginLive::dataBufferLength() const {
 
 /** Closes the link after a failure. */
 iRPluginLive::Failure iRPluginLive::readSession() {
-    const bool hadMemory = irsdk::hasMemoryTo([this] {
+    const bool hadMemory = irsdk::tryAllocate([this] {
         iRTelemetryReader& current = readerInUse();
         int update = 0;
         if (irsdk_copySessionInfoStr(sessionInfo, update)) {
@@ -125,7 +125,7 @@ void iRPluginLive::startConnection() {
     ++connectionNumber;
     loggedError = irsdk_Error::None;
     const ConnectionGuard guard(*this);
-    if (!irsdk::hasMemoryTo([&] { announceConnection(guard); }) && guard.isSameConnection()) {
+    if (!irsdk::tryAllocate([&] { announceConnection(guard); }) && guard.isSameConnection()) {
         endForWantOfMemory();
     }
 }
@@ -149,7 +149,7 @@ void iRPluginLive::disconnectFromSource() {
     }
     const QStringList debugLines = closeConnection();
     const ConnectionGuard guard(*this);
-    static_cast<void>(irsdk::hasMemoryTo([&] {
+    static_cast<void>(irsdk::tryAllocate([&] {
         emit emitter.sendDisconnected();
         if (!guard.isDeleted()) {
             message(u"Disconnected"_s, 0);
@@ -178,7 +178,7 @@ void iRPluginLive::endConnection() {
 
 QStringList iRPluginLive::closeOpenLaps() {
     QStringList debugLines;
-    if (reader && !irsdk::hasMemoryTo([&] { debugLines = reader->closeOpenLaps(); })) {
+    if (reader && !irsdk::tryAllocate([&] { debugLines = reader->closeOpenLaps(); })) {
         giveMemoryBack();
     }
     return debugLines;
@@ -195,7 +195,7 @@ void iRPluginLive::checkConnectionAvailability() {
     const ConnectionGuard guard(*this);
     logFailure(failure.value_or(irsdk_Error::None));
     if (guard.isSameConnection()) {
-        static_cast<void>(irsdk::hasMemoryTo(
+        static_cast<void>(irsdk::tryAllocate(
             [&] { emit emitter.sendConnectivityAvailable(!failure.has_value()); }));
     }
 }
@@ -206,7 +206,7 @@ void iRPluginLive::checkConnectionAvailability() {
  */
 void iRPluginLive::giveMemoryBack() {
     reader.reset();
-    lastSessionInfoUpdate = noSessionInfoSeen;
+    lastSessionInfoUpdate = kNoSessionInfoSeen;
     sampleLists = SampleLists();
     sessionInfo = std::string();
     varHeaders = std::vector<irsdk_varHeader>();

@@ -12,7 +12,7 @@ using TLM::SDK::Sample;
 namespace {
 
 // Ticks in a row that may pass without a snapshot.
-constexpr qint32 toleratedMisses = 100;
+constexpr qint32 kToleratedMisses = 100;
 
 }  // namespace
 
@@ -29,7 +29,7 @@ void iRPluginLive::tick() {
         }
     });
 
-    const bool hadMemory = irsdk::hasMemoryTo([&] { takeTick(guard); });
+    const bool hadMemory = irsdk::tryAllocate([&] { takeTick(guard); });
     if (guard.isSameConnection() && (!hadMemory || irsdk_lastError() == irsdk_Error::OutOfMemory)) {
         endForWantOfMemory();
     }
@@ -41,7 +41,7 @@ void iRPluginLive::takeTick(const ConnectionGuard& guard) {
     static qint32 bytesNotReady = 0;
 
     if (!irsdk_waitForDataReady(tickWaitMs, dataBuffer.data(), dataBufferLength())) {
-        if (++bytesNotReady > toleratedMisses) {
+        if (++bytesNotReady > kToleratedMisses) {
             reportSimulatorDown(guard);
         }
     } else if (processSnapshot(guard)) {

@@ -13,6 +13,6 @@ bool stayLoaded() {
                reinterpret_cast<LPCWSTR>(&stayLoaded), &library) != 0;
 }
 
-[[maybe_unused]] const bool isResident = stayLoaded();
+[[maybe_unused]] const bool kIsResident = stayLoaded();
 
 }  // namespace

@@ -9,7 +9,7 @@ const QList<Sample>& SampleLists::fill(const iRTelemetryReader& reader) {
     Entry* entry = findFree();
     if (entry == nullptr) {
         entry = &m_lists[m_oldest];
-        m_oldest = (m_oldest + 1) % listCount;
+        m_oldest = (m_oldest + 1) % kListCount;
         fillAnew(*entry, reader);
     } else if (hasRecordsOf(*entry, reader)) {
         refill(*entry, reader);

@@ -36,8 +36,8 @@ private:
     static void fillAnew(Entry& entry, const iRTelemetryReader& reader);
 
     // As many as a car's sample has generations of values.
-    static constexpr std::size_t listCount = 4;
+    static constexpr std::size_t kListCount = 4;
 
-    std::array<Entry, listCount> m_lists;
+    std::array<Entry, kListCount> m_lists;
     std::size_t m_oldest = 0;
 };

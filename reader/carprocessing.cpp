@@ -67,12 +67,12 @@ bool isOwnCarInPitStall(const CarSample& sample, Feed feed) {
 }
 
 void markFullTelemetry(CarSample& sample) {
-    static const QString name = u"fulltelemetry"_s;
-    const Value mark = sample.value(name);
+    static const QString kName = u"fulltelemetry"_s;
+    const Value mark = sample.value(kName);
     // Once set it stays, and a change would have the places of all values found anew.
     if (mark.value.typeId() != QMetaType::Int || mark.value.toInt() != 1 ||
         !mark.unit().isEmpty()) {
-        sample.set(name, Value(QVariant(1), QString()));
+        sample.set(kName, Value(QVariant(1), QString()));
     }
 }
 

@@ -68,9 +68,9 @@ bool mayDiffer(Number number, double entry) {
 const QString& nameOf(KnownValue value) {
     // "Speed" has a capital S, which no value of the simulator has: no car is held back as
     // standing. Hosts are used to the readings of a car that stands.
-    static const std::array<QString, kKnownValueCount> names{
+    static const std::array<QString, kKnownValueCount> kNames{
         u"lapdistpct"_s, u"sessionstate"_s, u"sessiontick"_s, u"onpitroad"_s, u"Speed"_s};
-    return names[static_cast<std::size_t>(value)];
+    return kNames[static_cast<std::size_t>(value)];
 }
 
 std::size_t RowLayout::columnOf(const QString& name) const {
@@ -138,8 +138,8 @@ const QVariant* CarSample::known(KnownValue value) const {
 }
 
 const std::shared_ptr<const RowLayout>& CarSample::layout() const {
-    static const std::shared_ptr<const RowLayout> none;
-    return m_planVersion != 0 && !m_isHandedOut ? m_layout : none;
+    static const std::shared_ptr<const RowLayout> kNone;
+    return m_planVersion != 0 && !m_isHandedOut ? m_layout : kNone;
 }
 
 /** The values are others than those of the remembered places and generations. */

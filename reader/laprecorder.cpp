@@ -259,8 +259,8 @@ LapPart LapRecorder::noteDistance(float lapDistPct) {
 }
 
 const QString& LapRecorder::farthestDistanceName() {
-    static const QString name = QStringLiteral("maxLapDistPct");
-    return name;
+    static const QString kName = QStringLiteral("maxLapDistPct");
+    return kName;
 }
 
 bool LapRecorder::isEmpty() const {

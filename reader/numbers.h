@@ -29,14 +29,14 @@ namespace reader {
  * around as Qt's conversion has it, down to the smallest signed one; below there is 0.
  */
 [[nodiscard]] inline quint64 toULongLong(double number) {
-    constexpr double signedRange = 9223372036854775808.0;
-    if (number >= 2.0 * signedRange) {
+    constexpr double kSignedRange = 9223372036854775808.0;
+    if (number >= 2.0 * kSignedRange) {
         return std::numeric_limits<quint64>::max();
     }
-    if (number >= signedRange) {
+    if (number >= kSignedRange) {
         return static_cast<quint64>(number);
     }
-    return number >= -signedRange ? static_cast<quint64>(qRound64(number)) : 0;
+    return number >= -kSignedRange ? static_cast<quint64>(qRound64(number)) : 0;
 }
 
 [[nodiscard]] inline bool isReal(const QVariant& value) {

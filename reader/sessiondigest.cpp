@@ -25,7 +25,7 @@ struct NamedText {
 };
 
 const auto& weekendTexts() {
-    static const std::array texts{
+    static const std::array kTexts{
         NamedText{u"TrackDisplayShortName", u"Track short name"_s},
         NamedText{u"TrackCity", u"Track city"_s},
         NamedText{u"TrackCountry", u"Track country"_s},
@@ -34,20 +34,20 @@ const auto& weekendTexts() {
         NamedText{u"Official", u"Official"_s},
         NamedText{u"Category", u"Category"_s},
     };
-    return texts;
+    return kTexts;
 }
 
 const auto& weekendNumbers() {
-    static const std::array numbers{
+    static const std::array kNumbers{
         NamedText{u"TrackLength", u"Track length"_s},
         NamedText{u"TrackSurfaceTemp", u"Track surface temperature"_s},
         NamedText{u"TrackAirTemp", u"Air temperature"_s},
     };
-    return numbers;
+    return kNumbers;
 }
 
 const auto& driverTexts() {
-    static const std::array texts{
+    static const std::array kTexts{
         NamedText{u"TeamName", u"Team"_s},
         NamedText{u"AbbrevName", u"Driver abbreviation"_s},
         NamedText{u"IRating", u"iRating"_s},
@@ -61,7 +61,7 @@ const auto& driverTexts() {
         NamedText{u"ClubName", u"Club"_s},
         NamedText{u"DivisionName", u"Division"_s},
     };
-    return texts;
+    return kTexts;
 }
 
 /** A text like "5.51 km": the number, and the unit after the first blank. */

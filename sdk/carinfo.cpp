@@ -30,7 +30,7 @@ Record readRecord(QDataStream& stream) {
     Record record;
     try {
         stream >> record;
-    } catch (std::bad_alloc const&) {
+    } catch (const std::bad_alloc&) {
         record.clear();
         stream.setStatus(QDataStream::ReadCorruptData);
     }
@@ -39,7 +39,7 @@ Record readRecord(QDataStream& stream) {
 
 }  // namespace
 
-QDataStream& operator<<(QDataStream& stream, CarInfo const& car) {
+QDataStream& operator<<(QDataStream& stream, const CarInfo& car) {
     const Record record{
         {kCarId, car.carId()},           {kCarName, car.carName()},
         {kDriverName, car.driverName()}, {kTeamName, car.teamName()},

@@ -18,31 +18,31 @@ class CarInfo {
 public:
     /** The car's identifier within the session. */
     QString carId() const { return m_carId; }
-    void setCarId(QString const& carId) { m_carId = carId; }
+    void setCarId(const QString& carId) { m_carId = carId; }
 
     QString trackName() const { return m_trackName; }
-    void setTrackName(QString const& trackName) { m_trackName = trackName; }
+    void setTrackName(const QString& trackName) { m_trackName = trackName; }
 
     /** Name of the track's layout. */
     QString trackConfig() const { return m_trackConfig; }
-    void setTrackConfig(QString const& trackConfig) { m_trackConfig = trackConfig; }
+    void setTrackConfig(const QString& trackConfig) { m_trackConfig = trackConfig; }
 
     /** Name of the data source; its key in a stream is "sourceName". */
     QString source() const { return m_source; }
-    void setSource(QString const& source) { m_source = source; }
+    void setSource(const QString& source) { m_source = source; }
 
     /** Name of the car's model. */
     QString carName() const { return m_carName; }
-    void setCarName(QString const& carName) { m_carName = carName; }
+    void setCarName(const QString& carName) { m_carName = carName; }
 
-    QString const& className() const { return m_className; }
-    void setClassName(QString const& className) { m_className = className; }
+    const QString& className() const { return m_className; }
+    void setClassName(const QString& className) { m_className = className; }
 
     QString driverName() const { return m_driverName; }
-    void setDriverName(QString const& driverName) { m_driverName = driverName; }
+    void setDriverName(const QString& driverName) { m_driverName = driverName; }
 
     QString teamName() const { return m_teamName; }
-    void setTeamName(QString const& teamName) { m_teamName = teamName; }
+    void setTeamName(const QString& teamName) { m_teamName = teamName; }
 
     CarStatus status() const { return m_status; }
     void setStatus(CarStatus status) { m_status = status; }
@@ -73,7 +73,7 @@ private:
  * Writes the car record. Records derived from it (samples, lap headers) are written by this
  * operator too: a stream carries their car identity only.
  */
-QDataStream& operator<<(QDataStream& stream, CarInfo const& car);
+QDataStream& operator<<(QDataStream& stream, const CarInfo& car);
 
 /**
  * Reads a car record into `car`. Every field is assigned: one that the stream lacks becomes an

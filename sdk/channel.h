@@ -28,7 +28,7 @@ public:
      * and "pu", per unit, in a lap.
      */
     QString unit() const { return m_unit; }
-    void setUnit(QString const& unit) { m_unit = unit; }
+    void setUnit(const QString& unit) { m_unit = unit; }
 
     /** The entries. Producers append to the list and size it themselves. */
     QList<double> samples;

@@ -59,14 +59,14 @@ signals:
      */
     void sendTelemetryLap(QSharedPointer<TLM::SDK::Lap>);
     /** A lap without its channels. rataip: never. */
-    void sendTelemetryLapHeader(TLM::SDK::LapHeader const& header);
+    void sendTelemetryLapHeader(const TLM::SDK::LapHeader& header);
     /**
      * The cars offered have changed; the list is whole each time. rataip: from initialize(), and
      * then whenever a name or the status of any car has changed, at most once a tick.
      */
-    void sendCarListChanged(TLM::SDK::LivePluginInfo const& pluginInfo);
+    void sendCarListChanged(const TLM::SDK::LivePluginInfo& pluginInfo);
     /** One car at one instant. rataip: never. */
-    void sendSample(TLM::SDK::Sample const& sample);
+    void sendSample(const TLM::SDK::Sample& sample);
     /**
      * All cars at one instant. rataip: 64 samples in the order of the slots, once for each of the
      * simulator's ticks that it takes. These are 60 a second; it takes at most 100 a second, and
@@ -80,7 +80,7 @@ signals:
      * and the larger it is, the fewer want to. rataip sends "Connected", "Disconnected" and "Sim is
      * down", all with 0.
      */
-    void sendMessage(QString const& message, int verbose);
+    void sendMessage(const QString& message, int verbose);
     /** Progress of a long operation, 0 to 100. rataip: never. */
     void sendProgress(int percent);
 };

@@ -2,7 +2,7 @@
 
 namespace TLM::SDK {
 
-void DynamicData::setValue(QString const& name, QVariant const& value, QString const& unit) {
+void DynamicData::setValue(const QString& name, const QVariant& value, const QString& unit) {
     setValue(name, Value(value, unit));
 }
 

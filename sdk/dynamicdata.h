@@ -19,16 +19,16 @@ class DynamicData {
 public:
     using ValueMap = QMap<QString, Value>;
 
-    bool containsValue(QString const& name) const { return m_values.contains(name); }
+    bool containsValue(const QString& name) const { return m_values.contains(name); }
 
     /** The value stored under `name`, or a default Value when there is none. */
-    Value value(QString const& name) const { return m_values.value(name); }
+    Value value(const QString& name) const { return m_values.value(name); }
 
     /** Stores `value` under `name`, replacing what was there. */
-    void setValue(QString const& name, Value const& value) { m_values.insert(name, value); }
-    void setValue(QString const& name, QVariant const& value, QString const& unit);
+    void setValue(const QString& name, const Value& value) { m_values.insert(name, value); }
+    void setValue(const QString& name, const QVariant& value, const QString& unit);
 
-    void removeValue(QString const& name) { m_values.remove(name); }
+    void removeValue(const QString& name) { m_values.remove(name); }
     void removeValues() { m_values.clear(); }
     void clear() { m_values.clear(); }
 
@@ -43,7 +43,7 @@ public:
      * hundreds of values a tick cannot afford a look-up by name for each. Iterating the non-const
      * map takes a copy of a shared one first.
      */
-    ValueMap const& data() const { return m_values; }
+    const ValueMap& data() const { return m_values; }
     ValueMap& data() { return m_values; }
 
 private:

@@ -62,40 +62,40 @@ public:
     bool isEmpty() const { return m_channels.isEmpty() && m_calculatedChannels.isEmpty(); }
 
     /** The recorded channels by name. */
-    ChannelMap const& channels() const { return m_channels; }
+    const ChannelMap& channels() const { return m_channels; }
 
     /** The lap values. */
-    DynamicData const& values() const { return *this; }
+    const DynamicData& values() const { return *this; }
 
     /**
      * The lap value of that name. "Lap time" gives the header's lap time when no lap value bears
      * that name.
      */
-    Value value(QString const& name) const;
+    Value value(const QString& name) const;
 
-    QSharedPointer<Channel> channel(QString const& name) const { return m_channels.value(name); }
-    QSharedPointer<Channel> calculatedChannel(QString const& name) const {
+    QSharedPointer<Channel> channel(const QString& name) const { return m_channels.value(name); }
+    QSharedPointer<Channel> calculatedChannel(const QString& name) const {
         return m_calculatedChannels.value(name);
     }
 
-    bool containsRecordedChannel(QString const& name) const { return m_channels.contains(name); }
-    bool containsCalculatedChannel(QString const& name) const {
+    bool containsRecordedChannel(const QString& name) const { return m_channels.contains(name); }
+    bool containsCalculatedChannel(const QString& name) const {
         return m_calculatedChannels.contains(name);
     }
-    bool containsChannel(QString const& name) const {
+    bool containsChannel(const QString& name) const {
         return containsRecordedChannel(name) || containsCalculatedChannel(name);
     }
 
     /** Removes a recorded channel; a calculated one of that name stays. */
-    void removeChannel(QString const& name) { m_channels.remove(name); }
+    void removeChannel(const QString& name) { m_channels.remove(name); }
     /** Removes a calculated channel; a recorded one of that name stays. */
-    void removeCalculatedChannel(QString const& name) { m_calculatedChannels.remove(name); }
+    void removeCalculatedChannel(const QString& name) { m_calculatedChannels.remove(name); }
 
     /** Stores a recorded channel, replacing one of that name. The lap takes ownership of `channel`.
      */
-    void addChannel(Channel* channel, QString const& name);
-    void addChannel(QSharedPointer<Channel> const& channel, QString const& name);
-    void addCalculatedChannel(QSharedPointer<Channel> const& channel, QString const& name);
+    void addChannel(Channel* channel, const QString& name);
+    void addChannel(const QSharedPointer<Channel>& channel, const QString& name);
+    void addCalculatedChannel(const QSharedPointer<Channel>& channel, const QString& name);
 
     /** Names in ascending order. */
     QStringList getAvailableRecordedChannels() const { return m_channels.keys(); }
@@ -111,7 +111,7 @@ public:
      * others it has not, and the new channel stays one entry short for ever: hosts know recordings
      * made so.
      */
-    void addSample(Sample const& sample);
+    void addSample(const Sample& sample);
 
 private:
     friend struct RecordLayout;  // holds the layout to what hosts are built against

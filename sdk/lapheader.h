@@ -45,11 +45,11 @@ class LapHeader : public CarInfo, public DynamicData {
 public:
     /** When the lap was driven; null when not known. rataip: the local time at its end. */
     QDateTime dateTime() const { return m_dateTime; }
-    void setDateTime(QDateTime const& dateTime) { m_dateTime = dateTime; }
+    void setDateTime(const QDateTime& dateTime) { m_dateTime = dateTime; }
 
     /** The file that the lap belongs to, if any. rataip: none. */
     QString fileName() const { return m_fileName; }
-    void setFileName(QString const& fileName) { m_fileName = fileName; }
+    void setFileName(const QString& fileName) { m_fileName = fileName; }
 
     /**
      * The lap time; null (and so not valid) when nobody has set it.
@@ -61,24 +61,24 @@ public:
      * "lapdistpct" then does not begin near 0.
      */
     QTime lapTime() const { return m_lapTime; }
-    void setLapTime(QTime const& lapTime) { m_lapTime = lapTime; }
+    void setLapTime(const QTime& lapTime) { m_lapTime = lapTime; }
 
     /** The plugin that produced the lap. */
     QString pluginName() const { return m_pluginName; }
-    void setPlugin(QString const& pluginName) { m_pluginName = pluginName; }
+    void setPlugin(const QString& pluginName) { m_pluginName = pluginName; }
 
     /**
      * The lap's identity. rataip: a random one for each lap; a lap that ends in its first tick
      * bears that of the lap before.
      */
     QUuid lapId() const { return m_lapId; }
-    void setLapId(QUuid const& lapId) { m_lapId = lapId; }
+    void setLapId(const QUuid& lapId) { m_lapId = lapId; }
 
     QUuid stintId() const { return m_stintId; }
-    void setStintId(QUuid const& stintId) { m_stintId = stintId; }
+    void setStintId(const QUuid& stintId) { m_stintId = stintId; }
 
     QUuid sessionId() const { return m_sessionId; }
-    void setSessionId(QUuid const& sessionId) { m_sessionId = sessionId; }
+    void setSessionId(const QUuid& sessionId) { m_sessionId = sessionId; }
 
     /**
      * Number of the lap within the session. It identifies no lap, lapId() does.
@@ -100,10 +100,10 @@ public:
     void setStintInSession(int stintInSession) { m_stintInSession = stintInSession; }
 
     Session session() const { return m_session; }
-    void setSession(Session const& session) { m_session = session; }
+    void setSession(const Session& session) { m_session = session; }
 
     LapType lapType() const { return m_lapType; }
-    void setLapType(LapType const& lapType) { m_lapType = lapType; }
+    void setLapType(const LapType& lapType) { m_lapType = lapType; }
 
     /** Whether the lap was driven to its end. */
     bool completed() const { return m_completed; }

@@ -4,9 +4,9 @@
 
 namespace TLM::SDK {
 
-QDataStream& operator<<(QDataStream& stream, LivePluginInfo const& info) {
+QDataStream& operator<<(QDataStream& stream, const LivePluginInfo& info) {
     stream << info.sourceName() << info.pluginName() << static_cast<qint32>(info.cars.size());
-    for (CarInfo const& car : info.cars) {
+    for (const CarInfo& car : info.cars) {
         stream << car;
     }
     return stream;
@@ -27,7 +27,7 @@ QDataStream& operator>>(QDataStream& stream, LivePluginInfo& info) {
             stream >> car;
             info.cars.append(car);
         }
-    } catch (std::bad_alloc const&) {
+    } catch (const std::bad_alloc&) {
         // More cars than there is memory for.
         info.cars.clear();
         stream.setStatus(QDataStream::ReadCorruptData);

@@ -16,10 +16,10 @@ namespace TLM::SDK {
 class LivePluginInfo {
 public:
     QString pluginName() const { return m_pluginName; }
-    void setPluginName(QString const& pluginName) { m_pluginName = pluginName; }
+    void setPluginName(const QString& pluginName) { m_pluginName = pluginName; }
 
     QString sourceName() const { return m_sourceName; }
-    void setSourceName(QString const& sourceName) { m_sourceName = sourceName; }
+    void setSourceName(const QString& sourceName) { m_sourceName = sourceName; }
 
     /**
      * The cars in the order in which the plugin lists them.
@@ -41,7 +41,7 @@ private:
 };
 
 /** Writes source name, plugin name, the number of cars as a signed 32-bit integer, and the cars. */
-QDataStream& operator<<(QDataStream& stream, LivePluginInfo const& info);
+QDataStream& operator<<(QDataStream& stream, const LivePluginInfo& info);
 
 /**
  * Reads what was written. A stream that fails on the way still gives as many cars as it announced,

@@ -6,7 +6,7 @@ namespace TLM::SDK {
 
 PluginInterfaceLive::~PluginInterfaceLive() = default;
 
-void PluginInterfaceLive::message(QString const& text, int verbose) {
+void PluginInterfaceLive::message(const QString& text, int verbose) {
     const QString line = QLatin1Char('[') % sourceName() % QLatin1String(" plugin] ") % text;
     emit emitter.sendMessage(line, verbose);
 }

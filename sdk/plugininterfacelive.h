@@ -40,15 +40,15 @@ public:
     PluginInterfaceLive() = default;
     virtual ~PluginInterfaceLive();
 
-    PluginInterfaceLive(PluginInterfaceLive const&) = delete;
-    PluginInterfaceLive& operator=(PluginInterfaceLive const&) = delete;
+    PluginInterfaceLive(const PluginInterfaceLive&) = delete;
+    PluginInterfaceLive& operator=(const PluginInterfaceLive&) = delete;
 
     /** One-time set-up after the host has loaded the plugin. */
     virtual void initialize() = 0;
     /** Stores the plugin's settings under a settings path or group. rataip stores nothing. */
-    virtual void saveSettings(QString const& path) = 0;
+    virtual void saveSettings(const QString& path) = 0;
     /** Reads them back. rataip has no settings: it reads nothing. */
-    virtual void loadSettings(QString const& path) = 0;
+    virtual void loadSettings(const QString& path) = 0;
 
     /** Name of the data source, the simulator's name. */
     virtual QString sourceName() const = 0;
@@ -72,7 +72,7 @@ public:
     bool isConnected() const { return connected; }
 
     /** Emits "[<source name> plugin] <text>" as a message of that level of detail. */
-    void message(QString const& text, int verbose);
+    void message(const QString& text, int verbose);
 
 protected:
     /** The plugin emits its signals; this class only those of message(). */

@@ -31,8 +31,8 @@ public:
         }
     }
 
-    StreamStatusKeeper(StreamStatusKeeper const&) = delete;
-    StreamStatusKeeper& operator=(StreamStatusKeeper const&) = delete;
+    StreamStatusKeeper(const StreamStatusKeeper&) = delete;
+    StreamStatusKeeper& operator=(const StreamStatusKeeper&) = delete;
 
 private:
     QDataStream& m_stream;

@@ -9,10 +9,10 @@ namespace TLM::SDK {
 
 namespace {
 
-QSet<QString> filesWithADot(QDir const& dir) {
-    static const QStringList nameFilters{QStringLiteral("*.*")};
+QSet<QString> filesWithADot(const QDir& dir) {
+    static const QStringList kNameFilters{QStringLiteral("*.*")};
     const QStringList names =
-        dir.entryList(nameFilters, QDir::Files | QDir::NoDot | QDir::NoDotDot, QDir::Unsorted);
+        dir.entryList(kNameFilters, QDir::Files | QDir::NoDot | QDir::NoDotDot, QDir::Unsorted);
     return {names.begin(), names.end()};
 }
 
@@ -24,7 +24,7 @@ bool isValidValue(double v) {
     return v < kInvalidThreshold;
 }
 
-QString generateUniqueFileName(QDir const& dir, QString const& fileName) {
+QString generateUniqueFileName(const QDir& dir, const QString& fileName) {
     const QFileInfo wanted(fileName);
     const QString base = wanted.baseName();
     const QString suffix = wanted.suffix();

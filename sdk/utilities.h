@@ -21,6 +21,6 @@ bool isValidValue(double v);
  * The dot is always written, so "notes" gives "notes."; files without a dot never collide. The
  * folder is listed once: a file made by somebody else meanwhile is not seen.
  */
-QString generateUniqueFileName(QDir const& dir, QString const& fileName);
+QString generateUniqueFileName(const QDir& dir, const QString& fileName);
 
 }  // namespace TLM::SDK

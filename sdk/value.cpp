@@ -4,7 +4,7 @@
 
 namespace TLM::SDK {
 
-Value::Value(QVariant const& initialValue, QString const& unit)
+Value::Value(const QVariant& initialValue, const QString& unit)
     : value(initialValue), m_unit(unit) {}
 
 QString Value::print() const {

@@ -12,11 +12,11 @@ namespace TLM::SDK {
 class Value {
 public:
     Value() = default;
-    Value(QVariant const& value, QString const& unit);
+    Value(const QVariant& value, const QString& unit);
 
     /** The unit's text as the producer names it, for instance "km/h"; empty when there is none. */
     QString unit() const { return m_unit; }
-    void setUnit(QString const& unit) { m_unit = unit; }
+    void setUnit(const QString& unit) { m_unit = unit; }
 
     /** The quantity as text, followed by one blank and the unit when there is a unit. */
     QString print() const;

@@ -80,10 +80,10 @@ private:
     };
 
     // Up to this many names are searched linearly, which needs no memory.
-    static constexpr std::size_t maxScannedItems = 32;
+    static constexpr std::size_t kMaxScannedItems = 32;
 
     [[nodiscard]] std::size_t indexOf(QStringView name) const {
-        if (m_items.size() > maxScannedItems) {
+        if (m_items.size() > kMaxScannedItems) {
             const auto found = m_indexes.constFind(name);
             return found == m_indexes.cend() ? m_items.size() : *found;
         }
@@ -100,11 +100,11 @@ private:
 
     void add(QString name) {
         m_items.push_back({std::move(name), Entry()});
-        if (m_items.size() == maxScannedItems + 1) {
+        if (m_items.size() == kMaxScannedItems + 1) {
             for (std::size_t i = 0; i < m_items.size(); ++i) {
                 m_indexes.insert(m_items[i].name, i);
             }
-        } else if (m_items.size() > maxScannedItems) {
+        } else if (m_items.size() > kMaxScannedItems) {
             m_indexes.insert(m_items.back().name, m_items.size() - 1);
         }
     }

@@ -29,8 +29,8 @@ public:
     virtual ~TStringTree();
 
     // Children point back at their parent, so a node stays where it is.
-    TStringTree(TStringTree const&) = delete;
-    TStringTree& operator=(TStringTree const&) = delete;
+    TStringTree(const TStringTree&) = delete;
+    TStringTree& operator=(const TStringTree&) = delete;
 
     /** Deletes all children; the node's own values stay. */
     void clear();

@@ -9,7 +9,7 @@ using TLM::SDK::Value;
 
 namespace {
 
-constexpr double missingReading = static_cast<double>(1e25F);
+constexpr double kMissingReading = static_cast<double>(1e25F);
 
 void append(Lap& lap, const QString& name, double reading) {
     lap.channel(name)->samples.append(reading);
@@ -19,7 +19,7 @@ void addNewChannel(Lap& lap, const QString& name, const Value& value) {
     auto* channel = new Channel;
     channel->setUnit(value.unit());
     for (int i = 0; i < lap.size() - 1; ++i) {
-        channel->samples.append(missingReading);
+        channel->samples.append(kMissingReading);
     }
     channel->samples.append(value.value.toDouble());
     lap.addChannel(channel, name);
@@ -38,7 +38,7 @@ void addSample(Lap& lap, const Sample& sample) {
             ++n;
             ++c;
         } else if (n == names.size() || (c < channels.size() && channels[c] < names[n])) {
-            append(lap, channels[c], missingReading);
+            append(lap, channels[c], kMissingReading);
             ++c;
         } else {
             addNewChannel(lap, names[n], sample.value(names[n]));

@@ -13,14 +13,14 @@ using TLM::SDK::Sample;
 
 namespace {
 
-constexpr int carCount = 64;
-constexpr int tickWaitMs = 20;
-constexpr int connectWaitMs = 200;
+constexpr int kCarCount = 64;
+constexpr int kTickWaitMs = 20;
+constexpr int kConnectWaitMs = 200;
 
 }  // namespace
 
 Plugin::Plugin() {
-    m_pluginInfo.cars.resize(carCount);
+    m_pluginInfo.cars.resize(kCarCount);
 }
 
 bool Plugin::connectToSource() {
@@ -28,7 +28,7 @@ bool Plugin::connectToSource() {
         return false;
     }
     m_dataBuffer.resize(static_cast<std::size_t>(irsdk_getHeader()->bufferLength));
-    if (!irsdk_waitForDataReady(connectWaitMs, m_dataBuffer.data())) {
+    if (!irsdk_waitForDataReady(kConnectWaitMs, m_dataBuffer.data())) {
         return false;
     }
     m_reader.setYaml(irsdk_getSessionInfoStr());
@@ -54,7 +54,7 @@ void Plugin::updateCarList() {
 }
 
 bool Plugin::tick() {
-    if (!irsdk_waitForDataReady(tickWaitMs, m_dataBuffer.data())) {
+    if (!irsdk_waitForDataReady(kTickWaitMs, m_dataBuffer.data())) {
         return false;
     }
     const irsdk_header* header = irsdk_getHeader();
@@ -75,8 +75,8 @@ bool Plugin::tick() {
 
 void Plugin::deliver() {
     QList<Sample> samples;
-    samples.reserve(carCount);
-    for (int car = 0; car < carCount; ++car) {
+    samples.reserve(kCarCount);
+    for (int car = 0; car < kCarCount; ++car) {
         samples.append(m_reader.sample(car));
         if (m_reader.isLapReady(car)) {
             const QSharedPointer<Lap> lap = m_reader.lap(car);

@@ -21,8 +21,8 @@ using TLM::SDK::Value;
 
 namespace {
 
-constexpr int carSlotCount = 64;
-constexpr int perCarPrefixLength = 6;
+constexpr int kCarSlotCount = 64;
+constexpr int kPerCarPrefixLength = 6;
 
 template <typename Number>
 Number load(const char* elements, int element) {
@@ -52,7 +52,7 @@ Session sessionOfType(const QString& type) {
     return kinds.value(type, Session::Unknown);
 }
 
-Reader::Reader() : m_cars(carSlotCount) {}
+Reader::Reader() : m_cars(kCarSlotCount) {}
 
 void Reader::setYaml(const char* yaml) {
     TextTree::setYaml(yaml);
@@ -139,7 +139,7 @@ void Reader::getRawData(const irsdk_header* header, const irsdk_varHeader* vars,
             convert(variable, data, j, value);
             if (!m_diskLoading && m_varNames[i].startsWith("caridx"_L1)) {
                 if (j < m_cars.size() && !(j == m_myCarIdx && m_replay == 0)) {
-                    m_cars[j].sample.setValue(m_varNames[i].mid(perCarPrefixLength),
+                    m_cars[j].sample.setValue(m_varNames[i].mid(kPerCarPrefixLength),
                                               Value(value, m_varUnits[i]));
                 }
             } else if (hasOwnCarSlot()) {

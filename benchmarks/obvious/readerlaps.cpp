@@ -22,7 +22,7 @@ using TLM::SDK::Session;
 
 namespace {
 
-constexpr float invalidLapTimeSeconds = 3599.0F;
+constexpr float kInvalidLapTimeSeconds = 3599.0F;
 
 bool fitsInt(double number) {
     return number > static_cast<double>(std::numeric_limits<int>::min()) - 1.0 &&
@@ -256,7 +256,7 @@ void Reader::processLap(int index, bool completed) {
     if (t < 0.0F || std::fabs(t) <= 1e-5F || !completed ||
         (lap->lapType() == LapType::OutLap && current.sessionType != 5) ||
         !fitsInt(static_cast<double>(1000.0F * t))) {
-        current.lastLapTime = invalidLapTimeSeconds;
+        current.lastLapTime = kInvalidLapTimeSeconds;
     }
     lap->setLapTime(QTime(0, 0, 0, 0).addMSecs(static_cast<int>(1000.0F * current.lastLapTime)));
     lap->setLapId(previous.lapId);

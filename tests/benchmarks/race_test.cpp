@@ -14,14 +14,14 @@
 namespace fastpath {
 namespace {
 
-using bench::carCount;
+using bench::kCarCount;
 
-constexpr int ticksPerLap = 90;
+constexpr int kTicksPerLap = 90;
 
 /** The workload's race with all that can happen to cars: pits, tows, ends of sessions. */
 class EventfulRace {
 public:
-    explicit EventfulRace(unsigned int seed) : m_random(seed), m_workload(ticksPerLap) {
+    explicit EventfulRace(unsigned int seed) : m_random(seed), m_workload(kTicksPerLap) {
         m_snapshot.resize(static_cast<std::size_t>(m_workload.bufferLength()));
     }
 
@@ -30,7 +30,7 @@ public:
 
     void advance(int tick) {
         m_workload.fill(m_snapshot.data(), tick);
-        for (int car = 0; car < carCount; ++car) {
+        for (int car = 0; car < kCarCount; ++car) {
             const auto index = static_cast<std::size_t>(car);
             m_onPitRoad[index] ^= happens(70);
             m_inWorld[index] ^= happens(m_inWorld[index] ? 150 : 10);
@@ -80,9 +80,9 @@ private:
     std::mt19937 m_random;
     bench::Workload m_workload;
     std::vector<char> m_snapshot;
-    std::array<bool, carCount> m_onPitRoad{};
-    std::array<bool, carCount> m_inWorld = [] {
-        std::array<bool, carCount> all{};
+    std::array<bool, kCarCount> m_onPitRoad{};
+    std::array<bool, kCarCount> m_inWorld = [] {
+        std::array<bool, kCarCount> all{};
         all.fill(true);
         return all;
     }();
@@ -105,7 +105,7 @@ public:
         ASSERT_EQ(m_fast.updateCarList(), m_obvious.updateCarList()) << "tick " << tick;
         process(m_fast);
         process(m_obvious);
-        for (int car = 0; car < carCount; ++car) {
+        for (int car = 0; car < kCarCount; ++car) {
             ASSERT_NO_FATAL_FAILURE(compare(car)) << "tick " << tick << ", car " << car;
         }
     }
@@ -164,7 +164,7 @@ void runRaces(const char* mode, unsigned int races, int laps) {
     int closedLaps = 0;
     for (unsigned int seed = 1; seed <= races; ++seed) {
         TwoReaders readers(seed, mode);
-        for (int tick = 0; tick < laps * ticksPerLap; ++tick, updates += carCount) {
+        for (int tick = 0; tick < laps * kTicksPerLap; ++tick, updates += kCarCount) {
             ASSERT_NO_FATAL_FAILURE(readers.tick(tick)) << "seed " << seed;
         }
         closedLaps += readers.lapCount();

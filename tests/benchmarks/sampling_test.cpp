@@ -22,7 +22,7 @@ namespace {
 
 using TLM::SDK::Sample;
 
-constexpr int carCount = 64;
+constexpr int kCarCount = 64;
 
 std::string sessionText(const std::string& mode, const std::string& ownCar) {
     return "---\nWeekendInfo:\n SimMode: " + mode + "\nDriverInfo:\n DriverCarIdx: " + ownCar +
@@ -198,8 +198,8 @@ public:
 
     const QList<Sample>& tick(const RandomSimulator& simulator) {
         sampleSnapshot(m_scratch, simulator);
-        m_samples.resize(carCount);
-        for (int car = 0; car < carCount; ++car) {
+        m_samples.resize(kCarCount);
+        for (int car = 0; car < kCarCount; ++car) {
             if (m_samples[car].isEmpty()) {
                 m_samples[car] = m_scratch.sample(car);
             } else {
@@ -268,7 +268,7 @@ private:
     }
 
     void doSomethingElse() {
-        const int car = m_simulator.number(carCount);
+        const int car = m_simulator.number(kCarCount);
         switch (m_simulator.number(12)) {
             case 0:
             case 1:
@@ -308,14 +308,14 @@ private:
     }
 
     void setYaml(const std::string& ownCar) {
-        static const std::array<std::string, 3> modes{"full", "replay", "other"};
+        static const std::array<std::string, 3> kModes{"full", "replay", "other"};
         const std::string text =
-            sessionText(modes[static_cast<std::size_t>(m_simulator.number(3))], ownCar);
+            sessionText(kModes[static_cast<std::size_t>(m_simulator.number(3))], ownCar);
         inBoth([&text](auto& reader) { readText(reader, text); });
     }
 
     testing::AssertionResult compare() {
-        for (int car = 0; car < carCount; ++car) {
+        for (int car = 0; car < kCarCount; ++car) {
             const testing::AssertionResult same =
                 haveSameValues(std::as_const(m_fast).sample(car), m_obvious.sample(car));
             if (!same) {
@@ -333,12 +333,12 @@ private:
 };
 
 TEST(SamplingFastPath, GivesTheSamplesOfTheObviousWayToTheBit) {
-    constexpr unsigned int readers = 24;
-    constexpr int ticksPerReader = 80;
+    constexpr unsigned int kReaders = 24;
+    constexpr int kTicksPerReader = 80;
     int updates = 0;
-    for (unsigned int seed = 1; seed <= readers; ++seed) {
+    for (unsigned int seed = 1; seed <= kReaders; ++seed) {
         TwoReaders readersOfSeed(seed);
-        for (int tick = 0; tick < ticksPerReader; ++tick, updates += carCount) {
+        for (int tick = 0; tick < kTicksPerReader; ++tick, updates += kCarCount) {
             ASSERT_TRUE(readersOfSeed.tick()) << "seed " << seed << ", tick " << tick;
         }
         EXPECT_EQ(readersOfSeed.changesSeenByHost(), 0) << "seed " << seed;
@@ -363,7 +363,7 @@ TEST(SamplingFastPath, ServesTheRecorderWhileTheHostKeepsEverything) {
     readText(fast, text);
     readText(obviousReader, text);
     // The reader only knows whether a host still holds the last few lists.
-    constexpr qsizetype everything = 10;
+    constexpr qsizetype kEverything = 10;
     // Long enough to check twice whether the host still keeps everything.
     for (int tick = 100; tick < 700; ++tick) {
         const std::vector<char> snapshot = workload.snapshot(tick);
@@ -371,10 +371,10 @@ TEST(SamplingFastPath, ServesTheRecorderWhileTheHostKeepsEverything) {
         tickWith(obviousReader, snapshot);
         kept.append(lists.fill(fast));
         lists.release();
-        if (kept.size() > everything) {
+        if (kept.size() > kEverything) {
             kept.removeFirst();
         }
-        for (int car = 0; car < carCount; ++car) {
+        for (int car = 0; car < kCarCount; ++car) {
             const RecorderSample& own = fast.recorderCar(car).current;
             const RecorderSample& other = obviousReader.recorderCar(car).current;
             ASSERT_EQ(own.sessionTick, other.sessionTick) << "car " << car << ", tick " << tick;

@@ -12,11 +12,11 @@ namespace fastpath {
 namespace {
 
 TEST(SessionTextFastPath, GivesTheTreeOfTheObviousWayForARacesTexts) {
-    constexpr int ticksPerLap = 300;
-    const bench::Workload workload(ticksPerLap);
+    constexpr int kTicksPerLap = 300;
+    const bench::Workload workload(kTicksPerLap);
     TYamlTree fast;
     obvious::TextTree plain;
-    for (int tick = 0; tick < 4 * ticksPerLap; tick += ticksPerLap / 3) {
+    for (int tick = 0; tick < 4 * kTicksPerLap; tick += kTicksPerLap / 3) {
         const std::string text = workload.sessionText(workload.results(tick));
         fast.setYaml(text.c_str());
         plain.setYaml(text.c_str());

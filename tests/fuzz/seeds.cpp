@@ -248,8 +248,8 @@ std::vector<Seed> streamSeeds() {
 }  // namespace
 
 const std::vector<std::string>& targetNames() {
-    static const std::vector<std::string> names{"block", "sessiontext", "ticks", "streams"};
-    return names;
+    static const std::vector<std::string> kNames{"block", "sessiontext", "ticks", "streams"};
+    return kNames;
 }
 
 std::vector<Seed> seedsOf(std::string_view target) {

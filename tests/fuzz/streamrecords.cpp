@@ -21,15 +21,15 @@ public:
 
     quint32 number() {
         quint32 value = 0;
-        constexpr qsizetype size = sizeof value;
-        if (m_bytes.size() - m_at < size) {
+        constexpr qsizetype kSize = sizeof value;
+        if (m_bytes.size() - m_at < kSize) {
             fail();
             return 0;
         }
-        for (qsizetype i = 0; i < size; ++i) {
+        for (qsizetype i = 0; i < kSize; ++i) {
             value = value << 8U | static_cast<unsigned char>(m_bytes.at(m_at + i));
         }
-        m_at += size;
+        m_at += kSize;
         return value;
     }
 

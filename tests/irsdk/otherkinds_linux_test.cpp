@@ -70,9 +70,9 @@ bool makeSymbolicLink(const std::string& path, int& /*held*/) {
 
 /** A regular object whose holder is asked before others may open it. */
 bool makeLeased(const std::string& path, int& held) {
-    constexpr off_t size = 65536;
+    constexpr off_t kSize = 65536;
     held = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kEverybody);
-    return held >= 0 && ftruncate(held, size) == 0 && fcntl(held, F_SETLEASE, F_WRLCK) == 0;
+    return held >= 0 && ftruncate(held, kSize) == 0 && fcntl(held, F_SETLEASE, F_WRLCK) == 0;
 }
 
 const Kind kKinds[] = {

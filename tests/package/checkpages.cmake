@@ -1,8 +1,8 @@
 # Finds files that the pages of a folder name but that are not in it:
 # cmake -DFOLDER=<folder> -DSUFFIX=<of programs> -P checkpages.cmake
 #
-# It checks relative links, commands like ./name, and names that begin with a folder of the package or of
-# the sources. Headers are named as they are included.
+# It checks relative links, commands like ./name, and names that begin with a folder of the package
+# or of the sources. Headers are named as they are included.
 string(CONCAT folders "bin|docs|include|lib|plugins|"
     "sdk|irsdk|yaml|reader|plugin|tools|benchmarks|tests|cmake|scripts|build")
 

@@ -22,15 +22,15 @@ using Connection = InitializedPluginTest;
 using EndOfConnection = ConnectedPluginTest;
 using Reconnection = ConnectedPluginTest;
 
-const QStringList refused{u"NotConnected"_s};
-const QStringList unavailable{u"ConnectivityAvailable false"_s};
-const QStringList available{u"ConnectivityAvailable true"_s};
+const QStringList kRefused{u"NotConnected"_s};
+const QStringList kUnavailable{u"ConnectivityAvailable false"_s};
+const QStringList kAvailable{u"ConnectivityAvailable true"_s};
 
-const StagedSession renamed{.drivers = {{StagedSimulator::fastCar, "Renamed Driver"}}};
+const StagedSession kRenamed{.drivers = {{StagedSimulator::kFastCar, "Renamed Driver"}}};
 
 // Distances by which a test sees whether a replay or a live session was sampled.
-constexpr double ofTheOwnCar = 0.25;
-constexpr double ofTheCarArray = 0.75;
+constexpr double kOfTheOwnCar = 0.25;
+constexpr double kOfTheCarArray = 0.75;
 
 }  // namespace
 
@@ -44,7 +44,7 @@ TEST_F(Uninitialized, HasNoTimerAndIsNotConnected) {
 TEST_F(Uninitialized, RefusesToConnectEvenIfTheSimulatorRuns) {
     simulator.publish();
     connectWhileRunning();
-    EXPECT_EQ(host.heard(), refused);
+    EXPECT_EQ(host.heard(), kRefused);
     EXPECT_FALSE(plugin->isConnected());
 }
 
@@ -53,7 +53,7 @@ TEST_F(Uninitialized, FindsNothingAvailableEvenIfTheSimulatorRuns) {
     simulator.run();
     plugin->checkConnectionAvailability();
     simulator.stop();
-    EXPECT_EQ(host.heard(), unavailable);
+    EXPECT_EQ(host.heard(), kUnavailable);
 }
 
 TEST_F(Uninitialized, IgnoresADisconnection) {
@@ -121,7 +121,7 @@ TEST_P(WithoutASource, RefusesAndLeavesNothingOpen) {
     GetParam().publish(simulator);
     const OpenObjects before = OpenObjects::now();
     connectAndProbe();
-    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(host.heard(), kRefused + kUnavailable);
     EXPECT_FALSE(plugin->isConnected());
     EXPECT_FALSE(timer()->isActive());
     EXPECT_EQ(OpenObjects::now(), before);
@@ -131,20 +131,20 @@ INSTANTIATE_TEST_SUITE_P(Plugin, WithoutASource, ::testing::ValuesIn(kNoSources)
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(Connection, RefusesABlockWithoutFreshDataAfterAWait) {
-    constexpr qint64 almostTheWait = 190;  // of 200 ms; clocks differ a little
+    constexpr qint64 kAlmostTheWait = 190;  // of 200 ms; clocks differ a little
     simulator.nextTick();
     QElapsedTimer time;
     time.start();
     plugin->connectToSource();
-    EXPECT_GE(time.elapsed(), almostTheWait);
-    EXPECT_EQ(host.heard(), refused);
+    EXPECT_GE(time.elapsed(), kAlmostTheWait);
+    EXPECT_EQ(host.heard(), kRefused);
     EXPECT_FALSE(plugin->isConnected());
 }
 
 TEST_F(Connection, FindsABlockWithoutFreshDataUnavailable) {
     simulator.nextTick();
     plugin->checkConnectionAvailability();
-    EXPECT_EQ(host.heard(), unavailable);
+    EXPECT_EQ(host.heard(), kUnavailable);
 }
 
 TEST_F(Connection, RefusesASimulatorThatSaysItIsStopped) {
@@ -152,43 +152,43 @@ TEST_F(Connection, RefusesASimulatorThatSaysItIsStopped) {
     simulator.run();
     connectAndProbe();
     simulator.stop();
-    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(host.heard(), kRefused + kUnavailable);
 }
 
 TEST_F(Connection, RefusesWhatACrashedSimulatorLeftBehind) {
     simulator.nextTick();
     simulator.crash();
     connectAndProbe();
-    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(host.heard(), kRefused + kUnavailable);
 }
 
 TEST_F(Connection, LeavesNothingOpenAfterARefusal) {
     const OpenObjects before = OpenObjects::now();
     connectAndProbe();
-    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(host.heard(), kRefused + kUnavailable);
     EXPECT_EQ(OpenObjects::now(), before);
 }
 
 TEST_F(Connection, SucceedsWhenTheSimulatorCameAfterARefusal) {
     plugin->connectToSource();
-    ASSERT_EQ(host.heard(), refused);
+    ASSERT_EQ(host.heard(), kRefused);
     connectWhileRunning();
-    EXPECT_EQ(host.events(), refused + connecting);
+    EXPECT_EQ(host.events(), kRefused + connecting);
 }
 
 TEST_F(Connection, RefusesASimulatorWhoseSnapshotsNeedTooMuchMemory) {
-    constexpr int bufferLength = 200'000;
-    constexpr std::size_t scarce = 100'000;
-    simulator.layOut(bufferLength);
+    constexpr int kBufferLength = 200'000;
+    constexpr std::size_t kScarce = 100'000;
+    simulator.layOut(kBufferLength);
     simulator.publisher.command("unlink");
     simulator.publish();
     simulator.run();
     {
-        const testsupport::ScarceMemory memory(scarce);
+        const testsupport::ScarceMemory memory(kScarce);
         connectAndProbe();
     }
     simulator.stop();
-    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(host.heard(), kRefused + kUnavailable);
     EXPECT_FALSE(plugin->isConnected());
 
     host.forget();
@@ -204,7 +204,7 @@ TEST_P(WrongBufferLength, IsABlockWithoutData) {
     simulator.publisher.poke(offsetof(irsdk_header, bufferLength), GetParam());
     connectAndProbe();
     simulator.stop();
-    EXPECT_EQ(host.heard(), refused + unavailable);
+    EXPECT_EQ(host.heard(), kRefused + kUnavailable);
     EXPECT_FALSE(plugin->isConnected());
 }
 
@@ -214,7 +214,7 @@ TEST_P(WrongBufferLength, DoesNotMatterOnceItIsCorrected) {
     plugin->connectToSource();
     simulator.publisher.poke(offsetof(irsdk_header, bufferLength), length);
     connectWhileRunning();
-    EXPECT_EQ(host.events(), refused + connecting);
+    EXPECT_EQ(host.events(), kRefused + connecting);
 }
 
 INSTANTIATE_TEST_SUITE_P(Connection, WrongBufferLength,
@@ -237,7 +237,7 @@ TEST_F(Connection, NamesTheCarsOfTheSession) {
     EXPECT_EQ(info.pluginName(), u"iR Plugin"_s);
     EXPECT_EQ(info.sourceName(), u"iRacing"_s);
     ASSERT_EQ(info.cars.size(), 64);
-    const CarInfo& fast = info.cars[fastCar];
+    const CarInfo& fast = info.cars[kFastCar];
     EXPECT_EQ(fast.carId(), u"5"_s);
     EXPECT_EQ(fast.driverName(), u"Fast Driver"_s);
     EXPECT_EQ(fast.teamName(), u"Fast Driver Team"_s);
@@ -248,7 +248,7 @@ TEST_F(Connection, NamesTheCarsOfTheSession) {
     EXPECT_TRUE(fast.trackName().isEmpty());
     for (int i = 0; i < info.cars.size(); ++i) {
         EXPECT_EQ(info.cars[i].carId(), QString::number(i));
-        EXPECT_EQ(info.cars[i].detailedTelemetry(), i == ownCar) << i;
+        EXPECT_EQ(info.cars[i].detailedTelemetry(), i == kOwnCar) << i;
     }
     EXPECT_TRUE(info.cars[0].driverName().isEmpty());
 }
@@ -274,7 +274,7 @@ TEST_F(Connection, ReadsASessionThatWasOutsideTheBlockOnceItsCounterChanges) {
     simulator.setSessionUpdate(1000);
     tick();
     EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
-    EXPECT_EQ(driverName(fastCar), u"Fast Driver"_s);
+    EXPECT_EQ(driverName(kFastCar), u"Fast Driver"_s);
 }
 
 TEST_F(Connection, SendsNoCarListWhenTheSessionHasNoDrivers) {
@@ -308,7 +308,7 @@ TEST_F(Connection, IsFoundAvailableWithoutBeingOpened) {
     simulator.run();
     plugin->checkConnectionAvailability();
     simulator.stop();
-    EXPECT_EQ(host.heard(), available);
+    EXPECT_EQ(host.heard(), kAvailable);
     EXPECT_FALSE(plugin->isConnected());
     EXPECT_FALSE(timer()->isActive());
     EXPECT_EQ(OpenObjects::now(), before);
@@ -320,7 +320,7 @@ TEST_F(Connection, CanBeMadeAfterItWasFoundAvailable) {
     plugin->checkConnectionAvailability();
     plugin->connectToSource();
     simulator.stop();
-    EXPECT_EQ(host.events(), available + available + connecting);
+    EXPECT_EQ(host.events(), kAvailable + kAvailable + connecting);
 }
 
 TEST_F(EndOfConnection, IsNotCausedByAProbeWhichSendsNothing) {
@@ -383,43 +383,43 @@ TEST_F(EndOfConnection, NeverHandsOverAnOpenLap) {
 }
 
 TEST_F(EndOfConnection, ClosesEveryCarsLapSoThatTheNextOneBeginsWithTheNextConnection) {
-    constexpr int ticksAfterwards = 3;
+    constexpr int kTicksAfterwards = 3;
     for (int i = 0; i < 10; ++i) {
         tick();
     }
     plugin->disconnectFromSource();
     connectAndTick();
-    for (int i = 1; i < ticksAfterwards; ++i) {
+    for (int i = 1; i < kTicksAfterwards; ++i) {
         tick();
     }
-    for (const int car : {ownCar, fastCar, slowCar}) {
+    for (const int car : {kOwnCar, kFastCar, kSlowCar}) {
         simulator.crossLine(car);
     }
     tick();
     ASSERT_EQ(host.laps().size(), 3);
     for (const auto& lap : host.laps()) {
-        EXPECT_EQ(lap->size(), ticksAfterwards) << lap->carId().toStdString();
+        EXPECT_EQ(lap->size(), kTicksAfterwards) << lap->carId().toStdString();
     }
 }
 
 TEST_F(EndOfConnection, ClosesTheLapsBeforeTheHostIsTold) {
-    constexpr int ticksInTheSlot = 2;
-    constexpr int ticksAfterwards = 3;
+    constexpr int kTicksInTheSlot = 2;
+    constexpr int kTicksAfterwards = 3;
     host.reactTo(u"Disconnected"_s, [this] {
         connectWhileRunning();
-        for (int i = 0; i < ticksInTheSlot; ++i) {
+        for (int i = 0; i < kTicksInTheSlot; ++i) {
             tick();
         }
     });
     plugin->disconnectFromSource();
     ASSERT_TRUE(plugin->isConnected());
-    for (int i = 0; i < ticksAfterwards; ++i) {
+    for (int i = 0; i < kTicksAfterwards; ++i) {
         tick();
     }
-    simulator.crossLine(fastCar);
+    simulator.crossLine(kFastCar);
     tick();
     ASSERT_EQ(host.laps().size(), 1);
-    EXPECT_EQ(host.laps().first()->size(), ticksInTheSlot + ticksAfterwards)
+    EXPECT_EQ(host.laps().first()->size(), kTicksInTheSlot + kTicksAfterwards)
         << "a lap of the connection that the slot began";
 }
 
@@ -428,7 +428,7 @@ TEST_F(EndOfConnection, DoesNotChangeTheLapsOfTheLastTick) {
         for (int i = 0; i < 5; ++i) {
             tick();
         }
-        simulator.crossLine(fastCar);
+        simulator.crossLine(kFastCar);
         tick();
     }
     ASSERT_EQ(host.laps().size(), 2);
@@ -493,20 +493,20 @@ TEST_F(EndOfConnection, ByASecondInitializationLeavesOneStoppedTimer) {
 }
 
 TEST_F(EndOfConnection, ByASecondInitializationAllowsANewOneWithOneTickPerTimeout) {
-    constexpr qsizetype ticksUntilTheSimulatorIsDown = 101;
+    constexpr qsizetype kTicksUntilTheSimulatorIsDown = 101;
     plugin->initialize();
     connectAndTick();
     const QSignalSpy timeouts(timer(), &QTimer::timeout);
     simulator.runWithoutData();
     EXPECT_TRUE(QTest::qWaitFor([this] { return !plugin->isConnected(); }, 20000));
     simulator.stop();
-    EXPECT_EQ(timeouts.size(), ticksUntilTheSimulatorIsDown);
+    EXPECT_EQ(timeouts.size(), kTicksUntilTheSimulatorIsDown);
 }
 
 TEST_F(Connection, AnnouncesTheNamesItKnowsWhenItIsInitializedAgain) {
     connectAndTick();
     plugin->initialize();
-    EXPECT_EQ(driverName(fastCar), u"Fast Driver"_s);
+    EXPECT_EQ(driverName(kFastCar), u"Fast Driver"_s);
 }
 
 // --- Reconnecting ------------------------------------------------------------------------------
@@ -529,23 +529,23 @@ TEST_F(Reconnection, SendsTheCarListWhenADriverJoinedMeanwhile) {
     EXPECT_EQ(host.heard(), (QStringList{u"Connected"_s, u"CarListChanged 64"_s,
                                          u"Message [iRacing plugin] Connected (0)"_s}));
     EXPECT_EQ(driverName(11), u"Late Driver"_s);
-    EXPECT_EQ(driverName(fastCar), u"Fast Driver"_s);
+    EXPECT_EQ(driverName(kFastCar), u"Fast Driver"_s);
 }
 
 TEST_F(Connection, ReadsTheSessionAgainInItsFirstTick) {
     connectWhileRunning();
-    simulator.overwriteSession(renamed);
+    simulator.overwriteSession(kRenamed);
     host.forget();
     tick();
     EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
-    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+    EXPECT_EQ(driverName(kFastCar), u"Renamed Driver"_s);
 }
 
 TEST_F(Reconnection, DoesNotReadTheSessionAgainWhenItsCounterHasNotChanged) {
     tick();
     plugin->disconnectFromSource();
     connectWhileRunning();
-    simulator.overwriteSession(renamed);
+    simulator.overwriteSession(kRenamed);
     host.forget();
     tick();
     EXPECT_EQ(host.heard(), QStringList{u"Samples 64"_s});
@@ -556,7 +556,7 @@ TEST_F(Reconnection, ReadsTheSessionAgainWhenItsCounterHasChanged) {
     plugin->disconnectFromSource();
     simulator.setSessionUpdate(1000);
     connectWhileRunning();
-    simulator.publisher.setSessionText(1000, renamed.text());
+    simulator.publisher.setSessionText(1000, kRenamed.text());
     host.forget();
     tick();
     EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
@@ -565,10 +565,10 @@ TEST_F(Reconnection, ReadsTheSessionAgainWhenItsCounterHasChanged) {
 TEST_F(Reconnection, ReadsTheSessionAgainAfterASecondInitialization) {
     plugin->initialize();
     connectWhileRunning();
-    simulator.overwriteSession(renamed);
+    simulator.overwriteSession(kRenamed);
     host.forget();
     tick();
-    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+    EXPECT_EQ(driverName(kFastCar), u"Renamed Driver"_s);
 }
 
 TEST_F(Reconnection, KeepsWhetherTheSessionIsAReplay) {
@@ -580,39 +580,39 @@ TEST_F(Reconnection, KeepsWhetherTheSessionIsAReplay) {
     plugin->disconnectFromSource();
 
     simulator.rewriteSession(StagedSession());
-    simulator.block.set("LapDistPct", ofTheOwnCar);
-    simulator.block.set("CarIdxLapDistPct", ofTheCarArray, ownCar);
+    simulator.block.set("LapDistPct", kOfTheOwnCar);
+    simulator.block.set("CarIdxLapDistPct", kOfTheCarArray, kOwnCar);
     connectAndTick();
     tick();
-    EXPECT_EQ(value(ownCar, u"lapdistpct"_s).toDouble(), ofTheCarArray);
+    EXPECT_EQ(value(kOwnCar, u"lapdistpct"_s).toDouble(), kOfTheCarArray);
 
     plugin->initialize();
     connectAndTick();
     tick();
-    EXPECT_EQ(value(ownCar, u"lapdistpct"_s).toDouble(), ofTheOwnCar);
+    EXPECT_EQ(value(kOwnCar, u"lapdistpct"_s).toDouble(), kOfTheOwnCar);
 }
 
 TEST_F(Reconnection, IsNotAReplayWithATextOutsideTheBlock) {
     plugin->initialize();
     simulator.publisher.poke(offsetof(irsdk_header, sessionInfoOffset), -1);
-    simulator.block.set("LapDistPct", ofTheOwnCar);
-    simulator.block.set("CarIdxLapDistPct", ofTheCarArray, ownCar);
+    simulator.block.set("LapDistPct", kOfTheOwnCar);
+    simulator.block.set("CarIdxLapDistPct", kOfTheCarArray, kOwnCar);
     connectAndTick();
     tick();
-    EXPECT_EQ(value(ownCar, u"lapdistpct"_s).toDouble(), ofTheOwnCar)
+    EXPECT_EQ(value(kOwnCar, u"lapdistpct"_s).toDouble(), kOfTheOwnCar)
         << "the tree still has the weekend of the earlier text";
 }
 
 TEST_F(Reconnection, KeepsTheNamesOfTheVariables) {
-    constexpr double speed = 61.5;
+    constexpr double kSpeed = 61.5;
     plugin->disconnectFromSource();
-    simulator.block.set("Speed", speed);
+    simulator.block.set("Speed", kSpeed);
     std::memcpy(simulator.block.variable("Speed").name, "Pace", sizeof "Pace");
     simulator.publisher.publishBlock(simulator.block);
     connectAndTick();
     tick();
-    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
-    EXPECT_FALSE(host.lastSamples()[ownCar].containsValue(u"pace"_s));
+    EXPECT_EQ(value(kOwnCar, u"speed"_s).toDouble(), kSpeed);
+    EXPECT_FALSE(host.lastSamples()[kOwnCar].containsValue(u"pace"_s));
 }
 
 class OtherBufferLength : public ConnectedPluginTest, public ::testing::WithParamInterface<int> {
@@ -629,7 +629,7 @@ protected:
     void expectATickWithData() {
         connectAndTick();
         tick();
-        EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), 61.5);
+        EXPECT_EQ(value(kOwnCar, u"speed"_s).toDouble(), 61.5);
         EXPECT_EQ(host.samples.size(), 1);
     }
 };
@@ -642,7 +642,7 @@ TEST_P(OtherBufferLength, IsUsedByTheNextProbe) {
     simulator.run();
     plugin->checkConnectionAvailability();
     simulator.stop();
-    EXPECT_EQ(host.heard(), available);
+    EXPECT_EQ(host.heard(), kAvailable);
     expectATickWithData();
 }
 
@@ -667,8 +667,8 @@ TEST_F(Reconnection, FindsARestartedSimulator) {
     plugin->disconnectFromSource();
     host.forget();
     plugin->connectToSource();
-    EXPECT_EQ(host.heard(), refused);
+    EXPECT_EQ(host.heard(), kRefused);
     simulator.publish();
     connectWhileRunning();
-    EXPECT_EQ(host.events(), refused + connecting);
+    EXPECT_EQ(host.events(), kRefused + connecting);
 }

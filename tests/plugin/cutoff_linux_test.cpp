@@ -7,10 +7,10 @@ using namespace Qt::StringLiterals;
 // On other platforms a block keeps its size while it is open.
 
 TEST_F(ConnectedPluginTest, DisconnectsWhenTheBlockWasTruncated) {
-    constexpr int toleratedMisses = 100;
+    constexpr int kToleratedMisses = 100;
     const std::string size = std::to_string(simulator.block.bytes().size());
     simulator.publisher.command("truncate 0");
-    for (int i = 0; i < toleratedMisses; ++i) {
+    for (int i = 0; i < kToleratedMisses; ++i) {
         plugin->tick();
     }
     EXPECT_EQ(host.heard(), QStringList());

@@ -31,7 +31,7 @@ namespace {
 
 using Laps = QList<QSharedPointer<Lap>>;
 
-const QTime noLapTime(0, 59, 59);
+const QTime kNoLapTime(0, 59, 59);
 
 /** A run of the simulator up to a tick. */
 struct SimulatorRun {
@@ -68,10 +68,10 @@ struct Recording {
 
 /** Connecting needs a tick that comes while it waits. */
 bool connectInLockstep(PluginInterfaceLive& plugin, SimulatorProcess& simulator) {
-    constexpr int attempts = 10;
+    constexpr int kAttempts = 10;
     // Once the first step is answered, everything is published.
     EXPECT_TRUE(simulator.step().has_value());
-    for (int i = 0; i < attempts && !plugin.isConnected(); ++i) {
+    for (int i = 0; i < kAttempts && !plugin.isConnected(); ++i) {
         simulator.goOn();
         plugin.connectToSource();
         simulator.pause();
@@ -138,8 +138,8 @@ std::string textOf(const DrivenLap& driven) {
 
 /** The lap time in milliseconds, as the plugin computes it from the published number. */
 QTime publishedTime(const DrivenLap& driven) {
-    constexpr float millisecondsInASecond = 1000.0F;
-    return QTime(0, 0).addMSecs(static_cast<int>(millisecondsInASecond * driven.published));
+    constexpr float kMillisecondsInASecond = 1000.0F;
+    return QTime(0, 0).addMSecs(static_cast<int>(kMillisecondsInASecond * driven.published));
 }
 
 class EndToEnd : public ::testing::TestWithParam<SimulatorRun> {
@@ -172,10 +172,10 @@ protected:
 
     /** Fast forwarding in an own lap restarts its recording after that part. */
     static bool wasFastForwarded(const DrivenLap& driven, const Lap& lap) {
-        constexpr double fewTicks = 3;
+        constexpr double kFewTicks = 3;
         return GetParam().isReplay() && lap.detailedTelemetry() && driven.kind == "flying" &&
                samplesOf(lap, u"sessiontick"_s).first() >
-                   static_cast<double>(driven.start) + fewTicks;
+                   static_cast<double>(driven.start) + kFewTicks;
     }
 
     static void expectHeader(const DrivenLap& driven, const Lap& lap) {
@@ -185,14 +185,14 @@ protected:
         EXPECT_EQ(lap.completed(), driven.complete);
         if (wasFastForwarded(driven, lap)) {
             EXPECT_EQ(lap.lapType(), LapType::OutLap);
-            EXPECT_EQ(lap.lapTime(), noLapTime);
+            EXPECT_EQ(lap.lapTime(), kNoLapTime);
             return;
         }
         const bool isOutLap = driven.kind == "out";
         EXPECT_EQ(lap.lapType(), isOutLap ? LapType::OutLap : LapType::FlyingLap);
         const bool hasTime = driven.complete && driven.seconds > 0.0 &&
                              (!isOutLap || lap.session() == Session::Race);
-        EXPECT_EQ(lap.lapTime(), hasTime ? publishedTime(driven) : noLapTime);
+        EXPECT_EQ(lap.lapTime(), hasTime ? publishedTime(driven) : kNoLapTime);
     }
 
     static void expectChannels(const DrivenLap& driven, const Lap& lap) {
@@ -211,19 +211,19 @@ protected:
         }
         const bool beganAtTheFormation = lap.session() == Session::Race && driven.lap == 0;
         if (!wasFastForwarded(driven, lap) && !beganAtTheFormation) {
-            constexpr double ticksUntilALapIsOpen = 2;
-            EXPECT_NEAR(ticks.first(), static_cast<double>(driven.start), ticksUntilALapIsOpen);
+            constexpr double kTicksUntilALapIsOpen = 2;
+            EXPECT_NEAR(ticks.first(), static_cast<double>(driven.start), kTicksUntilALapIsOpen);
         }
     }
 
     Recording recording;
 };
 
-const SimulatorRun practice{
+const SimulatorRun kPractice{
     "Practice", onShortTrack(5, {"--seed", "7"}), 3900, {Session::Practice}};
 
-const SimulatorRun runs[] = {
-    practice,
+const SimulatorRun kRuns[] = {
+    kPractice,
     {"Weekend",
      onShortTrack(3, {"--seed", "7", "--session", "weekend", "--session-length", "20"}),
      6650,
@@ -256,11 +256,11 @@ TEST_P(EndToEnd, HandsOverTheLapsThatWereDriven) {
     EXPECT_EQ(recording.events.count(u"Disconnected"_s), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, EndToEnd, ::testing::ValuesIn(runs),
+INSTANTIATE_TEST_SUITE_P(Of, EndToEnd, ::testing::ValuesIn(kRuns),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(EndToEndTwice, HandsOverTheSameLapsForTheSameSeed) {
-    SimulatorRun run = practice;
+    SimulatorRun run = kPractice;
     run.lastTick = 2400;
     const Laps first = record(run).laps;
     const Laps second = record(run).laps;

@@ -119,10 +119,10 @@ private:
     }
 
     void keep(const QList<Sample>& samples) {
-        constexpr std::size_t most = 7;
+        constexpr std::size_t kMost = 7;
         ++m_report.lists;
         m_lists.emplace_back(samples, sumOf(samples));
-        while (m_lists.size() > m_random() % most) {
+        while (m_lists.size() > m_random() % kMost) {
             releaseList(m_random() % m_lists.size());
         }
     }
@@ -199,21 +199,21 @@ protected:
 };
 
 TEST_F(HostOnAnotherThread, KeepsUnchangedListsAndLapsWhileThePluginRuns) {
-    constexpr int ticks = 1500;
-    constexpr int ticksPerLap = 100;
+    constexpr int kTicks = 1500;
+    constexpr int kTicksPerLap = 100;
     connectAndTick();
-    for (int i = 1; i <= ticks; ++i) {
-        if (i % ticksPerLap == 0) {
-            simulator.crossLine(ownCar);
-            simulator.crossLine(fastCar);
+    for (int i = 1; i <= kTicks; ++i) {
+        if (i % kTicksPerLap == 0) {
+            simulator.crossLine(kOwnCar);
+            simulator.crossLine(kFastCar);
         }
         tick();
         host.forget();
     }
     plugin->disconnectFromSource();
     const KeepingHost::Report report = m_hostThread.finish();
-    EXPECT_EQ(report.lists, ticks + 1);
-    EXPECT_GE(report.laps, 2 * (ticks / ticksPerLap));
+    EXPECT_EQ(report.lists, kTicks + 1);
+    EXPECT_GE(report.laps, 2 * (kTicks / kTicksPerLap));
     EXPECT_EQ(report.cars, 64);
     EXPECT_EQ(report.changed, 0);
 }

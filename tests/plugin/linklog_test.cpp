@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr unsigned int otherUser = 4242;
+constexpr unsigned int kOtherUser = 4242;
 
 class Log : public InitializedPluginTest {
 protected:
@@ -35,7 +35,7 @@ protected:
 
     [[nodiscard]] QStringList takeLines() { return std::exchange(lines, {}); }
 
-    static constexpr std::size_t bufferLengthField = offsetof(irsdk_header, bufferLength);
+    static constexpr std::size_t kBufferLengthField = offsetof(irsdk_header, bufferLength);
     QStringList lines;
     HostLog log{[this](const QString& text) { lines.append(text); }};
     const unsigned int ownUser = geteuid();
@@ -46,7 +46,7 @@ protected:
 }  // namespace
 
 TEST_F(Log, ReportsARepeatedReasonOnce) {
-    giveBlockTo(otherUser);
+    giveBlockTo(kOtherUser);
     attempt();
     EXPECT_EQ(takeLines(), foreignBlock);
     attempt();
@@ -54,22 +54,22 @@ TEST_F(Log, ReportsARepeatedReasonOnce) {
 }
 
 TEST_F(Log, ReportsTheReasonAgainAfterASuccess) {
-    giveBlockTo(otherUser);
+    giveBlockTo(kOtherUser);
     attempt();
     giveBlockTo(ownUser);
     connectAndTick();
     plugin->disconnectFromSource();
     EXPECT_EQ(takeLines(), foreignBlock);
-    giveBlockTo(otherUser);
+    giveBlockTo(kOtherUser);
     attempt();
     EXPECT_EQ(takeLines(), foreignBlock);
 }
 
 TEST_F(Log, ReportsEachOfTwoReasons) {
-    giveBlockTo(otherUser);
+    giveBlockTo(kOtherUser);
     attempt();
     giveBlockTo(ownUser);
-    simulator.publisher.command("chown " + std::to_string(otherUser) + " event");
+    simulator.publisher.command("chown " + std::to_string(kOtherUser) + " event");
     attempt();
     EXPECT_EQ(takeLines(),
               foreignBlock + QStringList{u"No data from the simulator: the data-valid event "
@@ -91,7 +91,7 @@ TEST_F(Log, ReportsNothingForASimulatorWithoutData) {
 
 TEST_F(Log, ReportsWhyDataStopped) {
     connectAndTick();
-    simulator.publisher.poke(bufferLengthField, 0);
+    simulator.publisher.poke(kBufferLengthField, 0);
     missUntilTheEnd();
     EXPECT_EQ(takeLines(),
               QStringList{u"No data from the simulator: the block points outside itself"_s});
@@ -99,10 +99,10 @@ TEST_F(Log, ReportsWhyDataStopped) {
 
 TEST_F(Log, DoesNotReportAnEarlierFailureAtANormalEnd) {
     connectAndTick();
-    simulator.publisher.poke(bufferLengthField, 0);
+    simulator.publisher.poke(kBufferLengthField, 0);
     simulator.nextTick();
     plugin->tick();
-    simulator.publisher.poke(bufferLengthField, simulator.block.header().bufferLength);
+    simulator.publisher.poke(kBufferLengthField, simulator.block.header().bufferLength);
     tick();
     ASSERT_EQ(host.samples.size(), 1);
     simulator.publisher.setStatus(0);

@@ -28,7 +28,7 @@ using TLM::SDK::PluginInterfaceLive;
 
 namespace {
 
-const QString expectedIdentifier =
+const QString kExpectedIdentifier =
     QStringLiteral(EXPECTED_INTERFACE_PREFIX) + u".PluginInterfaceLive/0.2"_s;
 
 /** The plugin as a host gets it: through the loader and the interface alone. */
@@ -58,7 +58,7 @@ QPluginMetaData rawMetaData() {
 TEST_F(PluginModule, NamesItsInterfaceAndItsClassBeforeItIsLoaded) {
     const QPluginLoader unloaded(QStringLiteral(PLUGIN_MODULE));
     const QJsonObject metaData = unloaded.metaData();
-    EXPECT_EQ(metaData.value("IID"_L1).toString(), expectedIdentifier);
+    EXPECT_EQ(metaData.value("IID"_L1).toString(), kExpectedIdentifier);
     EXPECT_EQ(metaData.value("className"_L1).toString(), u"iRPluginLive"_s);
     EXPECT_FALSE(metaData.contains("MetaData"_L1));
     EXPECT_FALSE(metaData.contains("URI"_L1));
@@ -66,20 +66,20 @@ TEST_F(PluginModule, NamesItsInterfaceAndItsClassBeforeItIsLoaded) {
 
 TEST_F(PluginModule, CarriesAMetaDataRecordOfTwoEntries) {
     // The record begins with a version, Qt's version in two numbers, and the required processor.
-    constexpr std::size_t headerSize = 4;
-    constexpr qint64 identifierKey = 2;
-    constexpr qint64 classNameKey = 3;
+    constexpr std::size_t kHeaderSize = 4;
+    constexpr qint64 kIdentifierKey = 2;
+    constexpr qint64 kClassNameKey = 3;
     const QPluginMetaData metaData = rawMetaData();
-    ASSERT_GT(metaData.size, headerSize);
+    ASSERT_GT(metaData.size, kHeaderSize);
     const auto* bytes = static_cast<const char*>(metaData.data);
     EXPECT_EQ(bytes[0], 1);
     EXPECT_EQ(bytes[1], QT_VERSION_MAJOR);
 
-    const QByteArray record(bytes + headerSize, static_cast<int>(metaData.size - headerSize));
+    const QByteArray record(bytes + kHeaderSize, static_cast<int>(metaData.size - kHeaderSize));
     const QCborMap map = QCborValue::fromCbor(record).toMap();
     EXPECT_EQ(map.size(), 2);
-    EXPECT_EQ(map.value(identifierKey).toString(), expectedIdentifier);
-    EXPECT_EQ(map.value(classNameKey).toString(), u"iRPluginLive"_s);
+    EXPECT_EQ(map.value(kIdentifierKey).toString(), kExpectedIdentifier);
+    EXPECT_EQ(map.value(kClassNameKey).toString(), u"iRPluginLive"_s);
 }
 
 TEST_F(PluginModule, GivesTheSameObjectTwice) {
@@ -109,14 +109,14 @@ TEST_F(PluginModule, CanBeLoadedByACopyOfItsFileInAFolderWithBlanks) {
     const QString copy = folder.filePath(QFileInfo(QStringLiteral(PLUGIN_MODULE)).fileName());
     ASSERT_TRUE(QFile::copy(QStringLiteral(PLUGIN_MODULE), copy));
     QPluginLoader loaderOfCopy(copy);
-    EXPECT_EQ(loaderOfCopy.metaData().value("IID"_L1).toString(), expectedIdentifier);
+    EXPECT_EQ(loaderOfCopy.metaData().value("IID"_L1).toString(), kExpectedIdentifier);
 }
 
 TEST_F(PluginModule, CastsToItsClassAndItsInterface) {
     QObject* const self = object();
     EXPECT_EQ(self->qt_metacast("iRPluginLive"), self);
     EXPECT_EQ(self->qt_metacast("TLM::SDK::PluginInterfaceLive"), plugin());
-    EXPECT_EQ(self->qt_metacast(expectedIdentifier.toLatin1().constData()), plugin());
+    EXPECT_EQ(self->qt_metacast(kExpectedIdentifier.toLatin1().constData()), plugin());
     EXPECT_EQ(dynamic_cast<PluginInterfaceLive*>(self), plugin());
 }
 

@@ -74,8 +74,8 @@ protected:
         joined.trackLength = joined.trackLength.empty() ? "4.00 km" : "";
         simulator.rewriteSession(joined);
         tick();
-        simulator.crossLine(StagedSimulator::ownCar);
-        simulator.crossLine(StagedSimulator::fastCar);
+        simulator.crossLine(StagedSimulator::kOwnCar);
+        simulator.crossLine(StagedSimulator::kFastCar);
         tick();
         tick();
         shortage.during([this] { plugin->disconnectFromSource(); });
@@ -178,9 +178,9 @@ protected:
 
     /** Millions of short lines, all with different names. */
     void publishEndlessText() {
-        constexpr std::size_t size = 12 << 20;
+        constexpr std::size_t kSize = 12 << 20;
         std::string text = "---\n";
-        for (std::size_t i = 0; text.size() < size; ++i) {
+        for (std::size_t i = 0; text.size() < kSize; ++i) {
             text += std::to_string(i) + ":\n";
         }
         simulator.block.setSessionText(text);
@@ -237,13 +237,13 @@ protected:
 
 private:
     static void confine() {
-        constexpr rlim_t room = rlim_t{96} << 20;
+        constexpr rlim_t kRoom = rlim_t{96} << 20;
         std::ifstream file("/proc/self/statm");
         rlim_t pages = 0;
         file >> pages;
         rlimit limit{};
         getrlimit(RLIMIT_AS, &limit);
-        limit.rlim_cur = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + room;
+        limit.rlim_cur = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + kRoom;
         ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
     }
 };

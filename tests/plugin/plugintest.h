@@ -86,9 +86,9 @@ protected:
         return host.lastCarList().cars.value(car).driverName();
     }
 
-    static constexpr int ownCar = StagedSimulator::ownCar;
-    static constexpr int fastCar = StagedSimulator::fastCar;
-    static constexpr int slowCar = StagedSimulator::slowCar;
+    static constexpr int kOwnCar = StagedSimulator::kOwnCar;
+    static constexpr int kFastCar = StagedSimulator::kFastCar;
+    static constexpr int kSlowCar = StagedSimulator::kSlowCar;
 
     // The signals of connecting and disconnecting, without car lists.
     const QStringList connecting{QStringLiteral("Connected"),

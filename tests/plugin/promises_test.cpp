@@ -42,14 +42,14 @@ protected:
         StagedSession race;
         race.type = "Race";
         simulator.block.setSessionText(race.text());
-        simulator.block.set("SessionState", formation);
-        simulator.block.set("CarIdxLapDistPct", beginOfFormation, fastCar);
+        simulator.block.set("SessionState", kFormation);
+        simulator.block.set("CarIdxLapDistPct", kBeginOfFormation, kFastCar);
         Promises::SetUp();
     }
 
-    static constexpr int formation = 3;
-    static constexpr int racing = 4;
-    static constexpr double beginOfFormation = 0.25;
+    static constexpr int kFormation = 3;
+    static constexpr int kRacing = 4;
+    static constexpr double kBeginOfFormation = 0.25;
 };
 
 }  // namespace
@@ -61,7 +61,7 @@ TEST_F(PromisesBefore, FourSignalsAreNeverSentAndEveryMessageHasLevelZero) {
     simulator.publish();
     connectWhileRunning();
     tick();
-    simulator.crossLine(fastCar);
+    simulator.crossLine(kFastCar);
     tick();
     ticksWithoutData(101);
     ASSERT_FALSE(plugin->isConnected());
@@ -97,7 +97,7 @@ TEST_F(PromisesBefore, TheOwnCarIsNotKnownBeforeASessionNamesTheDrivers) {
 
 TEST_F(Promises, ASampleOnlyNamesItsSlotAndWhetherItIsTheOwnCars) {
     StagedSession session;
-    session.drivers = {{ownCar, "Own"}, {fastCar, "Fast"}, {63, "Last"}};
+    session.drivers = {{kOwnCar, "Own"}, {kFastCar, "Fast"}, {63, "Last"}};
     simulator.rewriteSession(session);
     tick();
     const QList<CarInfo> cars = host.lastCarList().cars;
@@ -107,7 +107,7 @@ TEST_F(Promises, ASampleOnlyNamesItsSlotAndWhetherItIsTheOwnCars) {
         const Sample& sample = samples[slot];
         EXPECT_EQ(sample.carId(), QString::number(slot));
         EXPECT_EQ(cars[slot].carId(), sample.carId());
-        EXPECT_EQ(sample.detailedTelemetry(), slot == ownCar) << slot;
+        EXPECT_EQ(sample.detailedTelemetry(), slot == kOwnCar) << slot;
         EXPECT_EQ(cars[slot].detailedTelemetry(), sample.detailedTelemetry()) << slot;
         EXPECT_EQ(sample.status(), CarStatus::Undefined) << slot;
         for (const QString& text :
@@ -120,7 +120,7 @@ TEST_F(Promises, ASampleOnlyNamesItsSlotAndWhetherItIsTheOwnCars) {
 }
 
 TEST_F(Promises, ALapKnowsItsCarDriverAndTrackButHasTeamAndClassAmongItsValues) {
-    const auto lap = driveLap(fastCar);
+    const auto lap = driveLap(kFastCar);
     EXPECT_EQ(lap->carId(), u"5"_s);
     EXPECT_EQ(lap->driverName(), u"Fast Driver"_s);
     EXPECT_EQ(lap->carName(), u"Roadster"_s);
@@ -134,8 +134,8 @@ TEST_F(Promises, ALapKnowsItsCarDriverAndTrackButHasTeamAndClassAmongItsValues) 
 }
 
 TEST_F(Promises, ALapWithoutSamplesComesWithoutATimeAndWithoutNames) {
-    driveLap(fastCar);
-    const auto lap = endLap(fastCar);
+    driveLap(kFastCar);
+    const auto lap = endLap(kFastCar);
     ASSERT_EQ(host.laps().size(), 2);
     EXPECT_TRUE(lap->isEmpty());
     EXPECT_TRUE(lap->lapTime().isNull());
@@ -144,31 +144,31 @@ TEST_F(Promises, ALapWithoutSamplesComesWithoutATimeAndWithoutNames) {
 }
 
 TEST_F(Promises, ALapThatThePluginJoinedLateHasTheTimeOfTheWholeLap) {
-    constexpr double late = 0.75;
-    driveLap(fastCar);
-    driveTo(fastCar, 0.25);
+    constexpr double kLate = 0.75;
+    driveLap(kFastCar);
+    driveTo(kFastCar, 0.25);
     plugin->disconnectFromSource();
-    simulator.block.set("CarIdxLapDistPct", late, fastCar);
+    simulator.block.set("CarIdxLapDistPct", kLate, kFastCar);
     connectAndTick();
-    const auto lap = driveLap(fastCar);
+    const auto lap = driveLap(kFastCar);
     EXPECT_EQ(lap->lapType(), LapType::FlyingLap);
     EXPECT_EQ(lap->lapTime(), QTime(0, 1, 35, 500));
-    EXPECT_EQ(lap->channel(u"lapdistpct"_s)->samples.constFirst(), late);
+    EXPECT_EQ(lap->channel(u"lapdistpct"_s)->samples.constFirst(), kLate);
 }
 
 TEST_F(Promises, AFractionHasTheUnitPercentInSamplesAndPerUnitInLaps) {
-    driveTo(fastCar, 0.625);
-    EXPECT_EQ(host.lastSamples()[fastCar].value(u"lapdistpct"_s).unit(), u"%"_s);
-    const auto lap = endLap(fastCar);
+    driveTo(kFastCar, 0.625);
+    EXPECT_EQ(host.lastSamples()[kFastCar].value(u"lapdistpct"_s).unit(), u"%"_s);
+    const auto lap = endLap(kFastCar);
     EXPECT_EQ(lap->channel(u"lapdistpct"_s)->unit(), u"pu"_s);
     EXPECT_EQ(lap->channel(u"lapdistpct"_s)->samples.constLast(), 0.625);
 }
 
 TEST_F(Promises, ACompletedLapOfAnotherCarIsNumberedOneLowerThanOneThatWasCutShort) {
-    EXPECT_EQ(driveLap(fastCar)->lapInSession(), 0) << "an out lap";
-    EXPECT_EQ(driveLap(fastCar)->lapInSession(), 1);
+    EXPECT_EQ(driveLap(kFastCar)->lapInSession(), 0) << "an out lap";
+    EXPECT_EQ(driveLap(kFastCar)->lapInSession(), 1);
     tick();
-    simulator.block.set("CarIdxOnPitRoad", 1, fastCar);
+    simulator.block.set("CarIdxOnPitRoad", 1, kFastCar);
     tick();
     const auto cutShort = host.laps().constLast();
     ASSERT_FALSE(cutShort->completed());
@@ -177,15 +177,15 @@ TEST_F(Promises, ACompletedLapOfAnotherCarIsNumberedOneLowerThanOneThatWasCutSho
 
 TEST_F(PromisesOfARace, AFormationLapThatIsNotCountedIsSplitBetweenTheFirstTwoLaps) {
     for (const double distance : {0.7, 0.95}) {
-        driveTo(fastCar, distance);
+        driveTo(kFastCar, distance);
     }
-    simulator.block.set("SessionState", racing);
+    simulator.block.set("SessionState", kRacing);
     for (const double distance : {0.02, 0.4, 0.6, 0.95}) {
-        driveTo(fastCar, distance);
+        driveTo(kFastCar, distance);
     }
-    const auto first = endLap(fastCar);
-    driveTo(fastCar, 0.1);
-    const auto second = endLap(fastCar);
+    const auto first = endLap(kFastCar);
+    driveTo(kFastCar, 0.1);
+    const auto second = endLap(kFastCar);
 
     const auto distancesOf = [](const QSharedPointer<Lap>& lap) {
         QList<int> hundredths;

@@ -76,7 +76,7 @@ public:
         connect();
     }
 
-    void runEventLoop() { QTest::qWait(loopMilliseconds); }
+    void runEventLoop() { QTest::qWait(kLoopMilliseconds); }
 
     void runEventLoopThatDisconnects() {
         QTimer::singleShot(0, plugin.data(), &iRPluginLive::disconnectFromSource);
@@ -133,8 +133,8 @@ public:
 
     void provokeTickThatRepairsPeaks() {
         stageLapWithAPeak();
-        simulator.crossLine(ownCar);
-        simulator.crossLine(fastCar);
+        simulator.crossLine(kOwnCar);
+        simulator.crossLine(kFastCar);
         simulator.nextTick();
         awaitMoment();
         plugin->tick();
@@ -175,7 +175,7 @@ public:
     void provokeTickByTimer() {
         stageTickWithEverything();
         awaitMoment();
-        EXPECT_TRUE(QTest::qWaitFor([this] { return m_hasReacted; }, patience));
+        EXPECT_TRUE(QTest::qWaitFor([this] { return m_hasReacted; }, kPatience));
         // The tick is over when the event loop runs again.
         QCoreApplication::processEvents();
     }
@@ -187,11 +187,11 @@ public:
     }
 
     void provokeSilence() {
-        constexpr int missesThatEndAConnection = 101;
+        constexpr int kMissesThatEndAConnection = 101;
         connectAndTick();
         awaitMoment();
         simulator.runWithoutData();
-        for (int i = 0; i < missesThatEndAConnection && !m_hasReacted; ++i) {
+        for (int i = 0; i < kMissesThatEndAConnection && !m_hasReacted; ++i) {
             plugin->tick();
         }
         simulator.stop();
@@ -315,8 +315,8 @@ protected:
         return "heard: " + host.heard().join("; "_L1).toStdString();
     }
 
-    static constexpr int loopMilliseconds = 50;
-    static constexpr int patience = 20000;
+    static constexpr int kLoopMilliseconds = 50;
+    static constexpr int kPatience = 20000;
 
     bool m_hasReacted = false;
     bool m_wasDeleted = false;
@@ -333,24 +333,24 @@ private:
     void stageTickWithEverything() {
         connectAndTick();
         tick();
-        simulator.block.set("CarIdxLapDistPct", -1.0, slowCar);
+        simulator.block.set("CarIdxLapDistPct", -1.0, kSlowCar);
         tick();
-        simulator.crossLine(ownCar);
-        simulator.crossLine(fastCar);
+        simulator.crossLine(kOwnCar);
+        simulator.crossLine(kFastCar);
         simulator.nextTick();
     }
 
     /** The fast car's lap has one reading of its distance that is too far ahead. */
     void stageLapWithAPeak() {
-        constexpr double step = 0.00025;  // 60 m/s on this track
+        constexpr double kStep = 0.00025;  // 60 m/s on this track
         StagedSession session;
         session.trackLength = "4.00 km";
         simulator.rewriteSession(session);
         connectAndTick();
         double distance = 0.5;
         for (const double steps : {1.0, 1.0, 1.0, 1.5, 1.0, 1.0, 1.0}) {
-            distance += steps * step;
-            simulator.block.set("CarIdxLapDistPct", distance, fastCar);
+            distance += steps * kStep;
+            simulator.block.set("CarIdxLapDistPct", distance, kFastCar);
             tick();
         }
     }
@@ -365,10 +365,10 @@ private:
 
 class ReentrancyByTimer : public Reentrancy {};
 
-const QString connectedMessage = u"Message [iRacing plugin] Connected (0)"_s;
-const QString disconnectedMessage = u"Message [iRacing plugin] Disconnected (0)"_s;
+const QString kConnectedMessage = u"Message [iRacing plugin] Connected (0)"_s;
+const QString kDisconnectedMessage = u"Message [iRacing plugin] Disconnected (0)"_s;
 
-const Moment moments[] = {
+const Moment kMoments[] = {
     {"Initialization",
      u"CarListChanged 64"_s,
      &Reentrancy::provokeInitialization,
@@ -378,14 +378,14 @@ const Moment moments[] = {
      u"Connected"_s,
      &Reentrancy::provokeConnection,
      Setting::Unconnected,
-     {connectedMessage}},
+     {kConnectedMessage}},
     {"CarListOfConnection",
      u"CarListChanged 64"_s,
      &Reentrancy::provokeConnection,
      Setting::Unconnected,
-     {connectedMessage}},
+     {kConnectedMessage}},
     {"ConnectedMessage",
-     connectedMessage,
+     kConnectedMessage,
      &Reentrancy::provokeConnection,
      Setting::Unconnected,
      {}},
@@ -415,14 +415,14 @@ const Moment moments[] = {
      u"Message [iRacing plugin] Sim is down (0)"_s,
      &Reentrancy::provokeSilence,
      Setting::Tick,
-     {u"Disconnected"_s, disconnectedMessage}},
+     {u"Disconnected"_s, kDisconnectedMessage}},
     {"DisconnectedAfterSilence",
      u"Disconnected"_s,
      &Reentrancy::provokeSilence,
      Setting::Tick,
-     {disconnectedMessage}},
+     {kDisconnectedMessage}},
     {"DisconnectedMessageAfterSilence",
-     disconnectedMessage,
+     kDisconnectedMessage,
      &Reentrancy::provokeSilence,
      Setting::Tick,
      {}},
@@ -430,9 +430,9 @@ const Moment moments[] = {
      u"Disconnected"_s,
      &Reentrancy::provokeDisconnection,
      Setting::Connected,
-     {disconnectedMessage}},
+     {kDisconnectedMessage}},
     {"DisconnectedMessage",
-     disconnectedMessage,
+     kDisconnectedMessage,
      &Reentrancy::provokeDisconnection,
      Setting::Connected,
      {}},
@@ -470,16 +470,16 @@ const Moment moments[] = {
      u"Log No data"_s,
      &Reentrancy::provokeSilence,
      Setting::Tick,
-     {u"Message [iRacing plugin] Sim is down (0)"_s, u"Disconnected"_s, disconnectedMessage}},
+     {u"Message [iRacing plugin] Sim is down (0)"_s, u"Disconnected"_s, kDisconnectedMessage}},
 };
 
-const Moment momentsOfTheTimer[] = {
+const Moment kMomentsOfTheTimer[] = {
     {"CarList", u"CarListChanged 64"_s, &Reentrancy::provokeTickByTimer, Setting::Tick, {}},
     {"Lap", u"TelemetryLap 2"_s, &Reentrancy::provokeTickByTimer, Setting::Tick, {}},
     {"Samples", u"Samples 64"_s, &Reentrancy::provokeTickByTimer, Setting::Tick, {}},
 };
 
-const Action actions[] = {
+const Action kActions[] = {
     {"Disconnects", &Reentrancy::disconnect},
     {"Connects", &Reentrancy::connect},
     {"Reconnects", &Reentrancy::reconnect},
@@ -536,7 +536,7 @@ TEST_F(ConnectedPluginTest, RefusesAHostThatConnectsAgainAndAgainDuringAnInitial
 
 // Laps of such a connection do not continue in the next one.
 TEST_F(ConnectedPluginTest, ClosesTheLapsOfAConnectionThatAnInitializationEnds) {
-    constexpr int ticksAfterwards = 3;
+    constexpr int kTicksAfterwards = 3;
     host.reactTo(u"Disconnected"_s, [this] {
         connectWhileRunning();
         for (int i = 0; i < 5; ++i) {
@@ -547,13 +547,13 @@ TEST_F(ConnectedPluginTest, ClosesTheLapsOfAConnectionThatAnInitializationEnds) 
     ASSERT_FALSE(plugin->isConnected());
     ASSERT_GE(host.samples.size(), 5);
     connectAndTick();
-    for (int i = 1; i < ticksAfterwards; ++i) {
+    for (int i = 1; i < kTicksAfterwards; ++i) {
         tick();
     }
-    simulator.crossLine(fastCar);
+    simulator.crossLine(kFastCar);
     tick();
     ASSERT_EQ(host.laps().size(), 1);
-    EXPECT_EQ(host.laps().first()->size(), ticksAfterwards);
+    EXPECT_EQ(host.laps().first()->size(), kTicksAfterwards);
 }
 
 // A slot's argument stays valid until it returns, even if it deletes the plugin.
@@ -574,8 +574,8 @@ TEST_P(Reentrancy, LeavesThePluginUsable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AnySlot, Reentrancy,
-                         ::testing::Combine(::testing::ValuesIn(moments),
-                                            ::testing::ValuesIn(actions)),
+                         ::testing::Combine(::testing::ValuesIn(kMoments),
+                                            ::testing::ValuesIn(kActions)),
                          rowName);
 
 // The same with the timer's own signal below the slot on the stack. Further ticks may follow.
@@ -584,6 +584,6 @@ TEST_P(ReentrancyByTimer, LeavesThePluginUsable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AnySlot, ReentrancyByTimer,
-                         ::testing::Combine(::testing::ValuesIn(momentsOfTheTimer),
-                                            ::testing::ValuesIn(actions)),
+                         ::testing::Combine(::testing::ValuesIn(kMomentsOfTheTimer),
+                                            ::testing::ValuesIn(kActions)),
                          rowName);

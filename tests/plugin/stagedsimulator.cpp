@@ -7,17 +7,17 @@ using testsupport::TestBlock;
 
 namespace {
 
-constexpr int carCount = 64;
-constexpr int bufferCount = 3;
-constexpr std::size_t roomForSession = 8192;
-constexpr double tickSeconds = 1.0 / 60;
+constexpr int kCarCount = 64;
+constexpr int kBufferCount = 3;
+constexpr std::size_t kRoomForSession = 8192;
+constexpr double kTickSeconds = 1.0 / 60;
 
 // The time between two snapshots of the running simulator, in microseconds.
-const std::string runningPace = "2000";
-const std::string hastyPace = "100";
+const std::string kRunningPace = "2000";
+const std::string kHastyPace = "100";
 
 std::string runCommand(const std::string& pace) {
-    return "every " + pace + ' ' + std::to_string(bufferCount);
+    return "every " + pace + ' ' + std::to_string(kBufferCount);
 }
 
 std::size_t tickCountOffset(int buffer) {
@@ -50,17 +50,17 @@ StagedSimulator::StagedSimulator() {
 }
 
 void StagedSimulator::layOut(int bufferLength) {
-    constexpr int lastVariableSize = 4;
+    constexpr int kLastVariableSize = 4;
     block = TestBlock();
     addVariables();
-    block.addVariableAt(bufferLength - lastVariableSize, "Speed", irsdk_float, 1, "m/s");
+    block.addVariableAt(bufferLength - kLastVariableSize, "Speed", irsdk_float, 1, "m/s");
     block.setBufferLength(bufferLength);
     stageStart();
 }
 
 void StagedSimulator::addVariables() {
-    block.setBufferCount(bufferCount);
-    block.setSessionCapacity(roomForSession);
+    block.setBufferCount(kBufferCount);
+    block.setSessionCapacity(kRoomForSession);
     block.addVariable("SessionTime", irsdk_double, 1, "s");
     block.addVariable("SessionTick", irsdk_int);
     block.addVariable("SessionNum", irsdk_int);
@@ -74,23 +74,23 @@ void StagedSimulator::addVariables() {
     block.addVariable("OnPitRoad", irsdk_bool);
     block.addVariable("PlayerCarInPitStall", irsdk_bool);
     block.addVariable("ReplayPlaySpeed", irsdk_int);
-    block.addVariable("CarIdxLapCompleted", irsdk_int, carCount);
-    block.addVariable("CarIdxLapDistPct", irsdk_float, carCount, "%");
-    block.addVariable("CarIdxLastLapTime", irsdk_float, carCount, "s");
-    block.addVariable("CarIdxOnPitRoad", irsdk_bool, carCount);
+    block.addVariable("CarIdxLapCompleted", irsdk_int, kCarCount);
+    block.addVariable("CarIdxLapDistPct", irsdk_float, kCarCount, "%");
+    block.addVariable("CarIdxLastLapTime", irsdk_float, kCarCount, "s");
+    block.addVariable("CarIdxOnPitRoad", irsdk_bool, kCarCount);
 }
 
 void StagedSimulator::stageStart() {
-    constexpr double middleOfTheLap = 0.5;
-    constexpr double outOfTheWorld = -1.0;
-    constexpr int racing = 4;
+    constexpr double kMiddleOfTheLap = 0.5;
+    constexpr double kOutOfTheWorld = -1.0;
+    constexpr int kRacing = 4;
     block.setSessionText(StagedSession().text());
-    block.set("SessionState", racing);
+    block.set("SessionState", kRacing);
     block.set("IsOnTrack", 1);
-    block.set("LapDistPct", middleOfTheLap);
-    block.setAll("CarIdxLapDistPct", outOfTheWorld);
-    for (const int car : {ownCar, fastCar, slowCar}) {
-        block.set("CarIdxLapDistPct", middleOfTheLap, car);
+    block.set("LapDistPct", kMiddleOfTheLap);
+    block.setAll("CarIdxLapDistPct", kOutOfTheWorld);
+    for (const int car : {kOwnCar, kFastCar, kSlowCar}) {
+        block.set("CarIdxLapDistPct", kMiddleOfTheLap, car);
     }
 }
 
@@ -99,13 +99,13 @@ void StagedSimulator::publish() {
 }
 
 bool StagedSimulator::run() {
-    const bool started = publisher.tryCommand(runCommand(runningPace));
+    const bool started = publisher.tryCommand(runCommand(kRunningPace));
     restoreBufferLength();
     return started;
 }
 
 void StagedSimulator::runWithoutData() {
-    publisher.command(runCommand(hastyPace));
+    publisher.command(runCommand(kHastyPace));
     publisher.poke(offsetof(irsdk_header, bufferLength), 0);
 }
 
@@ -120,7 +120,7 @@ void StagedSimulator::restoreBufferLength() {
 
 int StagedSimulator::newestTick() {
     int newest = 0;
-    for (int buffer = 0; buffer < bufferCount; ++buffer) {
+    for (int buffer = 0; buffer < kBufferCount; ++buffer) {
         const std::string count =
             publisher.command("peek " + std::to_string(tickCountOffset(buffer)));
         newest = std::max(newest, std::stoi(count));
@@ -131,19 +131,19 @@ int StagedSimulator::newestTick() {
 void StagedSimulator::nextTick() {
     ++m_sessionTick;
     block.set("SessionTick", m_sessionTick);
-    block.set("SessionTime", m_sessionTick * tickSeconds);
+    block.set("SessionTime", m_sessionTick * kTickSeconds);
     const int tick = newestTick() + 1;
-    publisher.complete(tick % bufferCount, tick, block);
+    publisher.complete(tick % kBufferCount, tick, block);
 }
 
 void StagedSimulator::crossLine(int car) {
-    constexpr double lapTime = 90.5;
+    constexpr double kLapTime = 90.5;
     const int laps = ++m_lapsOf[car];
     block.set("CarIdxLapCompleted", laps, car);
-    block.set("CarIdxLastLapTime", lapTime + car, car);
-    if (car == ownCar) {
+    block.set("CarIdxLastLapTime", kLapTime + car, car);
+    if (car == kOwnCar) {
         block.set("Lap", laps);
-        block.set("LapLastLapTime", lapTime + car);
+        block.set("LapLastLapTime", kLapTime + car);
     }
 }
 

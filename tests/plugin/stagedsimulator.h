@@ -33,9 +33,9 @@ struct StagedSession {
  */
 class StagedSimulator {
 public:
-    static constexpr int ownCar = 2;
-    static constexpr int fastCar = 5;
-    static constexpr int slowCar = 9;
+    static constexpr int kOwnCar = 2;
+    static constexpr int kFastCar = 5;
+    static constexpr int kSlowCar = 9;
 
     /** The published data: change it before publish(), its values also before nextTick(). */
     testsupport::TestBlock block;

@@ -47,7 +47,7 @@ TEST_F(Subclass, NamesThePluginAndTheSourceInEveryLap) {
     connectAndTick();
     tick();
     tick();
-    simulator.crossLine(fastCar);
+    simulator.crossLine(kFastCar);
     tick();
     ASSERT_EQ(host.laps().size(), 1);
     EXPECT_EQ(host.laps().first()->pluginName(), u"Other Plugin"_s);
@@ -55,10 +55,10 @@ TEST_F(Subclass, NamesThePluginAndTheSourceInEveryLap) {
 }
 
 TEST_F(Subclass, DisconnectsInItsOwnWayWhenTheSimulatorIsDown) {
-    constexpr int oneMissTooMany = 101;
+    constexpr int kOneMissTooMany = 101;
     initialize();
     connectWithoutUnreadData();
-    ticksWithoutData(oneMissTooMany);
+    ticksWithoutData(kOneMissTooMany);
     EXPECT_FALSE(plugin->isConnected());
     EXPECT_EQ(renamed->disconnections, 1);
 }

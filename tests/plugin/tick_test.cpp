@@ -16,9 +16,9 @@ namespace {
 using Tick = ConnectedPluginTest;
 using Silence = ConnectedPluginTest;
 
-constexpr int toleratedMisses = 100;
+constexpr int kToleratedMisses = 100;
 
-const QString simIsDown = u"Message [iRacing plugin] Sim is down (0)"_s;
+const QString kSimIsDown = u"Message [iRacing plugin] Sim is down (0)"_s;
 
 }  // namespace
 
@@ -32,43 +32,43 @@ TEST_F(Tick, SendsOneListOfSixtyFourSamplesInCarOrder) {
     ASSERT_EQ(samples.size(), 64);
     for (int i = 0; i < samples.size(); ++i) {
         EXPECT_EQ(samples[i].carId(), QString::number(i));
-        EXPECT_EQ(samples[i].detailedTelemetry(), i == ownCar) << i;
+        EXPECT_EQ(samples[i].detailedTelemetry(), i == kOwnCar) << i;
     }
 }
 
 TEST_F(Tick, SendsTheValuesOfItsSnapshot) {
-    constexpr double speed = 61.5;
-    constexpr double distance = 0.625;
-    simulator.block.set("Speed", speed);
-    simulator.block.set("CarIdxLapDistPct", distance, slowCar);
+    constexpr double kSpeed = 61.5;
+    constexpr double kDistance = 0.625;
+    simulator.block.set("Speed", kSpeed);
+    simulator.block.set("CarIdxLapDistPct", kDistance, kSlowCar);
     tick();
-    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
-    EXPECT_EQ(host.lastSamples()[ownCar].value(u"speed"_s).unit(), u"m/s"_s);
-    EXPECT_EQ(value(slowCar, u"lapdistpct"_s).toDouble(), distance);
-    EXPECT_FALSE(host.lastSamples()[slowCar].containsValue(u"speed"_s));
-    EXPECT_EQ(value(slowCar, u"sessiontick"_s), value(ownCar, u"sessiontick"_s));
+    EXPECT_EQ(value(kOwnCar, u"speed"_s).toDouble(), kSpeed);
+    EXPECT_EQ(host.lastSamples()[kOwnCar].value(u"speed"_s).unit(), u"m/s"_s);
+    EXPECT_EQ(value(kSlowCar, u"lapdistpct"_s).toDouble(), kDistance);
+    EXPECT_FALSE(host.lastSamples()[kSlowCar].containsValue(u"speed"_s));
+    EXPECT_EQ(value(kSlowCar, u"sessiontick"_s), value(kOwnCar, u"sessiontick"_s));
 }
 
 TEST_F(Tick, TakesNoValueFromPastTheEndOfAShorterSnapshot) {
-    constexpr int fullLength = 4096;
-    constexpr double before = 61.5;
+    constexpr int kFullLength = 4096;
+    constexpr double kBefore = 61.5;
     plugin->disconnectFromSource();
-    simulator.layOut(fullLength);
+    simulator.layOut(kFullLength);
     simulator.publish();
-    simulator.block.set("Speed", before);
+    simulator.block.set("Speed", kBefore);
     connectAndTick();
     tick();
-    ASSERT_EQ(value(ownCar, u"speed"_s).toDouble(), before);
+    ASSERT_EQ(value(kOwnCar, u"speed"_s).toDouble(), kBefore);
 
     // The snapshots become half as long, and the table puts the speed past their end, into zeros.
-    constexpr int pastTheEnd = fullLength - 64;
+    constexpr int kPastTheEnd = kFullLength - 64;
     const auto speedEntry =
         static_cast<std::size_t>(simulator.block.header().varHeaderOffset) +
         static_cast<std::size_t>(simulator.block.indexOf("Speed")) * sizeof(irsdk_varHeader);
-    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), fullLength / 2);
-    simulator.publisher.poke(speedEntry + offsetof(irsdk_varHeader, offset), pastTheEnd);
+    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), kFullLength / 2);
+    simulator.publisher.poke(speedEntry + offsetof(irsdk_varHeader, offset), kPastTheEnd);
     tick();
-    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), before) << "it has no new value";
+    EXPECT_EQ(value(kOwnCar, u"speed"_s).toDouble(), kBefore) << "it has no new value";
 }
 
 TEST_F(Tick, IsASlotThatTheMetaObjectCanCall) {
@@ -84,32 +84,32 @@ TEST_F(Tick, TakesASnapshotOnce) {
 }
 
 TEST_F(Tick, TakesTheNewestOfSeveralSnapshots) {
-    constexpr double first = 10.5;
-    constexpr double second = 20.5;
-    simulator.block.set("Speed", first);
+    constexpr double kFirst = 10.5;
+    constexpr double kSecond = 20.5;
+    simulator.block.set("Speed", kFirst);
     simulator.nextTick();
-    simulator.block.set("Speed", second);
+    simulator.block.set("Speed", kSecond);
     simulator.nextTick();
     plugin->tick();
     plugin->tick();
     EXPECT_EQ(host.samples.size(), 1);
-    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), second);
+    EXPECT_EQ(value(kOwnCar, u"speed"_s).toDouble(), kSecond);
 }
 
 TEST_F(Tick, DoesNotChangeTheListsThatTheHostKeeps) {
     constexpr int keptLists = 10;
-    constexpr double firstSpeed = 40.0;
+    constexpr double kFirstSpeed = 40.0;
     for (int i = 0; i < keptLists; ++i) {
-        simulator.block.set("Speed", firstSpeed + i);
+        simulator.block.set("Speed", kFirstSpeed + i);
         tick();
     }
     ASSERT_EQ(host.samples.size(), keptLists);
     for (int i = 0; i < keptLists; ++i) {
         const auto kept = host.samples[i][0].value<QList<Sample>>();
         ASSERT_EQ(kept.size(), 64);
-        EXPECT_EQ(kept[ownCar].value(u"speed"_s).value.toDouble(), firstSpeed + i);
-        EXPECT_EQ(kept[fastCar].value(u"sessiontick"_s).value,
-                  kept[ownCar].value(u"sessiontick"_s).value);
+        EXPECT_EQ(kept[kOwnCar].value(u"speed"_s).value.toDouble(), kFirstSpeed + i);
+        EXPECT_EQ(kept[kFastCar].value(u"sessiontick"_s).value,
+                  kept[kOwnCar].value(u"sessiontick"_s).value);
     }
 }
 
@@ -136,7 +136,7 @@ TEST_F(Tick, SendsNoCarListWhenTheSessionWasRewrittenWithTheSameDrivers) {
 
 TEST_F(Tick, ReadsTheSessionOnlyWhenItsCounterDiffers) {
     StagedSession renamed;
-    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    renamed.drivers = {{kFastCar, "Renamed Driver"}};
     tick();
     host.forget();
     simulator.overwriteSession(renamed);
@@ -145,12 +145,12 @@ TEST_F(Tick, ReadsTheSessionOnlyWhenItsCounterDiffers) {
     simulator.setSessionUpdate(-7);
     tick();
     EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
-    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+    EXPECT_EQ(driverName(kFastCar), u"Renamed Driver"_s);
 }
 
 TEST_F(Tick, ReadsASessionTextOutsideTheBlockAsAnEmptyOne) {
     StagedSession renamed;
-    renamed.drivers = {{fastCar, "Renamed Driver"}};
+    renamed.drivers = {{kFastCar, "Renamed Driver"}};
     tick();
     host.forget();
     simulator.rewriteSession(renamed);
@@ -163,7 +163,7 @@ TEST_F(Tick, ReadsASessionTextOutsideTheBlockAsAnEmptyOne) {
     simulator.setSessionUpdate(-7);
     tick();
     EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
-    EXPECT_EQ(driverName(fastCar), u"Renamed Driver"_s);
+    EXPECT_EQ(driverName(kFastCar), u"Renamed Driver"_s);
 }
 
 TEST_F(Tick, SendsTheCarListAgainInTheTickAfterAStatusChanged) {
@@ -171,19 +171,19 @@ TEST_F(Tick, SendsTheCarListAgainInTheTickAfterAStatusChanged) {
     tick();
     EXPECT_EQ(host.heard(), (QStringList{u"CarListChanged 64"_s, u"Samples 64"_s}));
     const auto cars = host.lastCarList().cars;
-    for (const int car : {ownCar, fastCar, slowCar}) {
+    for (const int car : {kOwnCar, kFastCar, kSlowCar}) {
         EXPECT_EQ(cars[car].status(), CarStatus::OutLap) << car;
     }
     EXPECT_EQ(cars[0].status(), CarStatus::Undefined);
     tick();
     EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
 
-    simulator.block.set("CarIdxLapDistPct", -1.0, slowCar);
+    simulator.block.set("CarIdxLapDistPct", -1.0, kSlowCar);
     tick();
     EXPECT_EQ(host.count(u"CarListChanged 64"_s), 1);
     tick();
     EXPECT_EQ(host.count(u"CarListChanged 64"_s), 2);
-    EXPECT_EQ(host.lastCarList().cars[slowCar].status(), CarStatus::NotInWorld);
+    EXPECT_EQ(host.lastCarList().cars[kSlowCar].status(), CarStatus::NotInWorld);
 }
 
 TEST_F(Tick, IsNotNeededForACarListThatTheHostAsksFor) {
@@ -201,7 +201,7 @@ TEST_F(Tick, HandsLapsOverInCarOrderBeforeTheSamples) {
     tick();
     tick();
     host.forget();
-    for (const int car : {slowCar, ownCar, fastCar}) {
+    for (const int car : {kSlowCar, kOwnCar, kFastCar}) {
         simulator.crossLine(car);
     }
     tick();
@@ -213,8 +213,8 @@ TEST_F(Tick, NamesPluginAndSourceInEveryLap) {
     for (int i = 0; i < 3; ++i) {
         tick();
         tick();
-        simulator.crossLine(ownCar);
-        simulator.crossLine(fastCar);
+        simulator.crossLine(kOwnCar);
+        simulator.crossLine(kFastCar);
         tick();
     }
     ASSERT_EQ(host.laps().size(), 6);
@@ -227,7 +227,7 @@ TEST_F(Tick, NamesPluginAndSourceInEveryLap) {
 
 TEST_F(Tick, HandsALapOverOnce) {
     tick();
-    simulator.crossLine(fastCar);
+    simulator.crossLine(kFastCar);
     tick();
     tick();
     tick();
@@ -237,12 +237,12 @@ TEST_F(Tick, HandsALapOverOnce) {
 TEST_F(Tick, HandsOverLapsWithTheirFacts) {
     tick();
     tick();
-    simulator.crossLine(fastCar);
+    simulator.crossLine(kFastCar);
     tick();
     tick();
     tick();
     tick();
-    simulator.crossLine(fastCar);
+    simulator.crossLine(kFastCar);
     tick();
     const auto laps = host.laps();
     ASSERT_EQ(laps.size(), 2);
@@ -261,7 +261,7 @@ TEST_F(Tick, HandsOverLapsWithTheirFacts) {
 TEST_F(Tick, HandsOverALapThatWasCutShort) {
     tick();
     tick();
-    simulator.block.set("CarIdxOnPitRoad", 1, fastCar);
+    simulator.block.set("CarIdxOnPitRoad", 1, kFastCar);
     tick();
     ASSERT_EQ(host.laps().size(), 1);
     EXPECT_FALSE(host.laps().first()->completed());
@@ -270,14 +270,14 @@ TEST_F(Tick, HandsOverALapThatWasCutShort) {
 }
 
 TEST_F(Tick, SendsSamplesAndLapsOfTheLastCarToo) {
-    constexpr int lastCar = 63;
+    constexpr int kLastCar = 63;
     StagedSession session;
-    session.drivers.push_back({lastCar, "Last Driver"});
+    session.drivers.push_back({kLastCar, "Last Driver"});
     simulator.rewriteSession(session);
-    simulator.block.set("CarIdxLapDistPct", 0.5, lastCar);
+    simulator.block.set("CarIdxLapDistPct", 0.5, kLastCar);
     tick();
     tick();
-    simulator.crossLine(lastCar);
+    simulator.crossLine(kLastCar);
     tick();
     EXPECT_EQ(host.count(u"TelemetryLap 63"_s), 1);
 }
@@ -285,34 +285,34 @@ TEST_F(Tick, SendsSamplesAndLapsOfTheLastCarToo) {
 // --- Ticks without data ------------------------------------------------------------------------
 
 TEST_F(Silence, IsEndedByTheHundredAndFirstMiss) {
-    for (int i = 0; i < toleratedMisses; ++i) {
+    for (int i = 0; i < kToleratedMisses; ++i) {
         plugin->tick();
     }
     EXPECT_EQ(host.heard(), QStringList());
     EXPECT_TRUE(plugin->isConnected());
     plugin->tick();
-    EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
+    EXPECT_EQ(host.heard(), QStringList{kSimIsDown} + disconnecting);
     EXPECT_FALSE(plugin->isConnected());
     EXPECT_FALSE(timer()->isActive());
     EXPECT_EQ(OpenObjects::now().simulatorMaps, 0);
 }
 
 TEST_F(Silence, IsCountedFromZeroAfterOneTickWithData) {
-    ticksWithoutData(toleratedMisses);
+    ticksWithoutData(kToleratedMisses);
     tick();
     host.forget();
-    ticksWithoutData(toleratedMisses);
+    ticksWithoutData(kToleratedMisses);
     EXPECT_EQ(host.heard(), QStringList());
     EXPECT_TRUE(plugin->isConnected());
 }
 
 TEST_F(Silence, IsStillCountedInTheFirstTickOfTheNextConnection) {
-    ticksWithoutData(toleratedMisses + 1);
+    ticksWithoutData(kToleratedMisses + 1);
     for (int i = 0; i < 2; ++i) {
         connectWithoutUnreadData();
         host.forget();
         plugin->tick();
-        EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
+        EXPECT_EQ(host.heard(), QStringList{kSimIsDown} + disconnecting);
     }
     connectAndTick();
     ticksWithoutData(2);
@@ -322,7 +322,7 @@ TEST_F(Silence, IsStillCountedInTheFirstTickOfTheNextConnection) {
 TEST_F(Silence, OfACrashedSimulatorEndsTheConnectionByTheTimer) {
     simulator.crash();
     EXPECT_TRUE(QTest::qWaitFor([this] { return !plugin->isConnected(); }, 20000));
-    EXPECT_EQ(host.events(), QStringList{simIsDown} + disconnecting);
+    EXPECT_EQ(host.events(), QStringList{kSimIsDown} + disconnecting);
 
     host.forget();
     StagedSimulator successor;
@@ -351,31 +351,31 @@ TEST_F(Silence, BeginsWhenTheStatusBitIsCleared) {
 }
 
 TEST_F(Silence, OfTooLongSnapshotsEndsTheConnectionAndTheNextOneUsesTheirLength) {
-    constexpr int longLength = 4096;
-    constexpr double speed = 61.5;
+    constexpr int kLongLength = 4096;
+    constexpr double kSpeed = 61.5;
     plugin->disconnectFromSource();
-    simulator.layOut(longLength);
-    const int shortLength = longLength / 2;
+    simulator.layOut(kLongLength);
+    const int shortLength = kLongLength / 2;
     simulator.block.header().bufferLength = shortLength;
     simulator.publish();
     connectAndTick();
     ASSERT_EQ(host.heard(), QStringList());
 
-    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), longLength);
-    simulator.block.header().bufferLength = longLength;
+    simulator.publisher.poke(offsetof(irsdk_header, bufferLength), kLongLength);
+    simulator.block.header().bufferLength = kLongLength;
     simulator.run();
-    for (int i = 0; i < toleratedMisses; ++i) {
+    for (int i = 0; i < kToleratedMisses; ++i) {
         plugin->tick();
     }
     EXPECT_EQ(host.heard(), QStringList());
     plugin->tick();
     simulator.stop();
-    EXPECT_EQ(host.heard(), QStringList{simIsDown} + disconnecting);
+    EXPECT_EQ(host.heard(), QStringList{kSimIsDown} + disconnecting);
 
-    simulator.block.set("Speed", speed);
+    simulator.block.set("Speed", kSpeed);
     connectAndTick();
     tick();
-    EXPECT_EQ(value(ownCar, u"speed"_s).toDouble(), speed);
+    EXPECT_EQ(value(kOwnCar, u"speed"_s).toDouble(), kSpeed);
 }
 
 TEST_F(Silence, IsNotCausedByATableOutsideTheBlock) {
@@ -395,8 +395,8 @@ TEST_F(BlockWithoutVariables, GivesTheSameSamplesFromTheFirstTickOnAsLater) {
     for (int i = 0; i < 2; ++i) {
         tick();
         ASSERT_EQ(host.samples.size(), i + 1);
-        EXPECT_EQ(value(fastCar, tickKey), QVariant(0ULL));
-        EXPECT_EQ(host.lastSamples()[fastCar].data().size(), 3);
-        EXPECT_TRUE(host.lastSamples()[ownCar].data().isEmpty());
+        EXPECT_EQ(value(kFastCar, tickKey), QVariant(0ULL));
+        EXPECT_EQ(host.lastSamples()[kFastCar].data().size(), 3);
+        EXPECT_TRUE(host.lastSamples()[kOwnCar].data().isEmpty());
     }
 }

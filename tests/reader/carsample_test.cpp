@@ -19,7 +19,7 @@ quint64 bitsOf(double number) {
     return std::bit_cast<quint64>(number);
 }
 
-/** Everything that a sample says of its values agrees with the values themselves. */
+/** The sample's layout, row and known values agree with its map. */
 void expectConsistent(const CarSample& sample) {
     const auto& values = sample.get().data();
     if (sample.layout() != nullptr) {
@@ -40,7 +40,7 @@ void expectConsistent(const CarSample& sample) {
     }
 }
 
-/** To the bit: QVariant's own comparison takes a NaN for unequal to itself. */
+/** Compares bits, because a NaN is not equal to itself. */
 void expectSameValues(const Sample& left, const Sample& right) {
     ASSERT_EQ(left.valueNameList(), right.valueNameList());
     for (auto l = left.data().cbegin(), r = right.data().cbegin(); l != left.data().cend();
@@ -59,7 +59,7 @@ void expectSameValues(const Sample& left, const Sample& right) {
 
 }  // namespace
 
-TEST(CarSample, HoldsWhatASampleFilledByNameHolds) {
+TEST(CarSample, HasTheSameValuesAsASampleFilledByName) {
     SnapshotSource first(variablesOfEveryType());
     SnapshotSource second({{"gear", irsdk_int, ""}, {"speed", irsdk_double, "km/h"}}, 2);
     reader::SamplingPlan plan;
@@ -81,7 +81,7 @@ TEST(CarSample, HoldsWhatASampleFilledByNameHolds) {
         }
         ASSERT_NO_FATAL_FAILURE(expectSameValues(sample, expected)) << "tick " << tick;
         ASSERT_NO_FATAL_FAILURE(expectConsistent(sample)) << "tick " << tick;
-        // A host that keeps none, some and every sample in turn.
+        // A host that keeps no samples, some and all of them in turn.
         kept.append(sample);
         while (kept.size() > (tick / 100 % 3) * 2) {
             kept.removeFirst();
@@ -89,10 +89,10 @@ TEST(CarSample, HoldsWhatASampleFilledByNameHolds) {
     }
 }
 
-TEST(CarSample, NeverWritesToASampleThatSomebodyKeeps) {
+TEST(CarSample, NeverWritesToASharedSample) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
-    std::vector<std::pair<Sample, Sample>> kept;  // as shared, and as a copy of its own
+    std::vector<std::pair<Sample, Sample>> kept;  // shared, and a deep copy
     for (int tick = 0; tick < 40; ++tick) {
         source.change();
         source.fill(sample);
@@ -105,7 +105,7 @@ TEST(CarSample, NeverWritesToASampleThatSomebodyKeeps) {
     }
 }
 
-TEST(CarSample, HasItsLayoutForAsLongAsNamesAndUnitsStayTheSame) {
+TEST(CarSample, KeepsItsLayoutWhileNamesAndUnitsStayTheSame) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     EXPECT_EQ(sample.layout(), nullptr);
@@ -129,7 +129,7 @@ TEST(CarSample, HasItsLayoutForAsLongAsNamesAndUnitsStayTheSame) {
     expectConsistent(sample);
 }
 
-TEST(CarSample, FindsItsValuesAnewAfterEveryWayToChangeThem) {
+TEST(CarSample, FindsItsValuesAgainAfterAnyChange) {
     const std::function<void(CarSample&)> ways[] = {
         [](CarSample& sample) { sample.set("speed", Value(1.5, "m/s")); },
         [](CarSample& sample) { sample.setValue("speed", Value(1.5, "m/s")); },
@@ -150,7 +150,7 @@ TEST(CarSample, FindsItsValuesAnewAfterEveryWayToChangeThem) {
             source.fill(sample);
             kept.append(sample);
         }
-        kept.clear();  // the generations are free to come back
+        kept.clear();  // now the generations can be reused
         Sample expected = sample;
         change(sample);
         expectConsistent(sample);
@@ -164,7 +164,7 @@ TEST(CarSample, FindsItsValuesAnewAfterEveryWayToChangeThem) {
     }
 }
 
-TEST(CarSample, HasNoRowOnceSomebodyMayChangeItAtAnyTime) {
+TEST(CarSample, HasNoRowOnceAReferenceToItWasHandedOut) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     source.fill(sample);
@@ -181,7 +181,7 @@ TEST(CarSample, HasNoRowOnceSomebodyMayChangeItAtAnyTime) {
     }
 }
 
-TEST(CarSample, IsCopiedWithItsValuesAndLeavesTheOriginalAsItIs) {
+TEST(CarSample, IsCopiedWithoutChangingTheOriginal) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     source.fill(sample);
@@ -198,7 +198,7 @@ TEST(CarSample, IsCopiedWithItsValuesAndLeavesTheOriginalAsItIs) {
     expectConsistent(moved);
 }
 
-TEST(CarSample, TellsTicksApartThatAreOneDouble) {
+TEST(CarSample, DistinguishesTicksThatAreEqualAsDoubles) {
     const std::vector<SnapshotSource::Variable> none;
     reader::SamplingPlan plan;
     irsdk_varHeader header{};

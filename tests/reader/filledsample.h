@@ -12,8 +12,8 @@
 namespace readertest {
 
 /**
- * A simulator of one car: a table of variables and a snapshot of random readings, from which a
- * sample is filled as a reader fills it.
+ * A simulator with one car: a table of variables and a snapshot of random readings, which fill a
+ * sample as a reader does.
  */
 class SnapshotSource {
 public:
@@ -37,7 +37,7 @@ public:
         }
     }
 
-    /** Some of the readings change; floats and doubles may be NaNs, infinities and zeros. */
+    /** Changes some readings; floats and doubles may be NaNs, infinities and zeros. */
     void change() {
         for (std::size_t i = 0; i < m_table.size(); ++i) {
             if (number(3) == 0) {
@@ -51,7 +51,7 @@ public:
 
     void fill(reader::CarSample& sample) { fill(sample, m_plan); }
 
-    /** By a plan that other sources use as well, as the simulator's table changes. */
+    /** With a plan that other sources use too, as when the simulator's table changes. */
     void fill(reader::CarSample& sample, reader::SamplingPlan& plan) const {
         const reader::SamplingPlan::Mode mode{
             .ownCar = 0, .carCount = 1, .dataLength = static_cast<qint64>(m_snapshot.size())};
@@ -61,7 +61,7 @@ public:
         sample.fill(plan, 0, m_snapshot.data(), 0);
     }
 
-    /** What a sample filled by name has. */
+    /** Fills a sample by names. */
     void setByName(TLM::SDK::Sample& sample) const {
         for (std::size_t i = 0; i < m_table.size(); ++i) {
             sample.setValue(m_names[static_cast<qsizetype>(i)], reading(i),
@@ -72,7 +72,7 @@ public:
     std::size_t number(std::size_t below) { return m_random() % below; }
 
 private:
-    // Bytes from which zeros of both signs, infinities and NaNs of both kinds are likely made.
+    // Bytes that often make zeros of both signs, infinities and NaNs of both kinds.
     static constexpr std::array<unsigned char, 8> kBytes{0x00, 0x80, 0x7F, 0xFF,
                                                          0xF0, 0xA0, 0xC0, 0x01};
 

@@ -9,7 +9,7 @@ using reader::LapCourse;
 
 namespace {
 
-/** A course of these places, a second and a half apart, on a track of `kilometres`. */
+/** A course at these distances, 1.5 s apart, on a track of `kilometres`. */
 LapCourse courseOf(const QList<double>& fractions, double kilometres = 1.0) {
     LapCourse course(kilometres);
     for (qsizetype i = 0; i < fractions.size(); ++i) {
@@ -19,26 +19,20 @@ LapCourse courseOf(const QList<double>& fractions, double kilometres = 1.0) {
     return course;
 }
 
-/** Another car's lap, driven tick by tick; `atHalf` is called on the way. */
+/** Another car's lap, driven tick by tick; calls `atHalf` on the way. */
 template <typename AtHalf>
 LapPointer drivenLap(Drive& drive, AtHalf atHalf) {
     drive.publishSession();
-    drive.putOther(kLaterCar, 0.5);
-    drive.tick();
-    drive.driveOtherToLine(kLaterCar);
-    drive.setFinishedLaps(kLaterCar, 1, 90.0);
-    drive.tick();
+    drive.putOther(kLaterCar, 0.5).tick().driveOtherToLine(kLaterCar);
+    drive.setFinishedLaps(kLaterCar, 1, 90.0).tick();
     for (int i = 1; i < 60; ++i) {
-        drive.putOther(kLaterCar, 0.01 + 0.016 * i);
-        drive.tick();
+        drive.putOther(kLaterCar, 0.01 + 0.016 * i).tick();
         if (i == 30) {
             atHalf();
         }
     }
-    drive.putOther(kLaterCar, 0.005);
-    drive.tick();
-    drive.setFinishedLaps(kLaterCar, 2, 90.0);
-    drive.tick();
+    drive.putOther(kLaterCar, 0.005).tick();
+    drive.setFinishedLaps(kLaterCar, 2, 90.0).tick();
     return drive.lastDrivenLap(kLaterCar);
 }
 
@@ -52,13 +46,12 @@ QList<double> distancesOf(const LapPointer& lap, double kilometres) {
 
 class RecordedCourse : public ReaderTest {
 protected:
-    /** Both cars are on a lap, which neither a results' place nor a lap number ends. */
+    /** Both cars are on a lap that neither results nor a lap number ends. */
     void beginLaps() {
         drive.setFinishedLaps(kOwnCar, -1, 0.0);
         drive.setFinishedLaps(kLaterCar, -1, 0.0);
         drive.publishSession();
-        drive.putOtherOnPitRoad(kLaterCar, 0.02);
-        drive.leavePits();
+        drive.putOtherOnPitRoad(kLaterCar, 0.02).leavePits();
     }
 
     void makeOwn(int slot) {
@@ -66,14 +59,13 @@ protected:
         drive.publishSession();
     }
 
-    /** Both cars side by side, the own one of the moment with its own variables. */
+    /** Both cars side by side; the current own car has its own variables. */
     void driveBoth(double from, double to) {
         constexpr int kTicks = 24;
         for (int i = 0; i < kTicks; ++i) {
             const double distance = from + (to - from) * i / kTicks;
             drive.putOther(kLaterCar, distance);
-            drive.putOwnOnTrack(distance, 90.0 * distance);
-            drive.tick();
+            drive.putOwnOnTrack(distance, 90.0 * distance).tick();
         }
     }
 
@@ -110,7 +102,7 @@ TEST(LapCourse, OfNoSampleIsEmpty) {
     EXPECT_TRUE(course.time().isEmpty());
 }
 
-TEST(LapCourse, IsTheSameHoweverLongItIsExpectedToBe) {
+TEST(LapCourse, DoesNotDependOnItsExpectedLength) {
     for (int samples = 1; samples < 70; ++samples) {
         QList<double> fractions;
         for (int i = 0; i < samples; ++i) {
@@ -132,7 +124,7 @@ TEST(LapCourse, IsTheSameHoweverLongItIsExpectedToBe) {
     }
 }
 
-TEST(LapCourse, IsOfItsSamplesAndItsTrackAlone) {
+TEST(LapCourse, BelongsOnlyToItsSamplesAndItsTrack) {
     LapCourse course(1.0);
     course.add(0.0, 0.0);
     course.add(1.0, 0.1);
@@ -142,7 +134,7 @@ TEST(LapCourse, IsOfItsSamplesAndItsTrackAlone) {
     EXPECT_FALSE(course.isOf(2, 1.1));
 }
 
-TEST(LapCourse, TrustsNoTrackWhoseLengthIsNaN) {
+TEST(LapCourse, BelongsToNoTrackWhoseLengthIsNaN) {
     LapCourse course(std::numeric_limits<double>::quiet_NaN());
     course.add(0.0, 0.0);
     EXPECT_FALSE(course.isOf(1, std::numeric_limits<double>::quiet_NaN()));
@@ -155,7 +147,7 @@ TEST_F(RecordedCourse, BecomesTheChannelsOfTheLap) {
     EXPECT_EQ(samplesOf(lap, "speed").size(), samplesOf(lap, "lapdist").size());
 }
 
-TEST_F(RecordedCourse, FollowsWhoChangesAChannelOnTheWay) {
+TEST_F(RecordedCourse, FollowsAChangeOfAChannelOnTheWay) {
     const LapPointer lap = drivenLap(drive, [this] {
         drive.reader.lap(kLaterCar)->channel("lapdistpct")->setSample(10, 0.123);
     });
@@ -163,7 +155,7 @@ TEST_F(RecordedCourse, FollowsWhoChangesAChannelOnTheWay) {
     EXPECT_EQ(samplesOf(lap, "lapdist"), distancesOf(lap, 1.0));
 }
 
-TEST_F(RecordedCourse, FollowsWhoAddsASampleOnTheWay) {
+TEST_F(RecordedCourse, FollowsASampleThatIsAddedOnTheWay) {
     const LapPointer lap = drivenLap(drive, [this] {
         TLM::SDK::Sample sample;
         sample.setValue("lapdistpct", QVariant(0.5), QString());
@@ -186,7 +178,7 @@ TEST_F(RecordedCourse, FollowsATrackWhoseLengthChangesWithoutAText) {
     EXPECT_EQ(samplesOf(lap, "lapdist"), distancesOf(lap, 3.0));
 }
 
-TEST_F(RecordedCourse, FollowsAnOwnCarThatBecomesAnotherInMidLap) {
+TEST_F(RecordedCourse, FollowsAChangeOfTheOwnCarInMidLap) {
     beginLaps();
     driveBoth(0.1, 0.4);
     makeOwn(kLaterCar);
@@ -197,10 +189,10 @@ TEST_F(RecordedCourse, FollowsAnOwnCarThatBecomesAnotherInMidLap) {
     EXPECT_EQ(samplesOf(former, "lapdist"), distancesOf(former, 1.0));
     const LapPointer own = drive.lastDrivenLap(kLaterCar);
     EXPECT_GT(own->size(), 40);
-    EXPECT_FALSE(own->containsRecordedChannel("lapdist")) << "its own variables say it better";
+    EXPECT_FALSE(own->containsRecordedChannel("lapdist")) << "its own variables are better";
 }
 
-TEST_F(RecordedCourse, FollowsACarThatWasTheOwnForAPartOfItsLap) {
+TEST_F(RecordedCourse, FollowsACarThatWasTheOwnCarForAPartOfItsLap) {
     beginLaps();
     driveBoth(0.1, 0.4);
     makeOwn(kLaterCar);

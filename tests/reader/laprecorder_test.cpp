@@ -17,7 +17,7 @@ using reader::LapRecorder;
 using TLM::SDK::Lap;
 using TLM::SDK::Value;
 
-/** A recorder, and a lap to which the same samples are added by their names. */
+/** A recorder, and a lap to which the same samples are added by name. */
 struct RecordedTwice {
     LapRecorder recorder;
     Lap plain;
@@ -44,7 +44,7 @@ struct RecordedTwice {
     }
 };
 
-/** The variables of another car, so many of them. */
+/** Many variables; `names` keeps their names. */
 std::vector<SnapshotSource::Variable> manyVariables(std::vector<std::string>& names, int count) {
     std::vector<SnapshotSource::Variable> variables;
     names.resize(static_cast<std::size_t>(count));
@@ -57,10 +57,10 @@ std::vector<SnapshotSource::Variable> manyVariables(std::vector<std::string>& na
 
 }  // namespace
 
-TEST(LapRecorder, RecordsWhatALapRecordsByNames) {
+TEST(LapRecorder, RecordsTheSameAsALapDoesByNames) {
     for (unsigned int seed = 1; seed <= 60; ++seed) {
         SnapshotSource first(variablesOfEveryType(), seed);
-        // One name more at either end, and the rest of the first.
+        // Adds a name at either end.
         SnapshotSource second({{"zebra", irsdk_int, ""}, {"alpha", irsdk_double, "m"}}, seed);
         reader::SamplingPlan plan;
         CarSample sample;
@@ -87,7 +87,7 @@ TEST(LapRecorder, RecordsWhatALapRecordsByNames) {
     }
 }
 
-TEST(LapRecorder, GivesACompleteLapOutAndKeepsItComplete) {
+TEST(LapRecorder, HandsOutACompleteLapAndKeepsItComplete) {
     using Look = std::function<qsizetype(const LapRecorder&)>;
     const Look looks[] = {
         [](const LapRecorder& recorder) { return qsizetype{recorder->size()}; },
@@ -139,11 +139,11 @@ TEST(LapRecorder, IsUsedLikeAPointerToItsLap) {
     CarSample sample;
     source.fill(sample);
     recorder.add(sample);
-    EXPECT_EQ(other->size(), 1) << "somebody has it";
+    EXPECT_EQ(other->size(), 1) << "it is shared";
     EXPECT_TRUE(lap->isEmpty());
 }
 
-TEST(LapRecorder, RecordsTheSameLapAsItsCopies) {
+TEST(LapRecorder, RecordsIntoTheSameLapAsItsCopies) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     source.fill(sample);
@@ -174,7 +174,7 @@ TEST(LapRecorder, IsEmptyUntilASampleHasValues) {
     EXPECT_EQ(recorder->size(), 1);
 }
 
-TEST(LapRecorder, DiscardsALapThatSomebodyHolds) {
+TEST(LapRecorder, DiscardsALapThatIsShared) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     source.fill(sample);
@@ -187,7 +187,7 @@ TEST(LapRecorder, DiscardsALapThatSomebodyHolds) {
     EXPECT_EQ(held->size(), 1);
 }
 
-TEST(LapRecorder, MovesFewChannelsInOneTick) {
+TEST(LapRecorder, ReallocatesFewChannelsInOneTick) {
     std::vector<std::string> names;
     constexpr int kChannels = 40;
     constexpr int kCars = 64;
@@ -199,7 +199,7 @@ TEST(LapRecorder, MovesFewChannelsInOneTick) {
     for (int car = 0; car < kCars; ++car) {
         recorders.emplace_back(512 + 9 * car);
     }
-    // The channels come into being within the first ticks; from then on their lists are there.
+    // The channels are created in the first ticks.
     int tick = 0;
     std::vector<QSharedPointer<TLM::SDK::Channel>> channels;
     const auto drive = [&] {
@@ -212,7 +212,7 @@ TEST(LapRecorder, MovesFewChannelsInOneTick) {
         drive();
     }
     const auto entriesIn = [](const LapRecorder& recorder) {
-        // Without giving the lap out: a look at the header's lap is none at its channels.
+        // Through the header, which does not hand out the lap.
         const auto& lap = static_cast<const Lap&>(recorder.header());
         return lap.channels();
     };
@@ -235,11 +235,11 @@ TEST(LapRecorder, MovesFewChannelsInOneTick) {
         before = places;
         largest = std::max(largest, movedEntries);
     }
-    // All of them together would move ten million.
+    // Reallocating all in one tick would move ten million entries.
     EXPECT_LT(largest, 1'000'000);
 }
 
-TEST(LapRecorder, TakesTheExpectedRoomAndLittleForALapThatBreaksOff) {
+TEST(LapRecorder, ReservesTheExpectedLengthButLittleForALapThatBreaksOff) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     source.fill(sample);
@@ -261,18 +261,18 @@ TEST(LapRecorder, ExpectsAnEighthMoreOfTheNextLap) {
     CarSample sample;
     source.fill(sample);
     LapRecorder recorder(100);
-    EXPECT_EQ(recorder.expectedOfNext(), 100) << "a lap that never began tells nothing";
+    EXPECT_EQ(recorder.expectedOfNext(), 100) << "an empty lap does not count";
     for (int i = 0; i < 8; ++i) {
         recorder.add(sample);
     }
-    EXPECT_EQ(recorder.expectedOfNext(), 50) << "a lap that broke off tells little";
+    EXPECT_EQ(recorder.expectedOfNext(), 50) << "a lap that broke off counts little";
     for (int i = 8; i < 800; ++i) {
         recorder.add(sample);
     }
     EXPECT_EQ(recorder.expectedOfNext(), 900);
 }
 
-TEST(LapRecorder, TakesAbsurdHintsWithoutTakingTheMemory) {
+TEST(LapRecorder, AcceptsAbsurdHintsWithoutReservingTheMemory) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     source.fill(sample);
@@ -297,14 +297,14 @@ TEST(LapRecorder, KeepsTheFarthestDistanceInTheLap) {
     EXPECT_EQ(recorder.noteDistance(0.9375F), LapPart::BeforeLine);
     EXPECT_EQ(farthest().typeId(), QMetaType::Double);
     EXPECT_EQ(farthest().toDouble(), 0.9375);
-    EXPECT_EQ(recorder.noteDistance(0.4375F), LapPart::BeforeLine) << "just half a lap";
+    EXPECT_EQ(recorder.noteDistance(0.4375F), LapPart::BeforeLine) << "exactly half a lap";
     EXPECT_EQ(recorder.noteDistance(0.4F), LapPart::AfterLine);
     EXPECT_EQ(farthest().toDouble(), 0.9375);
     recorder->setValue("maxLapDistPct", 0.5, QString());
-    EXPECT_EQ(recorder.noteDistance(0.0F), LapPart::BeforeLine) << "whoever has the lap may set it";
+    EXPECT_EQ(recorder.noteDistance(0.0F), LapPart::BeforeLine) << "a holder of the lap may set it";
 }
 
-TEST(LapRecorder, HasTheCourseOfALapThatNobodySawOnTheWay) {
+TEST(LapRecorder, HasTheCourseOfALapThatWasNotHandedOutOnTheWay) {
     SnapshotSource source(variablesOfEveryType());
     CarSample sample;
     const auto recorded = [&](const std::function<void(LapRecorder&, int)>& disturb,
@@ -354,7 +354,7 @@ TEST(LapRecorder, HasTheCourseOfALapThatNobodySawOnTheWay) {
     }
 }
 
-TEST(LapRecorder, HasNoCourseWithoutClockOrPlace) {
+TEST(LapRecorder, HasNoCourseWithoutClockOrDistance) {
     SnapshotSource source({{"speed", irsdk_float, "m/s"}, {"sessiontime", irsdk_double, "s"}});
     CarSample sample;
     source.fill(sample);

@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -9,8 +11,7 @@ using namespace readertest;
 
 namespace {
 
-// A binary fraction of a kilometre's part and of a second: with these, positions on a track of 1 km
-// and times are exact, and so are the speeds, which come out as whole numbers of m/s.
+// Binary fractions, so that positions on a track of 1 km, times, and whole speeds in m/s are exact.
 constexpr double kDistanceStep = 1.0 / 1024.0;
 constexpr double kTimeStep = 1000.0 / 1024.0;
 
@@ -34,7 +35,7 @@ protected:
 
     void preprocess() { reader.preprocessLap(kLaterCar); }
 
-    /** Another car's lap of these positions, a sample a second. */
+    /** Another car's lap at these positions, one sample per second. */
     void drivePositions(const QList<double>& positions) {
         QList<double> times;
         for (qsizetype i = 0; i < positions.size(); ++i) {
@@ -44,7 +45,7 @@ protected:
         record(lap, "sessiontime", times, "s");
     }
 
-    /** Another car's lap at these speeds in m/s, the last of which the lap repeats. */
+    /** Another car's lap at these speeds in m/s; the lap will repeat the last one. */
     void driveSpeeds(const std::vector<int>& speeds) {
         QList<double> positions = {0.0};
         QList<double> times = {64.0};
@@ -56,21 +57,13 @@ protected:
         record(lap, "sessiontime", times, "s");
     }
 
-    /** The speeds that the lap of `driven` speeds gets. */
+    /** The speed channel of a lap driven at these speeds. */
     QList<double> speedsAfter(const std::vector<int>& driven) {
         driveSpeeds(driven);
         preprocess();
         return samplesOf(lap, "speed");
     }
 };
-
-QList<double> ofWholeNumbers(const std::vector<int>& numbers) {
-    QList<double> list;
-    for (const int number : numbers) {
-        list.append(number);
-    }
-    return list;
-}
 
 }  // namespace
 
@@ -83,19 +76,19 @@ TEST_F(Preprocessing, AddsTheOffsetToAChannelNamedLikeIt) {
     EXPECT_FALSE(lap->containsValue("yawOffset"));
 }
 
-TEST_F(Preprocessing, DropsTheOffsetAlsoWithoutItsChannel) {
+TEST_F(Preprocessing, DropsTheOffsetEvenWithoutItsChannel) {
     lap->setValue("yawOffset", 0.5, QString());
     preprocess();
     EXPECT_FALSE(lap->containsValue("yawOffset"));
 }
 
-TEST_F(Preprocessing, LeavesTheChannelAsItIsWithoutAnOffset) {
+TEST_F(Preprocessing, DoesNotChangeTheChannelWithoutAnOffset) {
     record(lap, "Yaw", {1.0, 2.0}, "rad");
     preprocess();
     EXPECT_EQ(samplesOf(lap, "Yaw"), QList<double>({1.0, 2.0}));
 }
 
-TEST_F(Preprocessing, DoesNotMatchTheNamesThatTheSimulatorsDataCarry) {
+TEST_F(Preprocessing, DoesNotMatchTheNamesInTheSimulatorsData) {
     lap->setValue("YawOffset", 0.5, QString());
     record(lap, "yaw", {1.0, 2.0}, "rad");
     preprocess();
@@ -103,7 +96,7 @@ TEST_F(Preprocessing, DoesNotMatchTheNamesThatTheSimulatorsDataCarry) {
     EXPECT_EQ(lap->value("YawOffset").value.toDouble(), 0.5);
 }
 
-TEST_F(Preprocessing, WeighsTheFuel) {
+TEST_F(Preprocessing, ComputesTheFuelWeight) {
     lap->setValue("Kg per fuel litre", 0.75, QString());
     record(lap, "fuellevel", {40.0, 20.0, 0.0}, "l");
     preprocess();
@@ -112,14 +105,14 @@ TEST_F(Preprocessing, WeighsTheFuel) {
     EXPECT_EQ(samplesOf(lap, "fuellevel"), QList<double>({40.0, 20.0, 0.0}));
 }
 
-TEST_F(Preprocessing, WeighsTheFuelByANegativeDensityToo) {
+TEST_F(Preprocessing, ComputesTheFuelWeightWithANegativeDensityToo) {
     lap->setValue("Kg per fuel litre", -0.75, QString());
     record(lap, "fuellevel", {40.0}, "l");
     preprocess();
     EXPECT_EQ(samplesOf(lap, "fuelweight"), QList<double>({-30.0}));
 }
 
-TEST_F(Preprocessing, WeighsNoFuelWithoutDensityOrLevel) {
+TEST_F(Preprocessing, ComputesNoFuelWeightWithoutDensityOrLevel) {
     record(lap, "fuellevel", {40.0}, "l");
     for (const double density : {0.0, 1e-12, -1e-12}) {
         lap->setValue("Kg per fuel litre", density, QString());
@@ -141,7 +134,7 @@ TEST_F(Preprocessing, WeighsNoFuelWithoutDensityOrLevel) {
     EXPECT_FALSE(lap->containsRecordedChannel("fuelweight"));
 }
 
-TEST_F(Preprocessing, CallsPercentPerUnit) {
+TEST_F(Preprocessing, RenamesPercentToPerUnit) {
     record(lap, "a", {1.0}, "%");
     record(lap, "b", {1.0}, "%/s");
     record(lap, "c", {1.0}, "m");
@@ -156,7 +149,7 @@ TEST_F(Preprocessing, CallsPercentPerUnit) {
     EXPECT_EQ(samplesOf(lap, "a"), QList<double>({1.0}));
 }
 
-TEST_F(Preprocessing, LeavesTheLiveOwnCarAtThat) {
+TEST_F(Preprocessing, DoesNothingElseForTheLiveOwnCar) {
     beLive();
     lap = reader.lap(kOwnCar);
     lap->setValue("Track length", 1.0, "km");
@@ -169,7 +162,7 @@ TEST_F(Preprocessing, LeavesTheLiveOwnCarAtThat) {
     EXPECT_EQ(unitOf(lap, "lapdistpct"), "pu");
 }
 
-TEST_F(Preprocessing, LeavesTheOwnCarAtThatWhileItIsUnknownWhetherItIsAReplay) {
+TEST_F(Preprocessing, DoesNothingElseForTheOwnCarUntilItIsKnownWhetherItIsAReplay) {
     drive.session.simMode.clear();
     beLive();
     lap = reader.lap(kOwnCar);
@@ -178,7 +171,7 @@ TEST_F(Preprocessing, LeavesTheOwnCarAtThatWhileItIsUnknownWhetherItIsAReplay) {
     EXPECT_EQ(lap->getAvailableRecordedChannels(), QStringList({"lapdistpct", "sessiontime"}));
 }
 
-TEST_F(Preprocessing, TimesTheReplayedOwnCar) {
+TEST_F(Preprocessing, ComputesTheTimeOfTheReplayedOwnCar) {
     beReplay();
     lap = reader.lap(kOwnCar);
     lap->setValue("Track length", 1.0, "km");
@@ -200,7 +193,7 @@ TEST_F(Preprocessing, NeedsDistanceAndTime) {
     EXPECT_EQ(lap->getAvailableRecordedChannels(), QStringList({"sessiontime"}));
 }
 
-TEST_F(Preprocessing, TakesTheTimeStepsAndRepeatsTheLast) {
+TEST_F(Preprocessing, ComputesTimeStepsAndRepeatsTheLast) {
     beLive();
     record(lap, "lapdistpct", {0.1, 0.2, 0.3, 0.4}, "%");
     record(lap, "sessiontime", {1.0, 1.5, 2.5, 2.75}, "s");
@@ -209,7 +202,7 @@ TEST_F(Preprocessing, TakesTheTimeStepsAndRepeatsTheLast) {
     EXPECT_EQ(unitOf(lap, "dt"), "");
 }
 
-TEST_F(Preprocessing, RunsTheLapTimeOfALapThatStartsAtTheLine) {
+TEST_F(Preprocessing, ComputesTheRunningLapTimeOfALapThatStartsAtTheLine) {
     beLive();
     const DebugLines silence;
     record(lap, "lapdistpct", {0.0, 0.2, 0.3, 0.4}, "%");
@@ -219,7 +212,7 @@ TEST_F(Preprocessing, RunsTheLapTimeOfALapThatStartsAtTheLine) {
     EXPECT_EQ(unitOf(lap, "lapcurrentlaptime"), "");
 }
 
-TEST_F(Preprocessing, TakesAHundredthOfTheLapForTheLine) {
+TEST_F(Preprocessing, TreatsTheFirstHundredthOfTheLapAsTheLine) {
     beLive();
     record(lap, "sessiontime", {1.0, 1.5}, "s");
     for (const auto& [first, atLine] : std::vector<std::pair<double, bool>>{
@@ -233,7 +226,7 @@ TEST_F(Preprocessing, TakesAHundredthOfTheLapForTheLine) {
     }
 }
 
-TEST_F(Preprocessing, MakesDistanceAndSpeedOfTheTracksLength) {
+TEST_F(Preprocessing, ComputesDistanceAndSpeedFromTheTracksLength) {
     beLive();
     lap->setValue("Track length", 2.5, "km");
     record(lap, "lapdistpct", {0.0, 0.25, 0.75, 1.0}, "%");
@@ -246,7 +239,7 @@ TEST_F(Preprocessing, MakesDistanceAndSpeedOfTheTracksLength) {
     EXPECT_EQ(unitOf(lap, "dt"), "");
 }
 
-TEST_F(Preprocessing, NamesTheSpeedByTheClocksUnit) {
+TEST_F(Preprocessing, UsesTheClocksUnitForTheSpeed) {
     beLive();
     drivePositions({0.1, 0.2});
     lap->channel("sessiontime")->setUnit("h");
@@ -254,7 +247,7 @@ TEST_F(Preprocessing, NamesTheSpeedByTheClocksUnit) {
     EXPECT_EQ(unitOf(lap, "speed"), "m/h");
 }
 
-TEST_F(Preprocessing, MakesNoDistanceWithoutATracksLength) {
+TEST_F(Preprocessing, ComputesNoDistanceWithoutATracksLength) {
     beLive();
     lap->removeValue("Track length");
     drivePositions({0.1, 0.2});
@@ -263,7 +256,7 @@ TEST_F(Preprocessing, MakesNoDistanceWithoutATracksLength) {
               QStringList({"dt", "lapdistpct", "sessiontime"}));
 }
 
-TEST_F(Preprocessing, TakesATracksLengthThatIsNoNumberForZero) {
+TEST_F(Preprocessing, TreatsATracksLengthThatIsNotANumberAsZero) {
     beLive();
     lap->setValue("Track length", QString("long"), QString());
     drivePositions({0.1, 0.2});
@@ -271,7 +264,7 @@ TEST_F(Preprocessing, TakesATracksLengthThatIsNoNumberForZero) {
     EXPECT_EQ(samplesOf(lap, "lapdist"), QList<double>({0.0, 0.0}));
 }
 
-TEST_F(Preprocessing, MakesNoDistanceUnlessItIsLive) {
+TEST_F(Preprocessing, ComputesNoDistanceUnlessItIsLive) {
     for (const QByteArray& mode : {QByteArray("replay"), QByteArray()}) {
         reader.initialize();
         reader.clear();
@@ -310,7 +303,7 @@ TEST_F(Preprocessing, GivesALapOfOneSampleASingleZero) {
     EXPECT_EQ(samplesOf(lap, "lapdist"), QList<double>({0.005 * 1.0 * 1000.0}));
 }
 
-TEST_F(Preprocessing, GivesALapOfTwoSamplesTheirOneStepTwice) {
+TEST_F(Preprocessing, GivesALapOfTwoSamplesItsStepTwice) {
     beLive();
     record(lap, "lapdistpct", {0.0, 0.5}, "%");
     record(lap, "sessiontime", {77.0, 87.0}, "s");
@@ -320,7 +313,7 @@ TEST_F(Preprocessing, GivesALapOfTwoSamplesTheirOneStepTwice) {
     EXPECT_EQ(samplesOf(lap, "lapcurrentlaptime"), QList<double>({0.0, 10.0}));
 }
 
-TEST_F(Preprocessing, TakesTheSmallerCountWhenTimeIsShorterThanDistance) {
+TEST_F(Preprocessing, UsesTheSmallerCountWhenTimeIsShorterThanDistance) {
     beLive();
     record(lap, "lapdistpct", {0.0, 0.25, 0.5, 0.75}, "%");
     record(lap, "sessiontime", {0.0, 10.0, 30.0}, "s");
@@ -331,7 +324,7 @@ TEST_F(Preprocessing, TakesTheSmallerCountWhenTimeIsShorterThanDistance) {
     EXPECT_EQ(samplesOf(lap, "speed"), QList<double>({25.0, 12.5, 12.5}));
 }
 
-TEST_F(Preprocessing, TakesTheDistancesCountWhenTimeIsLonger) {
+TEST_F(Preprocessing, UsesTheDistancesCountWhenTimeIsLonger) {
     beLive();
     record(lap, "lapdistpct", {0.0, 0.25}, "%");
     record(lap, "sessiontime", {0.0, 10.0, 30.0}, "s");
@@ -351,7 +344,7 @@ TEST_F(Preprocessing, SurvivesChannelsWithoutAnySample) {
     EXPECT_TRUE(samplesOf(lap, "dt").isEmpty());
 }
 
-TEST_F(Preprocessing, KeepsTheSpeedOfAStandingClockAsItIs) {
+TEST_F(Preprocessing, KeepsTheInfiniteSpeedOfAStoppedClock) {
     beLive();
     record(lap, "lapdistpct", {0.1, 0.2, 0.2, 0.3}, "%");
     record(lap, "sessiontime", {1.0, 1.0, 1.0, 2.0}, "s");
@@ -365,7 +358,7 @@ TEST_F(Preprocessing, KeepsTheSpeedOfAStandingClockAsItIs) {
 TEST_F(Preprocessing, RepairsAPeakBetweenEqualSpeeds) {
     beLive();
     const DebugLines debug;
-    EXPECT_EQ(speedsAfter({40, 40, 60, 40, 40}), ofWholeNumbers({40, 40, 40, 40, 40, 40}));
+    EXPECT_EQ(speedsAfter({40, 40, 60, 40, 40}), QList<double>({40, 40, 40, 40, 40, 40}));
     ASSERT_EQ(DebugLines::lines().size(), 2);
     EXPECT_TRUE(DebugLines::lines()[0].startsWith("peak detected"));
     const QStringList numbers =
@@ -379,79 +372,55 @@ TEST_F(Preprocessing, RepairsAPeakBetweenEqualSpeeds) {
     EXPECT_EQ(DebugLines::lines()[1].mid(10).toDouble(), 40.0);
 }
 
-TEST_F(Preprocessing, RepairsAPeakWithTheMeanOfItsNeighbours) {
-    beLive();
-    const DebugLines silence;
-    EXPECT_EQ(speedsAfter({40, 60, 42, 42}), ofWholeNumbers({40, 41, 42, 42, 42}));
+struct PeakRule {
+    const char* name;
+    std::vector<int> driven;  // speeds of which the lap repeats the last
+    QList<double> expected;
+    int repairs;
+};
+
+void PrintTo(const PeakRule& rule, std::ostream* out) {
+    *out << rule.name;
 }
 
-TEST_F(Preprocessing, RepairsADip) {
-    beLive();
-    const DebugLines silence;
-    EXPECT_EQ(speedsAfter({40, 40, 20, 40, 40}), ofWholeNumbers({40, 40, 40, 40, 40, 40}));
-}
+const PeakRule kPeakRules[] = {
+    {"RepairsAPeakWithTheMeanOfItsNeighbours", {40, 60, 42, 42}, {40, 41, 42, 42, 42}, 1},
+    {"RepairsADip", {40, 40, 20, 40, 40}, {40, 40, 40, 40, 40, 40}, 1},
+    {"RepairsAPeakInTheFirstAndTheLastPossiblePlace",
+     {40, 60, 40, 40, 60, 40},
+     {40, 40, 40, 40, 40, 40, 40},
+     2},
+    {"KeepsTheFirstAndTheLastSpeed", {90, 40, 40, 40, 90}, {90, 40, 40, 40, 90, 90}, 0},
+    {"KeepsAStepUp", {40, 40, 60, 60, 60}, {40, 40, 60, 60, 60, 60}, 0},
+    {"KeepsAStepDown", {60, 60, 40, 40, 40}, {60, 60, 40, 40, 40, 40}, 0},
+    {"KeepsAPeakOfFiveMetresASecond", {40, 45, 40, 40}, {40, 45, 40, 40, 40}, 0},
+    {"KeepsADipOfFiveMetresASecond", {40, 35, 40, 40}, {40, 35, 40, 40, 40}, 0},
+    {"RepairsAPeakOfSixMetresASecond", {40, 46, 40, 40}, {40, 40, 40, 40, 40}, 1},
+    {"RepairsADipOfSixMetresASecond", {40, 34, 40, 40}, {40, 40, 40, 40, 40}, 1},
+    // Up by 30, down by 20: their sum is exactly five times their difference.
+    {"KeepsAPeakWhoseSidesAreJustTooUnequal", {40, 70, 50, 50}, {40, 70, 50, 50, 50}, 0},
+    {"KeepsAPeakWhoseSidesAreMoreUnequal", {40, 70, 51, 51}, {40, 70, 51, 51, 51}, 0},
+    {"RepairsAPeakWhoseSidesAreJustEqualEnough", {40, 70, 49, 49}, {40, 44.5, 49, 49, 49}, 1},
+    {"RepairsAPeakWhoseSidesAreMoreEqual", {40, 70, 48, 48}, {40, 44, 48, 48, 48}, 1},
+    {"UsesARepairedSpeedAtTheNextPeak", {10, 30, 10, 30, 10, 10}, {10, 10, 10, 10, 10, 10, 10}, 2},
+    {"RepairsNothingInALapOfTwoSamples", {60}, {60, 60}, 0},
+    {"RepairsNothingInALapOfThreeSamples", {60, 10}, {60, 10, 10}, 0},
+};
 
-TEST_F(Preprocessing, RepairsThePeakOfTheFirstAndLastPlacePossible) {
-    beLive();
-    const DebugLines silence;
-    EXPECT_EQ(speedsAfter({40, 60, 40, 40, 60, 40}), ofWholeNumbers({40, 40, 40, 40, 40, 40, 40}));
-}
+class PreprocessingOfPeaks : public Preprocessing,
+                             public ::testing::WithParamInterface<PeakRule> {};
 
-TEST_F(Preprocessing, KeepsTheFirstAndTheLastSpeed) {
-    beLive();
-    const DebugLines debug;
-    EXPECT_EQ(speedsAfter({90, 40, 40, 40, 90}), ofWholeNumbers({90, 40, 40, 40, 90, 90}));
-    EXPECT_TRUE(DebugLines::lines().isEmpty());
-}
-
-TEST_F(Preprocessing, KeepsAStepChange) {
-    beLive();
-    const DebugLines debug;
-    EXPECT_EQ(speedsAfter({40, 40, 60, 60, 60}), ofWholeNumbers({40, 40, 60, 60, 60, 60}));
-    EXPECT_EQ(speedsAfter({60, 60, 40, 40, 40}), ofWholeNumbers({60, 60, 40, 40, 40, 40}));
-    EXPECT_TRUE(DebugLines::lines().isEmpty());
-}
-
-TEST_F(Preprocessing, KeepsAPeakOfFiveMetresASecond) {
-    beLive();
-    const DebugLines debug;
-    EXPECT_EQ(speedsAfter({40, 45, 40, 40}), ofWholeNumbers({40, 45, 40, 40, 40}));
-    EXPECT_EQ(speedsAfter({40, 35, 40, 40}), ofWholeNumbers({40, 35, 40, 40, 40}));
-    EXPECT_TRUE(DebugLines::lines().isEmpty());
-    EXPECT_EQ(speedsAfter({40, 46, 40, 40}), ofWholeNumbers({40, 40, 40, 40, 40}));
-    EXPECT_EQ(speedsAfter({40, 34, 40, 40}), ofWholeNumbers({40, 40, 40, 40, 40}));
-}
-
-TEST_F(Preprocessing, KeepsAPeakWhoseSidesAreTooUnequal) {
+TEST_P(PreprocessingOfPeaks, Rule) {
     beLive();
     const DebugLines debug;
-    // Up by 30, down by 20: the sum of both is exactly five times their difference.
-    EXPECT_EQ(speedsAfter({40, 70, 50, 50}), ofWholeNumbers({40, 70, 50, 50, 50}));
-    EXPECT_TRUE(DebugLines::lines().isEmpty());
-    EXPECT_EQ(speedsAfter({40, 70, 51, 51}), ofWholeNumbers({40, 70, 51, 51, 51}))
-        << "more unequal";
-    EXPECT_EQ(speedsAfter({40, 70, 49, 49}), QList<double>({40.0, 44.5, 49.0, 49.0, 49.0}))
-        << "just less unequal";
-    EXPECT_EQ(speedsAfter({40, 70, 48, 48}), ofWholeNumbers({40, 44, 48, 48, 48}))
-        << "less unequal";
+    EXPECT_EQ(speedsAfter(GetParam().driven), GetParam().expected);
+    EXPECT_EQ(DebugLines::lines().size(), 2 * GetParam().repairs) << "two lines per repair";
 }
 
-TEST_F(Preprocessing, SeesARepairAtTheNextPeak) {
-    beLive();
-    const DebugLines debug;
-    EXPECT_EQ(speedsAfter({10, 30, 10, 30, 10, 10}), ofWholeNumbers({10, 10, 10, 10, 10, 10, 10}));
-    EXPECT_EQ(DebugLines::lines().size(), 4);
-}
+INSTANTIATE_TEST_SUITE_P(Every, PreprocessingOfPeaks, ::testing::ValuesIn(kPeakRules),
+                         [](const auto& row) { return std::string(row.param.name); });
 
-TEST_F(Preprocessing, RepairsNothingInALapOfTwoSamples) {
-    beLive();
-    const DebugLines debug;
-    EXPECT_EQ(speedsAfter({60}), ofWholeNumbers({60, 60}));
-    EXPECT_EQ(speedsAfter({60, 10}), ofWholeNumbers({60, 10, 10}));
-    EXPECT_TRUE(DebugLines::lines().isEmpty());
-}
-
-TEST_F(Preprocessing, LeavesTheMarkerOfAMissingDistance) {
+TEST_F(Preprocessing, KeepsTheMarkerOfAMissingDistance) {
     beLive();
     const DebugLines silence;
     record(lap, "lapdistpct", {0.1, 9.999999562023526e+24, 0.3, 0.4}, "%");
@@ -461,7 +430,7 @@ TEST_F(Preprocessing, LeavesTheMarkerOfAMissingDistance) {
     EXPECT_EQ(samplesOf(lap, "speed").size(), 4);
 }
 
-TEST_F(Preprocessing, SurvivesReadingsThatAreNoNumbers) {
+TEST_F(Preprocessing, SurvivesNaNAndInfinities) {
     beLive();
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double infinite = std::numeric_limits<double>::infinity();
@@ -472,5 +441,5 @@ TEST_F(Preprocessing, SurvivesReadingsThatAreNoNumbers) {
     EXPECT_EQ(samplesOf(lap, "dt").size(), 5);
     EXPECT_EQ(samplesOf(lap, "speed").size(), 5);
     EXPECT_FALSE(lap->containsRecordedChannel("lapcurrentlaptime"))
-        << "a lap that begins nowhere does not begin at the line";
+        << "a NaN distance is not at the line";
 }

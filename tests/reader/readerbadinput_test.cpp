@@ -20,7 +20,7 @@ const std::vector<std::string> kReadVariables = {
     "ReplayPlaySpeed",     "FuelLevel",          "CarIdxLapDistPct",
     "CarIdxOnPitRoad",     "CarIdxLapCompleted", "CarIdxLastLapTime"};
 
-/** Numbers that nobody expects, of each type the simulator may choose for a variable. */
+/** Extreme numbers of a variable's type. */
 std::vector<double> extremesOf(int type) {
     const double infinite = std::numeric_limits<double>::infinity();
     const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -68,7 +68,7 @@ class BadInput : public ReaderTest {};
 
 }  // namespace
 
-TEST_F(BadInput, InOneVariableAfterAnotherNeverKeepsALapFromClosing) {
+TEST_F(BadInput, InAnyOneVariableNeverPreventsALapFromClosing) {
     for (const QByteArray& mode : {QByteArray("full"), QByteArray("replay"), QByteArray()}) {
         for (const std::string& name : kReadVariables) {
             for (const int type :
@@ -76,16 +76,13 @@ TEST_F(BadInput, InOneVariableAfterAnotherNeverKeepsALapFromClosing) {
                 Drive odd({{name, type}});
                 const DebugLines silence;
                 odd.session.simMode = mode;
-                odd.publishSession();
-                odd.leavePits();
+                odd.publishSession().leavePits();
                 odd.putOther(kLaterCar, 0.5);
                 for (const double extreme : extremesOf(type)) {
                     odd.putOwnOnTrack(0.5, 45.0);
                     odd.advanceClock();
                     odd.block.setAll(name, extreme);
-                    odd.beginTick();
-                    odd.takeSnapshot();
-                    odd.endTick();
+                    odd.repeatTick();
                 }
                 SCOPED_TRACE(name + " of type " + std::to_string(type) + " in mode \"" +
                              mode.toStdString() + "\"");
@@ -96,7 +93,7 @@ TEST_F(BadInput, InOneVariableAfterAnotherNeverKeepsALapFromClosing) {
     }
 }
 
-TEST_F(BadInput, InEveryVariableAtOnceNeverKeepsALapFromClosing) {
+TEST_F(BadInput, InAllVariablesNeverPreventsALapFromClosing) {
     for (const int type : {int{irsdk_int}, int{irsdk_float}, int{irsdk_double}}) {
         for (const double extreme : extremesOf(type)) {
             std::map<std::string, int> types;
@@ -111,9 +108,7 @@ TEST_F(BadInput, InEveryVariableAtOnceNeverKeepsALapFromClosing) {
                     odd.block.setAll(name, tick % 2 == 0 ? extreme : 0.5);
                 }
                 odd.block.setAll("SessionTick", tick + 1);
-                odd.beginTick();
-                odd.takeSnapshot();
-                odd.endTick();
+                odd.repeatTick();
             }
             expectClosesItsLap(odd, kOwnCar);
             expectClosesItsLap(odd, kLaterCar);
@@ -121,9 +116,8 @@ TEST_F(BadInput, InEveryVariableAtOnceNeverKeepsALapFromClosing) {
     }
 }
 
-TEST_F(BadInput, IsForgottenOnceTheReadingsAreGoodAgain) {
-    drive.publishSession();
-    drive.leavePits();
+TEST_F(BadInput, HasNoEffectOnceTheReadingsAreGoodAgain) {
+    drive.publishSession().leavePits();
     for (const double extreme : extremesOf(irsdk_float)) {
         drive.putOwnOnTrack(extreme, extreme);
         drive.block.set("LapLastLapTime", extreme);
@@ -131,27 +125,23 @@ TEST_F(BadInput, IsForgottenOnceTheReadingsAreGoodAgain) {
         drive.tick();
     }
     drive.laps.clear();
-    drive.leavePits();
-    drive.driveOwnLap(99.0);
-    drive.driveOwnLap(88.0);
+    drive.leavePits().driveOwnLap(99.0).driveOwnLap(88.0);
     const std::vector<LapPointer> laps = drive.drivenLaps(kOwnCar);
     ASSERT_GE(laps.size(), 2U);
     EXPECT_EQ(lapTimeOf(laps.back()), 88000);
     EXPECT_TRUE(laps.back()->completed());
 }
 
-TEST_F(BadInput, OfADistanceThatIsNoNumberIsACarInTheWorld) {
+TEST_F(BadInput, WithADistanceThatIsNaNIsACarInTheWorld) {
     drive.publishSession();
-    drive.putOther(kLaterCar, std::numeric_limits<double>::quiet_NaN());
-    drive.tick(2);
+    drive.putOther(kLaterCar, std::numeric_limits<double>::quiet_NaN()).tick(2);
     EXPECT_EQ(drive.status(kLaterCar), CarStatus::OutLap);
     EXPECT_EQ(drive.reader.lap(kLaterCar)->size(), 1);
-    drive.putOther(kLaterCar, -std::numeric_limits<double>::infinity());
-    drive.tick();
+    drive.putOther(kLaterCar, -std::numeric_limits<double>::infinity()).tick();
     EXPECT_EQ(drive.status(kLaterCar), CarStatus::NotInWorld);
 }
 
-TEST_F(BadInput, InALapNumberOfTheOwnCarSaturates) {
+TEST_F(BadInput, InTheOwnLapNumberSaturates) {
     Drive odd({{"Lap", irsdk_double}});
     odd.publishSession();
     for (const auto& [reading, lap] :
@@ -164,32 +154,26 @@ TEST_F(BadInput, InALapNumberOfTheOwnCarSaturates) {
     }
 }
 
-TEST_F(BadInput, InTheResultsClosesTheLapWithoutATime) {
+TEST_F(BadInput, InAResultsTimeClosesTheLapWithoutATime) {
     for (const QByteArray& time :
          {QByteArray("nan"), QByteArray("inf"), QByteArray("-inf"), QByteArray("1e25"),
           QByteArray("1e300"), QByteArray("-1e300"), QByteArray("1e-300"), QByteArray("1e400"),
           QByteArray("soon"), QByteArray("2147484")}) {
         Drive odd;
         odd.session.sessionTypes = {"Race"};
-        odd.session.results = {{0, {{"7", "1", "90.0"}}}};
-        odd.publishSession();
-        odd.putOther(kLaterCar, 0.5);
-        odd.tick(3);
-        odd.session.results = {{0, {{"7", "2147483647", time}}}};
-        odd.publishSession();
-        odd.tick();
+        odd.publishResults({{"7", "1", "90.0"}});
+        odd.putOther(kLaterCar, 0.5).tick(3);
+        odd.publishResults({{"7", "2147483647", time}}).tick();
         ASSERT_EQ(odd.drivenLaps(kLaterCar).size(), 1U) << time.toStdString();
         EXPECT_EQ(lapTimeOf(odd.drivenLaps(kLaterCar)[0]), 3599000) << time.toStdString();
         odd.tick(3);
-        EXPECT_EQ(odd.drivenLaps(kLaterCar).size(), 1U) << "the greatest number stays the same";
-        odd.session.results = {{0, {{"7", "-2147483648", "90.0"}}}};
-        odd.publishSession();
-        odd.tick();
+        EXPECT_EQ(odd.drivenLaps(kLaterCar).size(), 1U) << "the largest number stays the same";
+        odd.publishResults({{"7", "-2147483648", "90.0"}}).tick();
         EXPECT_EQ(odd.drivenLaps(kLaterCar).size(), 2U);
     }
 }
 
-TEST_F(BadInput, InTheSessionTextLeavesTheReaderWorking) {
+TEST_F(BadInput, InTheSessionTextDoesNotBreakTheReader) {
     const std::vector<QByteArray> texts = {
         "",
         "\n",
@@ -205,20 +189,16 @@ TEST_F(BadInput, InTheSessionTextLeavesTheReaderWorking) {
         "---\n- - - -\n-\n - : \n: :\n"};
     for (const QByteArray& text : texts) {
         drive.reader.setYaml(text.constData());
-        drive.putOther(kLaterCar, 0.5);
-        drive.tick(2);
+        drive.putOther(kLaterCar, 0.5).tick(2);
         TLM::SDK::Lap lap;
         drive.reader.getSessionInfo(kLaterCar, &lap);
     }
-    drive.publishSession();
-    drive.leavePits();
-    drive.driveOwnLap(99.0);
+    drive.publishSession().leavePits().driveOwnLap(99.0);
     EXPECT_EQ(drive.drivenLaps(kOwnCar).size(), 1U);
 }
 
-TEST_F(BadInput, OfATableThatShrinksAndGrowsLosesNoLap) {
-    drive.publishSession();
-    drive.leavePits();
+TEST_F(BadInput, InTheTablesSizeLosesNoLap) {
+    drive.publishSession().leavePits();
     const int count = drive.block.header().numVars;
     for (const int numVars : {0, -1, 3, std::numeric_limits<int>::min(), count}) {
         drive.block.header().numVars = numVars;
@@ -228,9 +208,8 @@ TEST_F(BadInput, OfATableThatShrinksAndGrowsLosesNoLap) {
     EXPECT_EQ(drive.drivenLaps(kOwnCar).size(), 1U);
 }
 
-TEST_F(BadInput, OfOffsetsAndCountsLosesNoLap) {
-    drive.publishSession();
-    drive.leavePits();
+TEST_F(BadInput, InOffsetsAndCountsLosesNoLap) {
+    drive.publishSession().leavePits();
     const int max = std::numeric_limits<int>::max();
     const int min = std::numeric_limits<int>::min();
     for (const std::string& name : kReadVariables) {
@@ -238,23 +217,17 @@ TEST_F(BadInput, OfOffsetsAndCountsLosesNoLap) {
         for (const int wrong : {min, -1, max, drive.block.snapshotLength()}) {
             drive.block.variable(name).offset = wrong;
             drive.advanceClock();
-            drive.beginTick();
-            drive.takeSnapshot();
-            drive.endTick();
+            drive.repeatTick();
             drive.block.variable(name) = good;
         }
         for (const int wrong : {min, -1, 0, max}) {
             drive.advanceClock();
             drive.block.variable(name).count = wrong;
-            drive.beginTick();
-            drive.takeSnapshot();
-            drive.endTick();
+            drive.repeatTick();
             drive.block.variable(name) = good;
         }
     }
     drive.laps.clear();
-    drive.leavePits();
-    drive.driveOwnLap(99.0);
-    drive.driveOwnLap(88.0);
+    drive.leavePits().driveOwnLap(99.0).driveOwnLap(88.0);
     EXPECT_EQ(lapTimeOf(drive.lastDrivenLap(kOwnCar)), 88000);
 }

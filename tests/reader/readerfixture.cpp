@@ -123,21 +123,29 @@ Drive::Drive(const std::map<std::string, int>& types) {
     putOwnInStall();
 }
 
-void Drive::publishSession() {
+Drive& Drive::publishSession() {
     reader.setYaml(session.toYaml().constData());
+    return *this;
 }
 
-void Drive::tick() {
-    advanceClock();
+Drive& Drive::publishResults(const std::vector<Result>& results) {
+    session.results = {{0, results}};
+    return publishSession();
+}
+
+Drive& Drive::tick(int times) {
+    for (int i = 0; i < times; ++i) {
+        advanceClock();
+        repeatTick();
+    }
+    return *this;
+}
+
+Drive& Drive::repeatTick() {
     beginTick();
     takeSnapshot();
     endTick();
-}
-
-void Drive::tick(int times) {
-    for (int i = 0; i < times; ++i) {
-        tick();
-    }
+    return *this;
 }
 
 void Drive::advanceClock() {
@@ -166,99 +174,85 @@ void Drive::endTick() {
     }
 }
 
-void Drive::closeOpenLaps() {
-    static_cast<void>(reader.closeOpenLaps());
-}
-
-void Drive::putOwnInStall() {
+Drive& Drive::putOwnInStall() {
     block.set("IsOnTrack", 0);
     block.set("PlayerCarInPitStall", 1);
     block.set("OnPitRoad", 1);
     block.set("LapDistPct", 0.0);
     block.set("LapCurrentLapTime", 0.0);
-    block.set("CarIdxLapDistPct", 0.0, kOwnCar);
-    block.set("CarIdxOnPitRoad", 1, kOwnCar);
+    return putOtherOnPitRoad(kOwnCar, 0.0);
 }
 
-void Drive::putOwnOnPitRoad(double lapDistance) {
+Drive& Drive::putOwnOnPitRoad(double lapDistance) {
     block.set("IsOnTrack", 1);
     block.set("PlayerCarInPitStall", 0);
     block.set("OnPitRoad", 1);
     block.set("LapDistPct", lapDistance);
-    block.set("CarIdxLapDistPct", lapDistance, kOwnCar);
-    block.set("CarIdxOnPitRoad", 1, kOwnCar);
+    return putOtherOnPitRoad(kOwnCar, lapDistance);
 }
 
-void Drive::putOwnOnTrack(double lapDistance, double lapTime) {
+Drive& Drive::putOwnOnTrack(double lapDistance, double lapTime) {
     block.set("IsOnTrack", 1);
     block.set("PlayerCarInPitStall", 0);
     block.set("OnPitRoad", 0);
     block.set("LapDistPct", lapDistance);
     block.set("LapCurrentLapTime", lapTime);
-    block.set("CarIdxLapDistPct", lapDistance, kOwnCar);
-    block.set("CarIdxOnPitRoad", 0, kOwnCar);
+    return putOther(kOwnCar, lapDistance);
 }
 
-void Drive::putOther(int index, double lapDistance) {
+Drive& Drive::putOther(int index, double lapDistance) {
     block.set("CarIdxLapDistPct", lapDistance, index);
     block.set("CarIdxOnPitRoad", 0, index);
+    return *this;
 }
 
-void Drive::putOtherOnPitRoad(int index, double lapDistance) {
+Drive& Drive::putOtherOnPitRoad(int index, double lapDistance) {
     block.set("CarIdxLapDistPct", lapDistance, index);
     block.set("CarIdxOnPitRoad", 1, index);
+    return *this;
 }
 
-void Drive::putOtherOutOfWorld(int index) {
-    putOther(index, kOutOfWorld);
+Drive& Drive::putOtherOutOfWorld(int index) {
+    return putOther(index, kOutOfWorld);
 }
 
-void Drive::leavePits() {
-    putOwnInStall();
-    tick();
-    putOwnOnPitRoad(0.02);
-    tick();
-    putOwnOnTrack(0.05, 4.0);
-    tick();
+Drive& Drive::leavePits() {
+    putOwnInStall().tick();
+    putOwnOnPitRoad(0.02).tick();
+    return putOwnOnTrack(0.05, 4.0).tick();
 }
 
-void Drive::driveOwnToLine() {
+Drive& Drive::driveOwnToLine() {
     for (int tenth = 1; tenth <= 9; ++tenth) {
-        putOwnOnTrack(0.1 * tenth, 9.0 * tenth);
-        tick();
+        putOwnOnTrack(0.1 * tenth, 9.0 * tenth).tick();
     }
-    putOwnOnTrack(0.99, 89.0);
-    tick();
+    return putOwnOnTrack(0.99, 89.0).tick();
 }
 
-void Drive::crossOwnLine(double lastLapTime) {
+Drive& Drive::crossOwnLine(double lastLapTime) {
     ++m_ownLap;
     block.set("Lap", m_ownLap);
     block.set("LapLastLapTime", lastLapTime);
     block.set("CarIdxLastLapTime", lastLapTime, kOwnCar);
-    putOwnOnTrack(0.005, 0.4);
-    tick();
+    return putOwnOnTrack(0.005, 0.4).tick();
 }
 
-void Drive::driveOwnLap(double lastLapTime) {
-    driveOwnToLine();
-    crossOwnLine(lastLapTime);
+Drive& Drive::driveOwnLap(double lastLapTime) {
+    return driveOwnToLine().crossOwnLine(lastLapTime);
 }
 
-void Drive::driveOtherToLine(int index) {
+Drive& Drive::driveOtherToLine(int index) {
     for (int tenth = 1; tenth <= 9; ++tenth) {
-        putOther(index, 0.1 * tenth);
-        tick();
+        putOther(index, 0.1 * tenth).tick();
     }
-    putOther(index, 0.99);
-    tick();
-    putOther(index, 0.005);
-    tick();
+    putOther(index, 0.99).tick();
+    return putOther(index, 0.005).tick();
 }
 
-void Drive::setFinishedLaps(int index, int finished, double lastLapTime) {
+Drive& Drive::setFinishedLaps(int index, int finished, double lastLapTime) {
     block.set("CarIdxLapCompleted", finished, index);
     block.set("CarIdxLastLapTime", lastLapTime, index);
+    return *this;
 }
 
 std::vector<LapPointer> Drive::drivenLaps(int index) const {
@@ -274,7 +268,7 @@ std::vector<LapPointer> Drive::drivenLaps(int index) const {
 LapPointer Drive::lastDrivenLap(int index) const {
     const std::vector<LapPointer> driven = drivenLaps(index);
     if (driven.empty()) {
-        ADD_FAILURE() << "slot " << index << " has handed no lap over";
+        ADD_FAILURE() << "no lap of slot " << index << " was handed over";
         return LapPointer::create();
     }
     return driven.back();

@@ -22,15 +22,15 @@ namespace readertest {
 
 using LapPointer = QSharedPointer<TLM::SDK::Lap>;
 
-/** Slots that the tests use: the own car is not slot 0, and has a neighbour on either side. */
+/** Slots that the tests use: the own car is not in slot 0, and has other cars on both sides. */
 inline constexpr int kEarlierCar = 1;
 inline constexpr int kOwnCar = 3;
 inline constexpr int kLaterCar = 7;
 
-/** What a lap time that does not count is replaced by. */
+/** Replaces a lap time that does not count. */
 inline constexpr float kNoLapTime = 3599.0F;
 
-/** A session text of these lines, with the document's start before and a line break behind them. */
+/** A session text of these lines: the document's start, and a line break after each line. */
 QByteArray yaml(std::initializer_list<QByteArray> lines);
 
 /** One place of a session's results. */
@@ -40,9 +40,9 @@ struct Result {
     QByteArray lastTime;
 };
 
-/** The session text as the simulator writes it, of the facts that a test is about. */
+/** A session text as the simulator writes it, with the facts that a test is about. */
 struct SessionText {
-    QByteArray simMode = "full";  // a text without weekend when empty
+    QByteArray simMode = "full";  // if empty, the text has no weekend
     QByteArray sessionId = "12345";
     QByteArray subSessionId = "678";
     QByteArray trackLength = "1.0 km";
@@ -56,29 +56,34 @@ struct SessionText {
 };
 
 /**
- * A reader and the simulator that feeds it: tests say where the cars are, tick, and look at the
- * laps that were handed over. Nothing but the reader's public calls of one tick is used.
+ * A reader and its simulator: tests place the cars, tick, and check the laps that were handed over.
+ * It only uses the reader's public calls of a tick. Steps of a drive can be chained.
  *
  * At the start the own car is in its stall and every other car is out of the world.
  */
 class Drive {
 public:
-    /** `types` holds the variables whose type is another than the simulator's. */
+    /** `types` are the variables whose type differs from the simulator's. */
     explicit Drive(const std::map<std::string, int>& types = {});
 
     iRTelemetryReader reader;
     testsupport::TestBlock block;
     SessionText session;
 
-    /** Every lap handed over, the empty ones too, by slot in the order of their ticks. */
+    /** All laps handed over, including empty ones, by slot, in the order of their ticks. */
     std::map<int, std::vector<LapPointer>> laps;
 
     /** Hands the session text to the reader. */
-    void publishSession();
+    Drive& publishSession();
 
-    /** One tick: the clock moves on, the reader works, ready laps are collected. */
-    void tick();
-    void tick(int times);
+    /** The same with these results of the first session. */
+    Drive& publishResults(const std::vector<Result>& results);
+
+    /** One tick: advances the clock, runs the reader, and collects the laps that are ready. */
+    Drive& tick(int times = 1);
+
+    /** A tick without advancing the clock. */
+    Drive& repeatTick();
 
     /** The parts of a tick, for tests that act between them. */
     void advanceClock();
@@ -86,33 +91,30 @@ public:
     void takeSnapshot();
     void endTick();
 
-    /** What the plugin does with every car when its connection ends. */
-    void closeOpenLaps();
+    Drive& putOwnInStall();
+    Drive& putOwnOnPitRoad(double lapDistance);
+    Drive& putOwnOnTrack(double lapDistance, double lapTime);
+    Drive& putOther(int car, double lapDistance);
+    Drive& putOtherOnPitRoad(int car, double lapDistance);
+    Drive& putOtherOutOfWorld(int car);
 
-    void putOwnInStall();
-    void putOwnOnPitRoad(double lapDistance);
-    void putOwnOnTrack(double lapDistance, double lapTime);
-    void putOther(int car, double lapDistance);
-    void putOtherOnPitRoad(int car, double lapDistance);
-    void putOtherOutOfWorld(int car);
+    /** From the stall over pit road onto the track; begins the out lap. */
+    Drive& leavePits();
 
-    /** From the stall over pit road onto the track: the out lap runs when this returns. */
-    void leavePits();
+    /** Drives the own car to just before the line. */
+    Drive& driveOwnToLine();
 
-    /** Own car along the lap to just before the line, without crossing it. */
-    void driveOwnToLine();
-
-    /** Own car over the line in one tick: the next lap's number, the lap time just driven. */
-    void crossOwnLine(double lastLapTime);
+    /** Drives the own car over the line in one tick, with a new lap number and this lap time. */
+    Drive& crossOwnLine(double lastLapTime);
 
     /** The two above. */
-    void driveOwnLap(double lastLapTime);
+    Drive& driveOwnLap(double lastLapTime);
 
-    /** Another car along the lap and over the line; the results do not know it yet. */
-    void driveOtherToLine(int car);
+    /** Drives another car along the lap and over the line; the results do not have the lap yet. */
+    Drive& driveOtherToLine(int car);
 
-    /** Says the other car's finished laps and its last lap time as the per-car arrays do. */
-    void setFinishedLaps(int car, int laps, double lastLapTime);
+    /** Sets another car's finished laps and last lap time in the per-car arrays. */
+    Drive& setFinishedLaps(int car, int laps, double lastLapTime);
 
     [[nodiscard]] const RecorderCar& car(int index) const { return reader.recorderCar(index); }
     [[nodiscard]] const RecorderCar& own() const { return reader.recorderCar(kOwnCar); }
@@ -121,7 +123,7 @@ public:
     /** The laps of a slot that have channels. */
     [[nodiscard]] std::vector<LapPointer> drivenLaps(int index) const;
 
-    /** The newest of them; a failure of the test and an empty lap when there is none. */
+    /** The newest of them; if there is none, the test fails and gets an empty lap. */
     [[nodiscard]] LapPointer lastDrivenLap(int index) const;
 
 private:
@@ -134,20 +136,20 @@ protected:
     Drive drive;
 };
 
-/** The entries of a recorded channel; none when there is no such channel. */
+/** The entries of a recorded channel; empty if there is no such channel. */
 QList<double> samplesOf(const LapPointer& lap, const QString& channel);
 
-/** The unit of a recorded channel; a null text when there is no such channel. */
+/** The unit of a recorded channel; a null text if there is no such channel. */
 QString unitOf(const LapPointer& lap, const QString& channel);
 
-/** A channel of these entries, recorded in `lap`. */
+/** Adds a recorded channel to `lap`. */
 void record(const LapPointer& lap, const QString& name, const QList<double>& samples,
             const QString& unit = QString());
 
 /** The lap time in milliseconds. */
 int lapTimeOf(const LapPointer& lap);
 
-/** Collects the debug lines written during its life; they go nowhere else. */
+/** Captures the debug lines that are written while it exists. */
 class DebugLines {
 public:
     DebugLines();

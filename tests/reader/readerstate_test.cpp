@@ -16,7 +16,7 @@ class ReaderState : public ReaderTest {};
 
 }  // namespace
 
-TEST_F(ReaderState, StartsWith64CarsOfWhichNoneIsTheOwn) {
+TEST_F(ReaderState, StartsWith64CarsWithoutAnOwnCar) {
     const iRTelemetryReader reader;
     EXPECT_EQ(reader.myCarIdx(), -1);
     for (int slot = 0; slot < kSlots; ++slot) {
@@ -58,14 +58,13 @@ TEST_F(ReaderState, HandsOutNamesStatusAndSampleOfASlot) {
     EXPECT_TRUE(drive.car(kLaterCar).sample.containsValue("key"));
 }
 
-TEST_F(ReaderState, ReportsTheStatusAsANumber) {
-    drive.publishSession();
-    drive.tick();
+TEST_F(ReaderState, GivesTheStatusAsANumber) {
+    drive.publishSession().tick();
     EXPECT_EQ(drive.reader.status(kOwnCar), static_cast<int>(CarStatus::InPitStall));
     EXPECT_EQ(drive.reader.status(kLaterCar), static_cast<int>(CarStatus::NotInWorld));
 }
 
-TEST_F(ReaderState, TellsEveryCarOfDiskLoading) {
+TEST_F(ReaderState, PassesDiskLoadingToEveryCar) {
     drive.reader.setDiskLoading(true);
     for (int slot = 0; slot < kSlots; ++slot) {
         EXPECT_TRUE(drive.car(slot).diskLoading);
@@ -76,19 +75,18 @@ TEST_F(ReaderState, TellsEveryCarOfDiskLoading) {
     }
 }
 
-TEST_F(ReaderState, EndsDiskLoadingWithInitializeForItselfButNotForTheCars) {
+TEST_F(ReaderState, ResetsDiskLoadingWithInitializeForItselfButNotForTheCars) {
     drive.publishSession();
     drive.reader.setDiskLoading(true);
     drive.reader.initialize();
-    drive.publishSession();
-    drive.tick();
+    drive.publishSession().tick();
     EXPECT_TRUE(drive.car(0).diskLoading);
     EXPECT_TRUE(drive.car(kSlots - 1).diskLoading);
     EXPECT_TRUE(drive.reader.sample(kLaterCar).containsValue("lapdistpct"))
         << "per-car arrays reach every car only while nothing is loaded from disk";
 }
 
-TEST_F(ReaderState, ForgetsTheOwnCarWithInitialize) {
+TEST_F(ReaderState, ResetsTheOwnCarWithInitialize) {
     drive.publishSession();
     drive.reader.updateCarList();
     ASSERT_EQ(drive.reader.myCarIdx(), kOwnCar);
@@ -96,7 +94,7 @@ TEST_F(ReaderState, ForgetsTheOwnCarWithInitialize) {
     EXPECT_EQ(drive.reader.myCarIdx(), -1);
 }
 
-TEST_F(ReaderState, ForgetsTheSessionWithInitialize) {
+TEST_F(ReaderState, ResetsTheSessionWithInitialize) {
     drive.publishSession();
     TLM::SDK::Lap lap;
     drive.reader.getSessionInfo(kOwnCar, &lap);
@@ -112,8 +110,7 @@ TEST_F(ReaderState, ForgetsTheSessionWithInitialize) {
 }
 
 TEST_F(ReaderState, KeepsCarsTreeAndVariableNamesWithInitialize) {
-    drive.publishSession();
-    drive.leavePits();
+    drive.publishSession().leavePits();
     const auto lap = drive.reader.lap(kOwnCar);
     const auto lapInStint = drive.own().current.lapInStint;
     drive.reader.initialize();
@@ -130,7 +127,7 @@ TEST_F(ReaderState, KeepsCarsTreeAndVariableNamesWithInitialize) {
     EXPECT_FALSE(drive.reader.sample(kOwnCar).containsValue("renamed"));
 }
 
-TEST_F(ReaderState, SettlesAnewWhetherItIsAReplayAfterInitialize) {
+TEST_F(ReaderState, DeterminesAgainWhetherItIsAReplayAfterInitialize) {
     drive.publishSession();
     drive.reader.initialize();
     drive.session.simMode = "replay";
@@ -141,7 +138,7 @@ TEST_F(ReaderState, SettlesAnewWhetherItIsAReplayAfterInitialize) {
     EXPECT_FALSE(lap->containsRecordedChannel("lapcurrentlaptime"));
 }
 
-TEST_F(ReaderState, KeepsTheSlotsThatRemainAfterAResize) {
+TEST_F(ReaderState, KeepsTheRemainingSlotsAfterAResize) {
     drive.session.drivers = {{kOwnCar, "Own Driver"}, {20, "Driver 20"}};
     drive.publishSession();
     drive.reader.updateCarList();
@@ -154,10 +151,8 @@ TEST_F(ReaderState, KeepsTheSlotsThatRemainAfterAResize) {
     EXPECT_TRUE(drive.reader.lap(20)->isEmpty());
 }
 
-TEST_F(ReaderState, StaysAsItIsWhenResizedToItsSize) {
-    drive.publishSession();
-    drive.leavePits();
-    drive.driveOwnToLine();
+TEST_F(ReaderState, DoesNotChangeWhenResizedToItsSize) {
+    drive.publishSession().leavePits().driveOwnToLine();
     const auto lap = drive.reader.lap(kOwnCar);
     const int entries = lap->size();
     drive.reader.resize(kSlots);
@@ -179,8 +174,7 @@ TEST_F(ReaderState, NamesTheDriversOfSlotsThatCameBackAfterAResize) {
 }
 
 TEST_F(ReaderState, TicksWithFewerSlots) {
-    drive.session.results = {{0, {{"20", "4", "80.0"}}}};
-    drive.publishSession();
+    drive.publishResults({{"20", "4", "80.0"}});
     drive.reader.resize(10);
     drive.advanceClock();
     drive.beginTick();
@@ -203,7 +197,7 @@ TEST_F(ReaderState, TicksWithoutAnySlot) {
     EXPECT_TRUE(drive.reader.myLap().isNull());
 }
 
-TEST_F(ReaderState, HasNoLapOfAnOwnCarThatIsNotKnown) {
+TEST_F(ReaderState, HasNoOwnLapWithoutAnOwnCar) {
     EXPECT_FALSE(drive.reader.isMyLapReady());
     EXPECT_TRUE(drive.reader.myLap().isNull());
     drive.reader.processMyLap(true);
@@ -212,7 +206,7 @@ TEST_F(ReaderState, HasNoLapOfAnOwnCarThatIsNotKnown) {
     }
 }
 
-TEST_F(ReaderState, HasNoLapOfAnOwnCarBeyondTheSlots) {
+TEST_F(ReaderState, HasNoOwnLapWithAnOwnCarBeyondTheSlots) {
     for (const QByteArray& own : {QByteArray("64"), QByteArray("70"), QByteArray("-2")}) {
         drive.session.ownCar = own;
         drive.publishSession();
@@ -242,50 +236,43 @@ TEST_F(ReaderState, HandsOutTheOwnCarsLap) {
     }
 }
 
-TEST_F(ReaderState, HasACarInTheWorldFromJustBehindTheLineOn) {
+TEST_F(ReaderState, TreatsACarAsInTheWorldFromJustBeforeTheLineOn) {
     drive.publishSession();
     EXPECT_FALSE(drive.reader.isCarInWorld(kLaterCar));
-    // The single-precision -0.2 lies below the double one.
+    // The single-precision -0.2 is below the double one.
     const std::vector<std::pair<double, bool>> distances = {
         {0.5, true}, {0.0, true}, {-0.19, true}, {-0.2, false}, {-0.3, false}, {-1.0, false}};
     for (const auto& [distance, inWorld] : distances) {
-        drive.putOther(kLaterCar, distance);
-        drive.tick();
+        drive.putOther(kLaterCar, distance).tick();
         EXPECT_EQ(drive.reader.isCarInWorld(kLaterCar), inWorld) << distance;
     }
 }
 
 TEST_F(ReaderState, KeepsTheRevisionOfTheRecordsWhileNoneChanges) {
-    drive.publishSession();
-    drive.tick();
+    drive.publishSession().tick();
     const auto before = drive.reader.recordsRevision();
     ASSERT_TRUE(before.has_value());
-    drive.putOther(kLaterCar, 0.5);
-    drive.tick(3);
-    drive.publishSession();
-    drive.tick();
-    EXPECT_EQ(drive.reader.recordsRevision(), before) << "values are no records";
+    drive.putOther(kLaterCar, 0.5).tick(3);
+    drive.publishSession().tick();
+    EXPECT_EQ(drive.reader.recordsRevision(), before) << "values are not part of the records";
 }
 
-TEST_F(ReaderState, HasAnotherRevisionOfTheRecordsOnceTheyMayHaveChanged) {
-    drive.publishSession();
-    drive.tick();
+TEST_F(ReaderState, ChangesTheRevisionOfTheRecordsWhenTheyMayHaveChanged) {
+    drive.publishSession().tick();
     auto before = drive.reader.recordsRevision();
     drive.session.ownCar = QByteArray::number(kLaterCar);
-    drive.publishSession();
-    drive.tick();
+    drive.publishSession().tick();
     EXPECT_NE(drive.reader.recordsRevision(), before) << "another car is the detailed one";
     before = drive.reader.recordsRevision();
     drive.reader.resize(kSlots / 2);
-    EXPECT_NE(drive.reader.recordsRevision(), before) << "records went";
+    EXPECT_NE(drive.reader.recordsRevision(), before) << "records were removed";
     EXPECT_TRUE(drive.reader.recordsRevision().has_value());
 }
 
-TEST_F(ReaderState, HasNoRevisionOfRecordsThatSomebodyMayChange) {
-    drive.publishSession();
-    drive.tick();
+TEST_F(ReaderState, HasNoRevisionOfTheRecordsOnceAReferenceWasHandedOut) {
+    drive.publishSession().tick();
     EXPECT_EQ(std::as_const(drive.reader).sample(kLaterCar).carId(), "7");
-    EXPECT_TRUE(drive.reader.recordsRevision().has_value()) << "looking changes nothing";
+    EXPECT_TRUE(drive.reader.recordsRevision().has_value()) << "reading changes nothing";
     drive.reader.sample(kLaterCar).setCarId("own name");
     EXPECT_EQ(drive.reader.recordsRevision(), std::nullopt);
     drive.tick();

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -18,7 +19,7 @@ constexpr int kFormation = 3;
 constexpr int kRacing = 4;
 constexpr float kMissing = 1e25F;
 
-/** Every status that a car can have had, the ones the recorder never sets included. */
+/** All statuses, including those that the recorder never sets. */
 const std::vector<CarStatus> kAllStatuses = {CarStatus::Undefined,  CarStatus::NotConnected,
                                              CarStatus::NotInWorld, CarStatus::WaitingForStart,
                                              CarStatus::InPitStall, CarStatus::InPitlane,
@@ -59,12 +60,7 @@ void driveOnTrack(RecorderCar& car) {
 }
 
 bool isOneOf(CarStatus status, const std::vector<CarStatus>& statuses) {
-    for (const CarStatus candidate : statuses) {
-        if (candidate == status) {
-            return true;
-        }
-    }
-    return false;
+    return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
 }
 
 /** Whether a new stint and lap have begun. */
@@ -143,7 +139,7 @@ TEST(RecorderCarStartStint, CountsTheStintAndRestartsItsLaps) {
     car.startStint();
     EXPECT_NE(car.current.stintId, first);
     EXPECT_EQ(car.current.stintInSession, 2);
-    EXPECT_TRUE(car.previous.stintId.isNull()) << "only the tick in progress changes";
+    EXPECT_TRUE(car.previous.stintId.isNull()) << "only the current tick changes";
 }
 
 TEST(RecorderCarStartLap, PromotesTheNextLap) {
@@ -168,7 +164,7 @@ TEST(RecorderCarStartLap, NumbersAndIdentifiesTheLap) {
     EXPECT_FALSE(first.isNull());
     car.startLap();
     EXPECT_NE(car.current.lapId, first);
-    EXPECT_EQ(car.current.stintInSession, 0) << "a lap is no stint";
+    EXPECT_EQ(car.current.stintInSession, 0) << "a lap does not start a stint";
 }
 
 TEST(RecorderCarStartLap, DropsTheValuesOfTheTickButNotTheCarRecord) {
@@ -207,23 +203,23 @@ TEST(RecorderCarPrepareTick, StartsTheLapAfterAClosedOne) {
     car.prepareTick();
     EXPECT_EQ(car.lap, next);
     EXPECT_FALSE(car.lapReady);
-    EXPECT_EQ(car.previous.lapId, closed) << "the roll-over comes first";
+    EXPECT_EQ(car.previous.lapId, closed) << "current is copied to previous first";
     EXPECT_NE(car.current.lapId, closed);
 }
 
-TEST(RecorderCarStatus, FollowsThePitStallBeforeAnythingElse) {
+TEST(RecorderCarStatus, IsInPitStallBeforeAnythingElse) {
     RecorderCar car = otherCarAfter(CarStatus::FlyingLap);
     car.updateCarStatus(true, true, true);
     EXPECT_EQ(car.current.status, CarStatus::InPitStall);
 }
 
-TEST(RecorderCarStatus, FollowsPitRoadBeforeTheTrack) {
+TEST(RecorderCarStatus, IsInPitlaneBeforeOnTrack) {
     RecorderCar car = otherCarAfter(CarStatus::FlyingLap);
     car.updateCarStatus(false, true, true);
     EXPECT_EQ(car.current.status, CarStatus::InPitlane);
 }
 
-TEST(RecorderCarStatus, StaysWhenTheCarIsNowhere) {
+TEST(RecorderCarStatus, StaysTheSameWhenTheCarIsNowhere) {
     for (const CarStatus previous : kAllStatuses) {
         RecorderCar car = otherCarAfter(previous);
         car.current.lap = 5;
@@ -246,7 +242,7 @@ TEST(RecorderCarStatus, KeepsACompletedLapCompletedInThePits) {
     EXPECT_FALSE(car.current.lapCompleted);
 }
 
-TEST(RecorderCarStatus, BeginsAnOutLapBehindThePitLane) {
+TEST(RecorderCarStatus, StartsAnOutLapAfterThePitLane) {
     RecorderCar car = otherCarAfter(CarStatus::InPitlane);
     const auto next = car.nextLap;
     car.sample.setValue("lap", 4, QString());
@@ -281,8 +277,8 @@ TEST(RecorderCarStatus, WaitsForTheLineWhenThePitsEndShortlyBeforeIt) {
     EXPECT_TRUE(hasBegunOutLap(car));
 }
 
-TEST(RecorderCarStatus, TakesThePitExitLimitAtDoublePrecision) {
-    // The single-precision 0.8 lies above the double one.
+TEST(RecorderCarStatus, ComparesThePitExitLimitInDoublePrecision) {
+    // The single-precision 0.8 is above the double one.
     RecorderCar beyond = otherCarAfter(CarStatus::InPitlane);
     beyond.current.lapDistPct = 0.8F;
     driveOnTrack(beyond);
@@ -294,7 +290,7 @@ TEST(RecorderCarStatus, TakesThePitExitLimitAtDoublePrecision) {
     EXPECT_EQ(before.current.status, CarStatus::OutLap);
 }
 
-TEST(RecorderCarStatus, BeginsAnOutLapWhereverTheCarComesFromGridStallOrNowhere) {
+TEST(RecorderCarStatus, StartsAnOutLapAnywhereAfterGridStallOrUndefined) {
     for (const CarStatus previous :
          {CarStatus::WaitingForStart, CarStatus::InPitStall, CarStatus::Undefined}) {
         RecorderCar car = otherCarAfter(previous);
@@ -305,7 +301,7 @@ TEST(RecorderCarStatus, BeginsAnOutLapWhereverTheCarComesFromGridStallOrNowhere)
     }
 }
 
-TEST(RecorderCarStatus, GoesOnOnTrackAsItWas) {
+TEST(RecorderCarStatus, StaysTheSameOnTrack) {
     for (const CarStatus previous :
          {CarStatus::NotConnected, CarStatus::NotInWorld, CarStatus::OutLap, CarStatus::FlyingLap,
           CarStatus::OnTrack, CarStatus::OffTrack}) {
@@ -347,7 +343,7 @@ TEST(RecorderCarRaceStart, WaitsOnTheGridBeforeTheStart) {
     }
 }
 
-TEST(RecorderCarRaceStart, BeginsTheOutLapOfTheFormationBeyondTheGrid) {
+TEST(RecorderCarRaceStart, StartsTheFormationLapBeyondTheGrid) {
     for (const int state : {1, 2, 3}) {
         for (const CarStatus previous : kAllStatuses) {
             if (previous == CarStatus::OutLap) {
@@ -361,8 +357,8 @@ TEST(RecorderCarRaceStart, BeginsTheOutLapOfTheFormationBeyondTheGrid) {
     }
 }
 
-TEST(RecorderCarRaceStart, TakesTheGridLimitAtDoublePrecision) {
-    // The single-precision 0.65 lies below the double one.
+TEST(RecorderCarRaceStart, ComparesTheGridLimitInDoublePrecision) {
+    // The single-precision 0.65 is below the double one.
     RecorderCar before = racingCarAfter(CarStatus::InPitStall, kFormation);
     before.current.lapDistPct = 0.65F;
     driveOnTrack(before);
@@ -400,7 +396,7 @@ TEST(RecorderCarRaceStart, TurnsTheFormationIntoAFlyingLapAtTheStart) {
     RecorderCar other = racingCarAfter(CarStatus::OutLap, kRacing);
     driveOnTrack(other);
     EXPECT_EQ(other.current.status, CarStatus::FlyingLap);
-    EXPECT_FALSE(other.current.lapCompleted) << "another car's lap ends by its number alone";
+    EXPECT_FALSE(other.current.lapCompleted) << "another car's lap ends only by its number";
 
     RecorderCar own = ownCarAfter(CarStatus::OutLap);
     own.current.sessionType = kRace;
@@ -428,7 +424,7 @@ TEST(RecorderCarRaceStart, KeepsTheOutLapUntilTheLineAtTheStart) {
     EXPECT_EQ(below.current.status, CarStatus::FlyingLap);
 }
 
-TEST(RecorderCarRaceStart, StillAsksWhetherTheLapWasKnownAndNotAborted) {
+TEST(RecorderCarRaceStart, StillRequiresAKnownLapThatWasNotAborted) {
     for (const int state : {kFormation, kRacing}) {
         RecorderCar unknown = ownCarAfter(CarStatus::OutLap);
         unknown.current.sessionType = kRace;
@@ -486,7 +482,7 @@ TEST(RecorderCarRaceStart, HasNoRulesInOtherSessions) {
     }
 }
 
-TEST(RecorderCarCompletion, OfAnotherCarFollowsItsLapNumber) {
+TEST(RecorderCarCompletion, OfAnotherCarDependsOnItsLapNumber) {
     RecorderCar car = otherCarAfter(CarStatus::FlyingLap);
     driveOnTrack(car);
     EXPECT_FALSE(car.current.lapCompleted);
@@ -515,7 +511,7 @@ TEST(RecorderCarCompletion, MakesTheNextLapAFlyingOne) {
     EXPECT_EQ(car.current.status, CarStatus::FlyingLap);
 }
 
-TEST(RecorderCarCompletion, CountsAlsoInTheTickInWhichAnOutLapBegins) {
+TEST(RecorderCarCompletion, CountsAlsoInTheTickThatStartsAnOutLap) {
     RecorderCar car = otherCarAfter(CarStatus::InPitStall);
     car.current.lap = 5;
     driveOnTrack(car);
@@ -524,7 +520,7 @@ TEST(RecorderCarCompletion, CountsAlsoInTheTickInWhichAnOutLapBegins) {
     EXPECT_TRUE(hasBegunOutLap(car));
 }
 
-TEST(RecorderCarCompletion, LeavesOtherStatusesAsTheyAre) {
+TEST(RecorderCarCompletion, DoesNotChangeOtherStatuses) {
     for (const CarStatus previous :
          {CarStatus::NotInWorld, CarStatus::OnTrack, CarStatus::OffTrack}) {
         RecorderCar car = otherCarAfter(previous);
@@ -543,7 +539,7 @@ TEST(RecorderCarCompletion, NeedsALapNumberInTheTickBefore) {
     EXPECT_TRUE(car.isLapCompleted());
 }
 
-TEST(RecorderCarCompletion, NeverFollowsAWaitInEitherTick) {
+TEST(RecorderCarCompletion, NeverHappensWhenEitherTickWaits) {
     RecorderCar waiting = otherCarAfter(CarStatus::FlyingLap);
     waiting.current.lap = 5;
     ASSERT_TRUE(waiting.isLapCompleted());
@@ -557,7 +553,7 @@ TEST(RecorderCarCompletion, NeverFollowsAWaitInEitherTick) {
     EXPECT_FALSE(waited.current.lapCompleted);
 }
 
-TEST(RecorderCarCompletion, NeverFollowsAnAbort) {
+TEST(RecorderCarCompletion, NeverHappensAfterAnAbort) {
     RecorderCar car = otherCarAfter(CarStatus::FlyingLap);
     car.current.lap = 5;
     car.previous.lapAborted = true;
@@ -567,7 +563,7 @@ TEST(RecorderCarCompletion, NeverFollowsAnAbort) {
     EXPECT_TRUE(car.isLapCompleted()) << "the tick before decides";
 }
 
-TEST(RecorderCarCompletion, OnlyAsks) {
+TEST(RecorderCarCompletion, IsQueriedWithoutChangingTheCar) {
     RecorderCar car = otherCarAfter(CarStatus::OutLap);
     car.current.lap = 5;
     EXPECT_TRUE(car.isLapCompleted());
@@ -575,7 +571,7 @@ TEST(RecorderCarCompletion, OnlyAsks) {
     EXPECT_EQ(car.current.status, CarStatus::OutLap);
 }
 
-TEST(RecorderCarCompletion, OfTheOwnCarFollowsTheStepFromOutLapToFlyingLap) {
+TEST(RecorderCarCompletion, OfTheOwnCarHappensBetweenOutLapAndFlyingLap) {
     RecorderCar car = ownCarAfter(CarStatus::OutLap);
     EXPECT_FALSE(car.isLapCompleted());
     car.current.status = CarStatus::FlyingLap;
@@ -590,7 +586,7 @@ TEST(RecorderCarCompletion, OfTheOwnCarIgnoresTheLapNumberWhileALapTimeRuns) {
     EXPECT_FALSE(car.isLapCompleted());
 }
 
-TEST(RecorderCarCompletion, OfTheOwnCarFollowsTheLapNumberWhileNoLapTimeRuns) {
+TEST(RecorderCarCompletion, OfTheOwnCarDependsOnTheLapNumberWhileNoLapTimeRuns) {
     for (const float still : {0.0F, -0.0F, 0.00001F, -0.00001F}) {
         RecorderCar car = ownCarWithLapTimes(0.0F, still);
         EXPECT_FALSE(car.isLapCompleted()) << still;
@@ -604,7 +600,7 @@ TEST(RecorderCarCompletion, OfTheOwnCarFollowsTheLapNumberWhileNoLapTimeRuns) {
     EXPECT_FALSE(running.isLapCompleted());
 }
 
-TEST(RecorderCarCompletion, OfTheOwnCarFollowsALapTimeThatFalls) {
+TEST(RecorderCarCompletion, OfTheOwnCarHappensWhenTheLapTimeFalls) {
     EXPECT_TRUE(ownCarWithLapTimes(89.0F, 0.4F).isLapCompleted());
     EXPECT_FALSE(ownCarWithLapTimes(89.0F, 88.0F).isLapCompleted());
     EXPECT_FALSE(ownCarWithLapTimes(10.0F, 5.0F).isLapCompleted()) << "5 s are not enough";
@@ -628,7 +624,7 @@ TEST(RecorderCarCompletion, OfTheOwnCarNeedsTwoRunningLapTimesWhenLive) {
     EXPECT_FALSE(ownCarWithLapTimes(-1.0F, -10.0F).isLapCompleted());
 }
 
-TEST(RecorderCarCompletion, OfALoadedRecordingNeedsTheFallAlone) {
+TEST(RecorderCarCompletion, OfALoadedRecordingNeedsOnlyTheFall) {
     RecorderCar negative = ownCarWithLapTimes(4.5F, -1.0F);
     negative.diskLoading = true;
     EXPECT_TRUE(negative.isLapCompleted());
@@ -645,7 +641,7 @@ TEST(RecorderCarCompletion, OfALoadedRecordingNeedsTheFallAlone) {
     EXPECT_TRUE(still.isLapCompleted());
 }
 
-TEST(RecorderCarCompletion, NeverFollowsAMissingLapTime) {
+TEST(RecorderCarCompletion, NeverHappensWithAMissingLapTime) {
     for (const bool fromDisk : {false, true}) {
         RecorderCar car = ownCarWithLapTimes(kMissing, 0.4F);
         car.diskLoading = fromDisk;
@@ -673,7 +669,7 @@ TEST(RecorderCarCompletion, NeedsALapNumberWhileNoLapTimeRuns) {
     EXPECT_TRUE(car.isLapCompleted());
 }
 
-TEST(RecorderCarAbort, IsTheStepFromTheTrackIntoThePitsOrOutOfTheWorld) {
+TEST(RecorderCarAbort, HappensBetweenTheTrackAndThePitsOrOutOfTheWorld) {
     const std::vector<CarStatus> offTrack = {CarStatus::Undefined, CarStatus::NotInWorld,
                                              CarStatus::InPitStall, CarStatus::InPitlane};
     for (const CarStatus previous : kAllStatuses) {
@@ -696,7 +692,7 @@ TEST(RecorderCarAbort, NeedsALapNumberInTheTickBefore) {
     EXPECT_FALSE(car.isLapAborted());
 }
 
-TEST(RecorderCarAbort, OfALoadedRecordingIsALapNumberThatFallsToZero) {
+TEST(RecorderCarAbort, OfALoadedRecordingHappensWhenTheLapNumberFallsToZero) {
     RecorderCar car = otherCarAfter(CarStatus::FlyingLap);
     car.diskLoading = true;
     car.current.status = CarStatus::InPitStall;

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kSlots = 64;
 
-/** A code that no simulator uses yet. */
+/** A type that no simulator uses. */
 constexpr int kUnknownType = 9;
 
 class Sampling : public ReaderTest {
@@ -40,7 +40,7 @@ protected:
         knowOwnCar();
     }
 
-    /** A value of the own car's, one of each car's, and the clock that all cars get. */
+    /** A variable of the own car, a per-car array, and the clock that all cars get. */
     void publishValuesOfBothCars() {
         knowOwnCar();
         block.addVariable("Speed", irsdk_int);
@@ -50,12 +50,32 @@ protected:
         block.addVariable("CarIdxLap", irsdk_int, kSlots);
     }
 
+    /** A variable of the own car and a per-car array, for take(speed, lap). */
+    void addSpeedAndLap() {
+        block.addVariable("Speed", irsdk_int);
+        block.addVariable("CarIdxLap", irsdk_int, kSlots);
+    }
+
+    void take(int speed, int lap) {
+        block.set("Speed", speed);
+        block.setAll("CarIdxLap", lap);
+        take();
+    }
+
+    /** The first snapshot of another reader of the same session. */
+    void takeFirst(iRTelemetryReader& fresh, TestBlock& snapshot) const {
+        fresh.setYaml(drive.session.toYaml().constData());
+        fresh.updateCarList();
+        fresh.getRawData(&snapshot.header(), snapshot.varHeaders(), snapshot.snapshot(),
+                         snapshot.snapshotLength());
+    }
+
     void take() {
         reader.getRawData(&block.header(), block.varHeaders(), block.snapshot(),
                           block.snapshotLength());
     }
 
-    /** To look at: a sample that was handed out to be changed is filled another way. */
+    /** Read only: a sample that is handed out for changes is filled in another way. */
     const Sample& sampleOf(int slot) const { return std::as_const(reader).sample(slot); }
     const Sample& own() const { return sampleOf(kOwnCar); }
     const Sample& other() const { return sampleOf(kLaterCar); }
@@ -66,7 +86,7 @@ protected:
 
 }  // namespace
 
-TEST_F(Sampling, StoresEachTypeAsItsOwnKind) {
+TEST_F(Sampling, StoresEachTypeAsTheMatchingVariant) {
     knowOwnCar();
     block.addVariable("AChar", irsdk_char);
     block.addVariable("ABool", irsdk_bool);
@@ -95,7 +115,7 @@ TEST_F(Sampling, StoresEachTypeAsItsOwnKind) {
     EXPECT_EQ(ownValue("adouble").toDouble(), 0.1);
 }
 
-TEST_F(Sampling, StoresEachTypeOfAPerCarArrayAsItsOwnKind) {
+TEST_F(Sampling, StoresEachTypeOfAPerCarArrayAsTheMatchingVariant) {
     knowOwnCar();
     block.addVariable("CarIdxABool", irsdk_bool, kSlots);
     block.addVariable("CarIdxAnInt", irsdk_int, kSlots);
@@ -131,7 +151,7 @@ TEST_F(Sampling, ReplacesTheValuesOfTheTickBefore) {
     }
 }
 
-TEST_F(Sampling, TakesTheFirstCharacterAloneWhateverTheCount) {
+TEST_F(Sampling, ReadsOnlyTheFirstCharacterForAnyCount) {
     knowOwnCar();
     block.addVariable("Text", irsdk_char, 8);
     block.addVariable("None", irsdk_char, 1);
@@ -147,7 +167,7 @@ TEST_F(Sampling, TakesTheFirstCharacterAloneWhateverTheCount) {
     EXPECT_EQ(ownValue("text"), QVariant(int{'b'}));
 }
 
-TEST_F(Sampling, GivesAPerCarCharacterArrayToTheFirstCarAlone) {
+TEST_F(Sampling, GivesAPerCarCharacterArrayOnlyToTheFirstCar) {
     knowOwnCar();
     block.addVariable("CarIdxMark", irsdk_char, kSlots);
     block.setAll("CarIdxMark", 'x');
@@ -156,7 +176,7 @@ TEST_F(Sampling, GivesAPerCarCharacterArrayToTheFirstCarAlone) {
     EXPECT_FALSE(sampleOf(1).containsValue("mark"));
 }
 
-TEST_F(Sampling, TakesEveryByteButZeroForTrue) {
+TEST_F(Sampling, ReadsEveryByteExceptZeroAsTrue) {
     knowOwnCar();
     block.addVariable("Flag", irsdk_bool);
     for (const int byte : {0, 1, 2, 127, 128, 255}) {
@@ -166,7 +186,7 @@ TEST_F(Sampling, TakesEveryByteButZeroForTrue) {
     }
 }
 
-TEST_F(Sampling, LeavesTheLastElementOfAnOwnCarsArray) {
+TEST_F(Sampling, KeepsTheLastElementOfAnOwnCarsArray) {
     knowOwnCar();
     block.addVariable("Wheels", irsdk_float, 4, "rad/s");
     for (int wheel = 0; wheel < 4; ++wheel) {
@@ -177,7 +197,7 @@ TEST_F(Sampling, LeavesTheLastElementOfAnOwnCarsArray) {
     EXPECT_EQ(own().value("wheels").unit(), "rad/s");
 }
 
-TEST_F(Sampling, LowersNamesAndKeepsUnits) {
+TEST_F(Sampling, LowercasesNamesAndKeepsUnits) {
     knowOwnCar();
     block.addVariable("SessionTick", irsdk_int, 1, "kPa/S");
     block.addVariable("CarIdxLapDistPct", irsdk_float, kSlots, "%Of");
@@ -204,7 +224,7 @@ TEST_F(Sampling, ReadsNamesAndUnitsWithoutATerminatingZero) {
     const std::string name(32, 'N');
     const std::string unit(32, 'U');
     block.addVariable(name, irsdk_int, 1, unit);
-    // What lies behind each text in the table must not become part of it.
+    // The bytes after each text in the table must not become part of it.
     std::memset(block.variable(0).desc, 'D', sizeof block.variable(0).desc);
     block.addVariable("CarIdx" + std::string(26, 'M'), irsdk_int, kSlots, unit);
     take();
@@ -231,7 +251,7 @@ TEST_F(Sampling, GivesPerCarArraysToEveryCarWithoutThePrefix) {
     }
 }
 
-TEST_F(Sampling, KnowsPerCarArraysByTheirPrefixInAnyCase) {
+TEST_F(Sampling, RecognizesPerCarArraysByTheirPrefixInAnyCase) {
     knowOwnCar();
     block.addVariable("CARIDXUpper", irsdk_int, kSlots);
     block.addVariable("caridxLower", irsdk_int, kSlots);
@@ -242,13 +262,13 @@ TEST_F(Sampling, KnowsPerCarArraysByTheirPrefixInAnyCase) {
     take();
     EXPECT_TRUE(other().containsValue("upper"));
     EXPECT_TRUE(other().containsValue("lower"));
-    EXPECT_EQ(otherValue(""), QVariant(4)) << "the prefix alone leaves the empty key";
+    EXPECT_EQ(otherValue(""), QVariant(4)) << "only the prefix gives the empty key";
     EXPECT_TRUE(own().containsValue("mycaridxmark"));
     EXPECT_FALSE(other().containsValue("mycaridxmark"));
     EXPECT_TRUE(own().containsValue("carid"));
 }
 
-TEST_F(Sampling, LeavesTheOwnElementOutInALiveSession) {
+TEST_F(Sampling, IgnoresTheOwnElementInALiveSession) {
     knowOwnCar();
     block.addVariable("Lap", irsdk_int);
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
@@ -259,7 +279,7 @@ TEST_F(Sampling, LeavesTheOwnElementOutInALiveSession) {
     EXPECT_EQ(otherValue("lap"), QVariant(9));
 }
 
-TEST_F(Sampling, TakesTheOwnElementInAReplay) {
+TEST_F(Sampling, StoresTheOwnElementInAReplay) {
     becomeReplay();
     block.addVariable("Lap", irsdk_int);
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
@@ -269,7 +289,7 @@ TEST_F(Sampling, TakesTheOwnElementInAReplay) {
     EXPECT_EQ(ownValue("lap"), QVariant(9)) << "the array comes later in the table";
 }
 
-TEST_F(Sampling, LetsTheLaterVariableWinInAReplay) {
+TEST_F(Sampling, StoresTheLaterVariableInAReplay) {
     becomeReplay();
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
     block.addVariable("Lap", irsdk_int);
@@ -279,7 +299,7 @@ TEST_F(Sampling, LetsTheLaterVariableWinInAReplay) {
     EXPECT_EQ(ownValue("lap"), QVariant(5));
 }
 
-TEST_F(Sampling, TakesTheOwnElementWhileItIsUnknownWhetherItIsAReplay) {
+TEST_F(Sampling, StoresTheOwnElementUntilItIsKnownWhetherItIsAReplay) {
     drive.session.simMode.clear();
     knowOwnCar();
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
@@ -291,28 +311,23 @@ TEST_F(Sampling, TakesTheOwnElementWhileItIsUnknownWhetherItIsAReplay) {
     knowOwnCar();
     block.setAll("CarIdxLap", 10);
     take();
-    EXPECT_EQ(ownValue("lap"), QVariant(9)) << "a key that is written no more stays as it is";
+    EXPECT_EQ(ownValue("lap"), QVariant(9)) << "a value that is no longer written stays";
     EXPECT_EQ(otherValue("lap"), QVariant(10));
 }
 
 TEST_F(Sampling, FollowsTheOwnCarToAnotherSlot) {
     knowOwnCar();
-    block.addVariable("Speed", irsdk_int);
-    block.addVariable("CarIdxLap", irsdk_int, kSlots);
-    block.setAll("CarIdxLap", 1);
-    block.set("Speed", 50);
-    take();
+    addSpeedAndLap();
+    take(50, 1);
     knowOwnCar("7");
-    block.setAll("CarIdxLap", 2);
-    block.set("Speed", 60);
-    take();
+    take(60, 2);
     EXPECT_EQ(ownValue("speed"), QVariant(50));
     EXPECT_EQ(otherValue("speed"), QVariant(60));
     EXPECT_EQ(ownValue("lap"), QVariant(2));
     EXPECT_EQ(otherValue("lap"), QVariant(1));
 }
 
-TEST_F(Sampling, LetsTwoVariablesOfOneKeyReplaceEachOther) {
+TEST_F(Sampling, StoresTheLaterOfTwoVariablesWithTheSameKey) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_int, 1, "a");
     block.addVariable("SPEED", irsdk_float, 1, "b");
@@ -331,13 +346,11 @@ TEST_F(Sampling, LetsTwoVariablesOfOneKeyReplaceEachOther) {
     }
 }
 
-TEST_F(Sampling, WritesAValueAgainThatSomeoneChanged) {
+TEST_F(Sampling, RestoresAValueThatWasChanged) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_int, 1, "m/s");
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
-    block.set("Speed", 50);
-    block.setAll("CarIdxLap", 4);
-    take();
+    take(50, 4);
     reader.sample(kOwnCar).setValue("speed", QString("text"), "x");
     reader.sample(kLaterCar).removeValue("lap");
     take();
@@ -351,7 +364,7 @@ TEST_F(Sampling, WritesAValueAgainThatSomeoneChanged) {
     EXPECT_EQ(otherValue("lap"), QVariant(4));
 }
 
-TEST_F(Sampling, FillsSamplesThatWereHandedOutLikeAnyOther) {
+TEST_F(Sampling, FillsSamplesThatWereHandedOutLikeOthers) {
     publishValuesOfBothCars();
     iRTelemetryReader looking;
     looking.setYaml(drive.session.toYaml().constData());
@@ -374,7 +387,7 @@ TEST_F(Sampling, FillsSamplesThatWereHandedOutLikeAnyOther) {
     }
 }
 
-TEST_F(Sampling, WritesTheSlotsThatCameBackAfterAResize) {
+TEST_F(Sampling, FillsTheSlotsThatCameBackAfterAResize) {
     knowOwnCar();
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
     block.setAll("CarIdxLap", 4);
@@ -387,33 +400,28 @@ TEST_F(Sampling, WritesTheSlotsThatCameBackAfterAResize) {
     EXPECT_EQ(sampleOf(kSlots - 1).value("lap").value, QVariant(4));
 }
 
-TEST_F(Sampling, LeavesCopiesOfASampleAsTheyWere) {
+TEST_F(Sampling, DoesNotChangeCopiesOfASample) {
     knowOwnCar();
-    block.addVariable("Speed", irsdk_int);
-    block.addVariable("CarIdxLap", irsdk_int, kSlots);
-    block.set("Speed", 1);
-    block.setAll("CarIdxLap", 1);
-    take();
+    addSpeedAndLap();
+    take(1, 1);
     const Sample ownBefore = own();
     const Sample otherBefore = other();
-    block.set("Speed", 2);
-    block.setAll("CarIdxLap", 2);
-    take();
+    take(2, 2);
     EXPECT_EQ(ownBefore.value("speed").value, QVariant(1));
     EXPECT_EQ(otherBefore.value("lap").value, QVariant(1));
     EXPECT_EQ(ownValue("speed"), QVariant(2));
     EXPECT_EQ(otherValue("lap"), QVariant(2));
 }
 
-TEST_F(Sampling, LeavesEveryCopyThatAHostKeepsAsItWas) {
+TEST_F(Sampling, DoesNotChangeAnyCopyThatAHostKeeps) {
     publishValuesOfBothCars();
     struct Kept {
         int tick;
         Sample own;
         Sample other;
     };
-    // A host may keep the samples of no tick, of some ticks or of all. Whether one that keeps all
-    // still does is tried every few hundred ticks.
+    // A host may keep the samples of no tick, of some ticks or of all. The reader checks every few
+    // hundred ticks whether a host still keeps all of them.
     constexpr int kTicks = 600;
     int tick = 0;
     for (std::size_t keeps = 0; keeps <= 6; ++keeps) {
@@ -439,9 +447,9 @@ TEST_F(Sampling, LeavesEveryCopyThatAHostKeepsAsItWas) {
     }
 }
 
-// Values that are copied in each tick never lie where earlier ones did, as far as the memory tells:
-// with the address sanitizer, which keeps back what is freed, it always does.
-TEST_F(Sampling, ReusesValuesAgainOnceAHostThatKeptAllLetsGo) {
+// Values that are copied in each tick have new addresses. This is certain under the address
+// sanitizer, which delays the reuse of freed memory.
+TEST_F(Sampling, ReusesValuesAgainWhenAHostThatKeptAllReleasesThem) {
     publishValuesOfBothCars();
     constexpr int kKeptTicks = 20;
     constexpr int kTicksUntilNoticed = 300;
@@ -479,7 +487,7 @@ TEST_F(Sampling, DropsTheOwnValuesWhileTheOwnCarIsUnknown) {
     }
 }
 
-TEST_F(Sampling, DropsTheOwnValuesWhileTheOwnCarLiesBeyondTheSlots) {
+TEST_F(Sampling, DropsTheOwnValuesWhileTheOwnCarIsBeyondTheSlots) {
     for (const QByteArray& own : {QByteArray("64"), QByteArray("-7")}) {
         knowOwnCar(own);
         block = TestBlock();
@@ -487,10 +495,7 @@ TEST_F(Sampling, DropsTheOwnValuesWhileTheOwnCarLiesBeyondTheSlots) {
         block.addVariable("CarIdxLap", irsdk_int, kSlots);
         block.setAll("CarIdxLap", 2);
         iRTelemetryReader fresh;
-        fresh.setYaml(drive.session.toYaml().constData());
-        fresh.updateCarList();
-        fresh.getRawData(&block.header(), block.varHeaders(), block.snapshot(),
-                         block.snapshotLength());
+        takeFirst(fresh, block);
         for (int slot = 0; slot < kSlots; ++slot) {
             EXPECT_EQ(std::as_const(fresh).sample(slot).valueNameList(), QStringList({"lap"}));
         }
@@ -524,9 +529,9 @@ TEST_F(Sampling, GivesEveryCarTheSessionClockOfTheOwn) {
     }
 }
 
-TEST_F(Sampling, TakesTheClockOfTheSameTick) {
+TEST_F(Sampling, UsesTheClockOfTheSameTick) {
     knowOwnCar();
-    // The clock comes last in the table and is still the one handed on.
+    // The clock is last in the table and must still be used for the other cars.
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
     block.addVariable("SessionTime", irsdk_double, 1, "s");
     block.addVariable("SessionTick", irsdk_int);
@@ -539,7 +544,7 @@ TEST_F(Sampling, TakesTheClockOfTheSameTick) {
     }
 }
 
-TEST_F(Sampling, LetsTheClockOfTheOwnCarWinOverAPerCarArray) {
+TEST_F(Sampling, PrefersTheOwnCarsClockToAPerCarArray) {
     knowOwnCar();
     block.addVariable("SessionTick", irsdk_int);
     block.addVariable("CarIdxSessionTick", irsdk_int, kSlots);
@@ -549,7 +554,7 @@ TEST_F(Sampling, LetsTheClockOfTheOwnCarWinOverAPerCarArray) {
     EXPECT_EQ(otherValue("sessiontick"), QVariant(quint64{8}));
 }
 
-TEST_F(Sampling, HandsOnAClockThatIsMissingAsNoValue) {
+TEST_F(Sampling, GivesOtherCarsInvalidValuesForAMissingClock) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_float);
     take();
@@ -561,7 +566,7 @@ TEST_F(Sampling, HandsOnAClockThatIsMissingAsNoValue) {
     EXPECT_FALSE(own().containsValue("sessiontime"));
 }
 
-TEST_F(Sampling, HandsOnAClockOfAnyType) {
+TEST_F(Sampling, GivesOtherCarsAClockOfAnyType) {
     struct Clock {
         int type;
         double reading;
@@ -578,7 +583,7 @@ TEST_F(Sampling, HandsOnAClockOfAnyType) {
         any.publishSession();
         any.reader.updateCarList();
         if (clock.type == kUnknownType) {
-            // Nothing before it in the table has a value that it could take over.
+            // No variable before it in the table has a value that it could get.
             any.block.variable("SessionTime").count = 0;
             any.block.variable("SessionTimeRemain").count = 0;
         } else {
@@ -616,7 +621,7 @@ TEST_F(Sampling, GivesEverythingToTheOwnCarWhileLoadingFromDisk) {
     }
 }
 
-TEST_F(Sampling, TurnsBackToEveryCarAfterLoadingFromDisk) {
+TEST_F(Sampling, GivesPerCarArraysToEveryCarAgainAfterLoadingFromDisk) {
     knowOwnCar();
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
     block.setAll("CarIdxLap", 3);
@@ -643,7 +648,7 @@ TEST_F(Sampling, DropsEverythingWhileLoadingFromDiskWithoutAnOwnCar) {
     }
 }
 
-TEST_F(Sampling, KeepsKeysThatTheSnapshotNoLongerHas) {
+TEST_F(Sampling, KeepsValuesThatTheSnapshotNoLongerHas) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_int);
     block.addVariable("Gear", irsdk_int);
@@ -691,7 +696,7 @@ TEST_F(Sampling, KeepsNamesAndUnitsOfTheFirstTick) {
     EXPECT_TRUE(other().containsValue("lap"));
 }
 
-TEST_F(Sampling, FollowsTypesOffsetsAndCountsOfEveryTick) {
+TEST_F(Sampling, UsesTypesOffsetsAndCountsOfEveryTick) {
     knowOwnCar();
     block.addVariable("First", irsdk_float);
     block.addVariable("Second", irsdk_float);
@@ -727,7 +732,7 @@ TEST_F(Sampling, BuildsTheTableWithTheFirstTickThatHasVariables) {
     EXPECT_TRUE(own().containsValue("speed"));
 }
 
-TEST_F(Sampling, GoesOnWithTheTableAfterATickWithoutVariables) {
+TEST_F(Sampling, KeepsTheTableAfterATickWithoutVariables) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_int);
     block.set("Speed", 1);
@@ -741,7 +746,7 @@ TEST_F(Sampling, GoesOnWithTheTableAfterATickWithoutVariables) {
     EXPECT_EQ(ownValue("speed"), QVariant(2));
 }
 
-TEST_F(Sampling, TakesNothingOfACountOfZeroOrLess) {
+TEST_F(Sampling, StoresNothingForACountOfZeroOrLess) {
     knowOwnCar();
     for (const int count : {0, -1, std::numeric_limits<int>::min()}) {
         for (const int type :
@@ -767,7 +772,7 @@ TEST_F(Sampling, IgnoresElementsPastTheLastSlot) {
     EXPECT_FALSE(sampleOf(2).containsValue("few"));
 }
 
-TEST_F(Sampling, StoresNoValueForAnUnknownTypeAtTheStart) {
+TEST_F(Sampling, StoresAnInvalidValueForAnUnknownTypeAtTheStart) {
     knowOwnCar();
     block.addVariable("Strange", kUnknownType, 1, "x");
     block.addVariable("CarIdxStrange2", -1, kSlots, "y");
@@ -781,7 +786,7 @@ TEST_F(Sampling, StoresNoValueForAnUnknownTypeAtTheStart) {
     EXPECT_FALSE(own().containsValue("strange2"));
 }
 
-TEST_F(Sampling, TakesTheLastElementWithoutASlotForTheValueConvertedBefore) {
+TEST_F(Sampling, ConvertsElementsWithoutASlotToo) {
     knowOwnCar();
     TestBlock odd;
     odd.addVariable("CarIdxLap", irsdk_int, kSlots + 6);
@@ -790,17 +795,14 @@ TEST_F(Sampling, TakesTheLastElementWithoutASlotForTheValueConvertedBefore) {
     odd.set("CarIdxLap", 7, kSlots - 1);
     odd.set("CarIdxLap", 9, kSlots + 5);
     iRTelemetryReader fresh;
-    fresh.setYaml(drive.session.toYaml().constData());
-    fresh.updateCarList();
-    fresh.getRawData(&odd.header(), odd.varHeaders(), odd.snapshot(), odd.snapshotLength());
+    takeFirst(fresh, odd);
     EXPECT_EQ(std::as_const(fresh).sample(kOwnCar).value("strange").value, QVariant(9));
 }
 
-TEST_F(Sampling, BearsChangesThroughAReferenceThatIsKept) {
+TEST_F(Sampling, SurvivesChangesThroughAKeptReference) {
     knowOwnCar();
     Sample& kept = drive.reader.sample(kLaterCar);
-    drive.putOther(kLaterCar, 0.25);
-    drive.tick();
+    drive.putOther(kLaterCar, 0.25).tick();
     kept.setValue("lapdistpct", QVariant(QString("a text of some length")), "odd");
     drive.tick();
     EXPECT_EQ(kept.value("lapdistpct").value, QVariant(0.25F));
@@ -835,9 +837,7 @@ TEST_F(Sampling, StoresTheValueConvertedBeforeForAnUnknownType) {
         odd.set("Wheels", 2.5, 1);
         odd.set("CarIdxLap", 33, kSlots - 1);
         iRTelemetryReader fresh;
-        fresh.setYaml(drive.session.toYaml().constData());
-        fresh.updateCarList();
-        fresh.getRawData(&odd.header(), odd.varHeaders(), odd.snapshot(), odd.snapshotLength());
+        takeFirst(fresh, odd);
         const Sample& sample = std::as_const(fresh).sample(kOwnCar);
         EXPECT_EQ(sample.value("strange").value, QVariant(4)) << type;
         EXPECT_EQ(sample.value("strange").unit(), "x");
@@ -847,7 +847,7 @@ TEST_F(Sampling, StoresTheValueConvertedBeforeForAnUnknownType) {
     }
 }
 
-TEST_F(Sampling, ConvertsTheOwnElementThatALiveSessionLeavesOut) {
+TEST_F(Sampling, ConvertsTheOwnElementThatALiveSessionIgnores) {
     knowOwnCar();
     block.addVariable("CarIdxLap", irsdk_int, kOwnCar + 1);
     block.addVariable("Strange", kUnknownType);
@@ -856,7 +856,7 @@ TEST_F(Sampling, ConvertsTheOwnElementThatALiveSessionLeavesOut) {
     EXPECT_EQ(ownValue("strange"), QVariant(21));
 }
 
-TEST_F(Sampling, ConvertsAnElementThatNoOwnCarTakes) {
+TEST_F(Sampling, ConvertsAnElementWithoutAnOwnCar) {
     block.addVariable("Speed", irsdk_int);
     block.addVariable("CarIdxStrange", kUnknownType, kSlots);
     block.set("Speed", 21);
@@ -864,7 +864,7 @@ TEST_F(Sampling, ConvertsAnElementThatNoOwnCarTakes) {
     EXPECT_EQ(otherValue("strange"), QVariant(21));
 }
 
-TEST_F(Sampling, HoldsNoValueOverFromTheTickBefore) {
+TEST_F(Sampling, KeepsNoConvertedValueForTheNextTick) {
     knowOwnCar();
     block.addVariable("Strange", kUnknownType);
     block.addVariable("Gear", irsdk_int);
@@ -875,10 +875,9 @@ TEST_F(Sampling, HoldsNoValueOverFromTheTickBefore) {
     EXPECT_FALSE(ownValue("strange").isValid());
 }
 
-TEST_F(Sampling, SkipsAVariableThatDoesNotLieWithinTheSnapshot) {
+TEST_F(Sampling, SkipsAVariableOutsideTheSnapshot) {
     knowOwnCar();
-    block.addVariable("Speed", irsdk_int);
-    block.addVariable("CarIdxLap", irsdk_int, kSlots);
+    addSpeedAndLap();
     block.addVariable("Gear", irsdk_int);
     block.set("Speed", 1);
     block.set("Gear", 2);
@@ -895,10 +894,10 @@ TEST_F(Sampling, SkipsAVariableThatDoesNotLieWithinTheSnapshot) {
     }
     block.variable("Speed").offset = length - 4;
     take();
-    EXPECT_TRUE(own().containsValue("speed")) << "the last place that fits";
+    EXPECT_TRUE(own().containsValue("speed")) << "the last offset that fits";
 }
 
-TEST_F(Sampling, SkipsAnArrayThatReachesPastTheSnapshot) {
+TEST_F(Sampling, SkipsAnArrayThatEndsOutsideTheSnapshot) {
     knowOwnCar();
     block.addVariable("Wheels", irsdk_double, 4);
     block.addVariable("CarIdxLap", irsdk_int, kSlots);
@@ -910,11 +909,11 @@ TEST_F(Sampling, SkipsAnArrayThatReachesPastTheSnapshot) {
         take();
         EXPECT_FALSE(own().containsValue("wheels")) << count;
         EXPECT_FALSE(other().containsValue("lap")) << count;
-        EXPECT_FALSE(ownValue("strange").isValid()) << "what is skipped converts nothing";
+        EXPECT_FALSE(ownValue("strange").isValid()) << "a skipped variable is not converted";
     }
 }
 
-TEST_F(Sampling, WorksThroughAnUnknownTypeOfAnAbsurdCountAtOnce) {
+TEST_F(Sampling, HandlesAnUnknownTypeOfAnAbsurdCountQuickly) {
     knowOwnCar();
     block.addVariable("Gear", irsdk_int);
     block.addVariable("Strange", kUnknownType);
@@ -927,7 +926,7 @@ TEST_F(Sampling, WorksThroughAnUnknownTypeOfAnAbsurdCountAtOnce) {
     EXPECT_EQ(sampleOf(kSlots - 1).value("strange").value, QVariant(4));
 }
 
-TEST_F(Sampling, FollowsASnapshotOfAnotherLength) {
+TEST_F(Sampling, AcceptsASnapshotOfAnotherLength) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_int);
     block.addVariable("Gear", irsdk_int);
@@ -961,10 +960,9 @@ TEST_F(Sampling, ReadsElementsAtAnyAlignment) {
     EXPECT_EQ(otherValue("odd"), QVariant(0.5F));
 }
 
-TEST_F(Sampling, TrustsACallerWhoVouchesForTheSnapshot) {
+TEST_F(Sampling, TrustsACallerWhoGivesNoLength) {
     knowOwnCar();
-    block.addVariable("Speed", irsdk_int);
-    block.addVariable("CarIdxLap", irsdk_int, kSlots);
+    addSpeedAndLap();
     block.set("Speed", 12);
     block.setAll("CarIdxLap", 5);
     reader.getRawData(&block.header(), block.varHeaders(), block.snapshot());
@@ -972,8 +970,8 @@ TEST_F(Sampling, TrustsACallerWhoVouchesForTheSnapshot) {
     EXPECT_EQ(otherValue("lap"), QVariant(5));
 }
 
-// The plugin passes the address of what it copied of the table, and nothing has none.
-TEST_F(Sampling, DistributesTheSessionClockOfATableWithoutEntriesWhateverItsAddress) {
+// The plugin passes the address of its copy of the table, which is null if the table is empty.
+TEST_F(Sampling, DistributesTheSessionClockOfAnEmptyTableWithANullAddress) {
     knowOwnCar();
     block.header().numVars = 0;
     reader.getRawData(&block.header(), nullptr, block.snapshot(), block.snapshotLength());
@@ -984,7 +982,7 @@ TEST_F(Sampling, DistributesTheSessionClockOfATableWithoutEntriesWhateverItsAddr
     EXPECT_EQ(otherValue("sessiontick"), QVariant(0ULL));
 }
 
-TEST_F(Sampling, TakesNothingOfNullPointers) {
+TEST_F(Sampling, IgnoresNullPointers) {
     knowOwnCar();
     block.addVariable("Speed", irsdk_int);
     const int length = block.snapshotLength();
@@ -997,7 +995,7 @@ TEST_F(Sampling, TakesNothingOfNullPointers) {
     EXPECT_TRUE(own().containsValue("speed"));
 }
 
-TEST_F(Sampling, TakesAnyNumberAsItStands) {
+TEST_F(Sampling, KeepsNaNAndInfinities) {
     knowOwnCar();
     block.addVariable("AFloat", irsdk_float);
     block.addVariable("ADouble", irsdk_double);
@@ -1013,10 +1011,9 @@ TEST_F(Sampling, TakesAnyNumberAsItStands) {
     EXPECT_TRUE(std::isnan(ownValue("adouble").toDouble()));
 }
 
-TEST_F(Sampling, RollsEveryCarOverBeforeTheTick) {
+TEST_F(Sampling, CopiesCurrentToPreviousBeforeTheTick) {
     drive.publishSession();
-    drive.putOtherOnPitRoad(kLaterCar, 0.5);
-    drive.tick();
+    drive.putOtherOnPitRoad(kLaterCar, 0.5).tick();
     ASSERT_EQ(drive.car(kLaterCar).previous.status, TLM::SDK::CarStatus::Undefined);
     reader.prepareTick();
     EXPECT_EQ(drive.own().previous.status, TLM::SDK::CarStatus::InPitStall);
@@ -1024,9 +1021,8 @@ TEST_F(Sampling, RollsEveryCarOverBeforeTheTick) {
     EXPECT_EQ(drive.car(kLaterCar).previous.lapDistPct, 0.5F);
 }
 
-TEST_F(Sampling, StartsTheNextLapBehindAClosedOneBeforeTheTick) {
-    drive.publishSession();
-    drive.tick();
+TEST_F(Sampling, StartsTheNextLapAfterAClosedOneBeforeTheTick) {
+    drive.publishSession().tick();
     const LapPointer closed = reader.lap(kOwnCar);
     const LapPointer next = drive.own().nextLap;
     reader.processLap(kOwnCar, false);

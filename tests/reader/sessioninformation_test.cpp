@@ -17,7 +17,7 @@ class SessionInformation : public ReaderTest {
 protected:
     Lap lap;
 
-    /** What a lap of the later car is told by a session text. */
+    /** Adds the information of a session text to a lap of the later car. */
     void inform(const QByteArray& text) {
         drive.reader.setYaml(text.constData());
         drive.reader.getSessionInfo(kLaterCar, &lap);
@@ -68,7 +68,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SessionInformation, OfAnEmptyTreeIsTheCarsNumber) {
+TEST_F(SessionInformation, OfAnEmptyTreeIsOnlyTheCarsNumber) {
     drive.reader.getSessionInfo(kLaterCar, &lap);
     EXPECT_EQ(lap.carId(), "7");
     EXPECT_TRUE(lap.valueNameList().isEmpty());
@@ -77,12 +77,12 @@ TEST_F(SessionInformation, OfAnEmptyTreeIsTheCarsNumber) {
     EXPECT_EQ(lap.session(), Session::Unknown);
 }
 
-TEST_F(SessionInformation, TakesTheTrackIntoTheHeader) {
+TEST_F(SessionInformation, PutsTheTrackIntoTheHeader) {
     inform(yaml({"WeekendInfo:", " TrackDisplayName: Long Ring", " TrackConfigName: GP"}));
     expectHeaderTexts("Long Ring", "GP", "", "");
 }
 
-TEST_F(SessionInformation, TakesEachTextOfTheWeekend) {
+TEST_F(SessionInformation, ContainsEachTextOfTheWeekend) {
     const std::vector<std::pair<QByteArray, QString>> rows = {
         {"TrackDisplayShortName", "Track short name"},
         {"TrackCity", "Track city"},
@@ -98,7 +98,7 @@ TEST_F(SessionInformation, TakesEachTextOfTheWeekend) {
     }
 }
 
-TEST_F(SessionInformation, TakesEachQuantityOfTheWeekend) {
+TEST_F(SessionInformation, ContainsEachQuantityOfTheWeekend) {
     const std::vector<std::pair<QByteArray, QString>> rows = {
         {"TrackLength", "Track length"},
         {"TrackSurfaceTemp", "Track surface temperature"},
@@ -110,12 +110,12 @@ TEST_F(SessionInformation, TakesEachQuantityOfTheWeekend) {
     }
 }
 
-TEST_F(SessionInformation, TakesTheWeatherOfTheWeekendsOptions) {
+TEST_F(SessionInformation, ContainsTheWeatherOfTheWeekendsOptions) {
     inform(yaml({"WeekendInfo:", " WeekendOptions:", "  WeatherTemp: 25.5 C"}));
     expectNumber("Weekend temperature", 25.5, "C");
 }
 
-TEST_F(SessionInformation, SetsEveryWeekendValueAlsoWithoutItsText) {
+TEST_F(SessionInformation, SetsEveryWeekendValueEvenWithoutItsText) {
     informOfWeekend(" TrackName: x");
     EXPECT_EQ(lap.valueNameList(),
               QStringList({"Air temperature", "Category", "Official", "Skies", "Track city",
@@ -165,7 +165,7 @@ TEST_F(SessionInformation, JoinsTheTwoSessionNumbersToTheIdentity) {
     EXPECT_TRUE(drive.reader.isSessionRestarted());
 }
 
-TEST_F(SessionInformation, TakesAnIdentityThatIsNoNumberForZero) {
+TEST_F(SessionInformation, TreatsAnIdentityThatIsNotANumberAsZero) {
     inform(yaml({"WeekendInfo:", " SessionID: abc", " SubSessionID: 1"}));
     EXPECT_EQ(lap.sessionId(), QUuid("00000000-0000-0000-0000-00000000abc1"));
     EXPECT_FALSE(drive.reader.isSessionRestarted());
@@ -173,10 +173,10 @@ TEST_F(SessionInformation, TakesAnIdentityThatIsNoNumberForZero) {
     EXPECT_EQ(lap.sessionId(), QUuid("00000000-0099-9999-9999-999999999999"));
     EXPECT_FALSE(drive.reader.isSessionRestarted()) << "22 digits fit no 64 bits";
     inform(yaml({"WeekendInfo:", " SessionID: 18446744073", " SubSessionID: 709551615"}));
-    EXPECT_TRUE(drive.reader.isSessionRestarted()) << "20 digits may";
+    EXPECT_TRUE(drive.reader.isSessionRestarted()) << "this one fits";
 }
 
-TEST_F(SessionInformation, MultipliesMaximumFuelByItsAllowedPart) {
+TEST_F(SessionInformation, MultipliesTheTanksSizeByTheAllowedFraction) {
     informOfDriverInfo({" DriverCarFuelMaxLtr: 120.000", " DriverCarMaxFuelPct: 0.500",
                         " DriverCarFuelKgPerLtr: 0.750"});
     expectNumber("Maximum fuel level", 60.0, "l");
@@ -185,14 +185,14 @@ TEST_F(SessionInformation, MultipliesMaximumFuelByItsAllowedPart) {
     expectNumber("Maximum fuel weight", 45.0, "kg");
 }
 
-TEST_F(SessionInformation, TakesANegativeFuelDensityForADensity) {
+TEST_F(SessionInformation, AcceptsANegativeFuelDensity) {
     informOfDriverInfo(
         {" DriverCarFuelMaxLtr: 100", " DriverCarMaxFuelPct: 1", " DriverCarFuelKgPerLtr: -0.75"});
     expectNumber("Kg per fuel litre", -0.75, "");
     expectNumber("Maximum fuel weight", -75.0, "kg");
 }
 
-TEST_F(SessionInformation, TakesADensityOfNearlyZeroForNone) {
+TEST_F(SessionInformation, IgnoresAFuelDensityOfNearlyZero) {
     for (const QByteArray& none : {QByteArray("0"), QByteArray("1e-12"), QByteArray("-1e-12"),
                                    QByteArray("heavy"), QByteArray("")}) {
         lap = Lap();
@@ -210,14 +210,14 @@ TEST_F(SessionInformation, TakesADensityOfNearlyZeroForNone) {
     }
 }
 
-TEST_F(SessionInformation, HasNoFuelOfDriversWhoSayNothingOfIt) {
+TEST_F(SessionInformation, HasAMaximumFuelOfZeroWithoutItsTexts) {
     informOfDriverInfo({});
     expectNumber("Maximum fuel level", 0.0, "l");
     expectNumber("Maximum fuel percent", 0.0, "pu");
     EXPECT_EQ(lap.valueNameList(), QStringList({"Maximum fuel level", "Maximum fuel percent"}));
 }
 
-TEST_F(SessionInformation, PrefersTheFuelUnitOfTheSetUp) {
+TEST_F(SessionInformation, UsesTheFuelUnitOfTheSetUp) {
     const std::vector<std::pair<QByteArray, QString>> rows = {{"60.0 L", "volume"},
                                                               {"45.0 kg", "weight"},
                                                               {" 45.0  kg ", "weight"},
@@ -235,7 +235,7 @@ TEST_F(SessionInformation, PrefersTheFuelUnitOfTheSetUp) {
     }
 }
 
-TEST_F(SessionInformation, TakesTheAerodynamicsCalculatorsAsTheyAre) {
+TEST_F(SessionInformation, ContainsTheValuesOfTheAerodynamicsCalculators) {
     informOfDriverInfo(
         {"CarSetup:", " TiresAero:", "  AeroCalculator:", "   FrontRhAtSpeed: 25.0 mm",
          "   Plain: 12", "   Empty: ", "   Blank:    ", "   Wide:   48.5    %   of   all ",
@@ -258,13 +258,13 @@ TEST_F(SessionInformation, SplitsAerodynamicsAtBlanksOnly) {
     expectText("Tab", "25.0\tmm");
 }
 
-TEST_F(SessionInformation, LetsTheSecondCalculatorWin) {
+TEST_F(SessionInformation, PrefersTheSecondCalculator) {
     informOfDriverInfo({"CarSetup:", " TiresAero:", "  AeroBalanceCalc:", "   Wing: 2 deg",
                         "  AeroCalculator:", "   Wing: 1 deg"});
     EXPECT_EQ(lap.value("Wing").value.toString(), "2");
 }
 
-TEST_F(SessionInformation, LetsTheLaterOfEqualNamesWin) {
+TEST_F(SessionInformation, PrefersTheLaterOfEqualNames) {
     informOfDriverInfo({" DriverCarFuelMaxLtr: 100", " DriverCarMaxFuelPct: 1",
                         " Drivers:", " - CarIdx: 7", "   TeamName: Aces",
                         "CarSetup:", " Chassis:", "  Rear:", "   FuelLevel: 45.0 kg",
@@ -281,13 +281,13 @@ TEST_F(SessionInformation, ReadsTheSetUpOnlyBesideDriverInfo) {
     EXPECT_TRUE(lap.valueNameList().isEmpty());
 }
 
-TEST_F(SessionInformation, TakesTheDriverIntoTheHeader) {
+TEST_F(SessionInformation, PutsTheDriverIntoTheHeader) {
     informOfDriverInfo(
         {" Drivers:", " - CarIdx: 7", "   UserName: Zed Zest", "   CarScreenName: Roadster"});
     expectHeaderTexts("", "", "Zed Zest", "Roadster");
 }
 
-TEST_F(SessionInformation, TakesEachTextOfTheDriver) {
+TEST_F(SessionInformation, ContainsEachTextOfTheDriver) {
     const std::vector<std::pair<QByteArray, QString>> rows = {
         {"TeamName", "Team"},
         {"AbbrevName", "Driver abbreviation"},
@@ -313,7 +313,7 @@ TEST_F(SessionInformation, TakesEachTextOfTheDriver) {
                            "iRacing car path", "iRating"}));
 }
 
-TEST_F(SessionInformation, TakesTheLicencesColour) {
+TEST_F(SessionInformation, ContainsTheLicencesColour) {
     informOfDriverInfo({" Drivers:", " - CarIdx: 7", "   LicColor: 0xfc0706"});
     EXPECT_EQ(lap.value("Licence color").value.typeId(), QMetaType::QColor);
     EXPECT_EQ(lap.value("Licence color").value.value<QColor>(), QColor(0xfc, 0x07, 0x06));
@@ -322,7 +322,7 @@ TEST_F(SessionInformation, TakesTheLicencesColour) {
     EXPECT_EQ(lap.value("Licence color").value.value<QColor>(), QColor(0x01, 0x53, 0xdb));
 }
 
-TEST_F(SessionInformation, TakesAColourThatIsNoneForAnInvalidOne) {
+TEST_F(SessionInformation, HasAnInvalidColourForAnyOtherText) {
     const DebugLines silence;
     for (const QByteArray& text :
          {QByteArray("0XFC0706"), QByteArray("undefined"), QByteArray(""), QByteArray("0x12")}) {
@@ -333,7 +333,7 @@ TEST_F(SessionInformation, TakesAColourThatIsNoneForAnInvalidOne) {
     }
 }
 
-TEST_F(SessionInformation, IsOfTheCarAskedForAlone) {
+TEST_F(SessionInformation, IsOnlyAboutTheRequestedCar) {
     informOfDriverInfo({" Drivers:", " - CarIdx: 1", "   UserName: Earlier", " - CarIdx: 70",
                         "   UserName: Beyond"});
     EXPECT_TRUE(lap.driverName().isEmpty());
@@ -343,14 +343,14 @@ TEST_F(SessionInformation, IsOfTheCarAskedForAlone) {
     EXPECT_EQ(lap.carId(), "1");
 }
 
-TEST_F(SessionInformation, NamesTheSessionByTheOwnCarsNumber) {
+TEST_F(SessionInformation, NamesTheSessionByTheOwnCarsSessionNumber) {
     drive.session.sessionTypes = {"Practice", "Qualify"};
     driveInSession(1);
     expectText("Session name", "Qualify");
     EXPECT_EQ(lap.session(), Session::Qualify);
 }
 
-TEST_F(SessionInformation, KnowsFiveKindsOfSessions) {
+TEST_F(SessionInformation, RecognizesFiveKindsOfSessions) {
     const std::vector<std::pair<QByteArray, Session>> kinds = {
         {"Race", Session::Race},
         {"Offline testing", Session::OfflineTesting},
@@ -366,7 +366,7 @@ TEST_F(SessionInformation, KnowsFiveKindsOfSessions) {
     }
 }
 
-TEST_F(SessionInformation, LeavesTheKindOfAnUnknownSessionAsItWas) {
+TEST_F(SessionInformation, DoesNotSetTheKindOfAnUnknownSession) {
     for (const QByteArray& text : {QByteArray("Lone Qualify"), QByteArray("race"),
                                    QByteArray("Offline Testing"), QByteArray("Race ")}) {
         lap.setSession(Session::Warmup);
@@ -377,7 +377,7 @@ TEST_F(SessionInformation, LeavesTheKindOfAnUnknownSessionAsItWas) {
     }
 }
 
-TEST_F(SessionInformation, GivesASessionThatIsNotThereANullName) {
+TEST_F(SessionInformation, GivesAMissingSessionANullName) {
     driveInSession(5);
     expectText("Session name", "");
     EXPECT_TRUE(lap.value("Session name").value.toString().isNull());
@@ -395,7 +395,7 @@ TEST_F(SessionInformation, HasNoSessionWithoutAnOwnCar) {
     }
 }
 
-TEST_F(SessionInformation, TakesAMissingSessionNumberForZero) {
+TEST_F(SessionInformation, TreatsAMissingSessionNumberAsZero) {
     drive.publishSession();
     drive.reader.updateCarList();
     drive.reader.getSessionInfo(kLaterCar, &lap);
@@ -417,15 +417,15 @@ TEST_F(SessionInformation, IsSharedByTheLapsOfACar) {
     Lap second;
     drive.reader.pathSet("SessionInfo/Sessions/0/ResultsPositions/1/LapsComplete", "2");
     drive.reader.getSessionInfo(kLaterCar, &second);
-    EXPECT_TRUE(second.data().isSharedWith(lap.data())) << "results are no part of it";
+    EXPECT_TRUE(second.data().isSharedWith(lap.data())) << "results are not part of it";
     second.setValue("Track city", QVariant("Elsewhere"), QString());
     second.removeValue("Skies");
     Lap third;
     drive.reader.getSessionInfo(kLaterCar, &third);
-    EXPECT_TRUE(third.data().isSharedWith(lap.data())) << "a lap's change is its own";
+    EXPECT_TRUE(third.data().isSharedWith(lap.data())) << "a change of one lap does not affect it";
 }
 
-TEST_F(SessionInformation, KeepsWhatALapHadBefore) {
+TEST_F(SessionInformation, KeepsOtherValuesOfALap) {
     lap.setValue("Own value", QVariant(7), "u");
     lap.setValue("Track city", QVariant("Elsewhere"), QString());
     informOfWeekend(" TrackCity: Here");
@@ -433,7 +433,7 @@ TEST_F(SessionInformation, KeepsWhatALapHadBefore) {
     EXPECT_EQ(lap.value("Own value").value.toInt(), 7);
 }
 
-TEST_F(SessionInformation, FollowsEveryPartOfTheTextThatItIsMadeFrom) {
+TEST_F(SessionInformation, FollowsEverySectionOfTheTextThatItUses) {
     driveInSession(0);
     const std::vector<std::pair<const char*, const char*>> changes = {
         {"WeekendInfo/TrackCity", "Elsewhere"},
@@ -460,7 +460,7 @@ TEST_F(SessionInformation, FollowsEveryPartOfTheTextThatItIsMadeFrom) {
     EXPECT_EQ(informed(), before);
 }
 
-TEST_F(SessionInformation, TellsEveryCarItsOwn) {
+TEST_F(SessionInformation, IsDifferentForEveryCar) {
     driveInSession(0);
     for (const int car : {kEarlierCar, kLaterCar, kEarlierCar}) {
         Lap told;
@@ -476,7 +476,7 @@ TEST_F(SessionInformation, TellsEveryCarItsOwn) {
     }
 }
 
-TEST_F(SessionInformation, TakesAnEmptyWeekendForOne) {
+TEST_F(SessionInformation, AcceptsAnEmptyWeekend) {
     lap.setTrackName("Before");
     drive.reader.getSessionInfo(kLaterCar, &lap);
     EXPECT_EQ(lap.trackName(), "Before");
@@ -486,7 +486,7 @@ TEST_F(SessionInformation, TakesAnEmptyWeekendForOne) {
     EXPECT_TRUE(lap.containsValue("Track length"));
 }
 
-TEST_F(SessionInformation, SurvivesNumbersThatAreNone) {
+TEST_F(SessionInformation, SurvivesNaNInfinitiesAndHugeNumbers) {
     for (const QByteArray& text : {QByteArray("nan"), QByteArray("inf"), QByteArray("-inf"),
                                    QByteArray("1e400"), QByteArray("1e25")}) {
         informOfWeekend(" TrackLength: " + text + " km");

@@ -25,7 +25,7 @@ protected:
 
     void parse(const QByteArray& text) { reader.setYaml(text.constData()); }
 
-    /** A replay alone drops the running lap time. */
+    /** Only a replay drops the running lap time. */
     bool isReplay() {
         const LapPointer lap = reader.lap(kLaterCar);
         record(lap, "lapcurrentlaptime", {1.0});
@@ -33,7 +33,7 @@ protected:
         return !lap->containsRecordedChannel("lapcurrentlaptime");
     }
 
-    /** In a live session alone the own car's element of a per-car array is left out. */
+    /** Only a live session ignores the own car's element of a per-car array. */
     bool isLive() {
         reader.updateCarList();
         testsupport::TestBlock block;
@@ -48,27 +48,27 @@ protected:
 
 }  // namespace
 
-TEST_F(SessionYaml, KnowsNothingOfAReplayAtFirst) {
+TEST_F(SessionYaml, IsNeitherLiveNorAReplayAtFirst) {
     parse(drivers("3"));
     EXPECT_FALSE(isReplay());
     EXPECT_FALSE(isLive());
 }
 
-TEST_F(SessionYaml, SettlesOnALiveSession) {
+TEST_F(SessionYaml, RecognizesALiveSession) {
     parse(drivers("3"));
     parse(weekend("full"));
     EXPECT_TRUE(isLive());
     EXPECT_FALSE(isReplay());
 }
 
-TEST_F(SessionYaml, SettlesOnAReplay) {
+TEST_F(SessionYaml, RecognizesAReplay) {
     parse(drivers("3"));
     parse(weekend("replay"));
     EXPECT_TRUE(isReplay());
     EXPECT_FALSE(isLive());
 }
 
-TEST_F(SessionYaml, TakesOnlyTheExactWordForAReplay) {
+TEST_F(SessionYaml, RecognizesAReplayOnlyByTheExactWord) {
     for (const QByteArray& mode :
          {QByteArray("Replay"), QByteArray("replay "), QByteArray("replays"), QByteArray("")}) {
         reader.initialize();
@@ -79,13 +79,13 @@ TEST_F(SessionYaml, TakesOnlyTheExactWordForAReplay) {
     EXPECT_TRUE(isLive());
 }
 
-TEST_F(SessionYaml, TakesAWeekendWithoutAModeForALiveSession) {
+TEST_F(SessionYaml, TreatsAWeekendWithoutAModeAsLive) {
     parse(drivers("3"));
     parse(yaml({"WeekendInfo:", " TrackName: ring"}));
     EXPECT_TRUE(isLive());
 }
 
-TEST_F(SessionYaml, SettlesWithTheFirstTextThatHasAWeekend) {
+TEST_F(SessionYaml, DecidesWithTheFirstTextThatHasAWeekend) {
     parse(yaml({"DriverInfo:", " DriverCarIdx: 3"}));
     EXPECT_FALSE(isReplay());
     EXPECT_FALSE(isLive());
@@ -94,7 +94,7 @@ TEST_F(SessionYaml, SettlesWithTheFirstTextThatHasAWeekend) {
     EXPECT_TRUE(isLive());
 }
 
-TEST_F(SessionYaml, StaysSettledUntilInitialize) {
+TEST_F(SessionYaml, StaysAReplayUntilInitialize) {
     parse(weekend("replay"));
     parse(weekend("full"));
     EXPECT_TRUE(isReplay());
@@ -102,10 +102,10 @@ TEST_F(SessionYaml, StaysSettledUntilInitialize) {
     EXPECT_FALSE(isReplay());
     parse(drivers("3"));
     EXPECT_FALSE(isReplay());
-    EXPECT_TRUE(isLive()) << "the tree of before still says it";
+    EXPECT_TRUE(isLive()) << "the tree still has the earlier text";
 }
 
-TEST_F(SessionYaml, StaysLiveOnceSettled) {
+TEST_F(SessionYaml, StaysLiveOnceDecided) {
     parse(drivers("3"));
     parse(weekend("full"));
     parse(weekend("replay"));
@@ -113,13 +113,13 @@ TEST_F(SessionYaml, StaysLiveOnceSettled) {
     EXPECT_FALSE(isReplay());
 }
 
-TEST_F(SessionYaml, TakesANullTextForAnEmptyOne) {
+TEST_F(SessionYaml, ReadsANullTextAsAnEmptyOne) {
     reader.setYaml(nullptr);
     EXPECT_TRUE(reader.subTreesKeys().isEmpty());
     EXPECT_FALSE(reader.updateCarList());
 }
 
-TEST_F(SessionYaml, MakesAnIdOfTheIdentity) {
+TEST_F(SessionYaml, ConvertsTheIdentityToAnId) {
     EXPECT_EQ(reader.sessionId("12345678"), QUuid("00000000-0000-0000-0000-000012345678"));
     EXPECT_EQ(reader.sessionId("1"), QUuid("00000000-0000-0000-0000-000000000001"));
     EXPECT_EQ(reader.sessionId("0123456789abcdefABCDEF0123456789"),
@@ -128,12 +128,12 @@ TEST_F(SessionYaml, MakesAnIdOfTheIdentity) {
               QUuid("00123456-7890-1234-5678-901234567890"));
 }
 
-TEST_F(SessionYaml, MakesTheNullIdOfAnEmptyIdentity) {
+TEST_F(SessionYaml, ConvertsAnEmptyIdentityToTheNullId) {
     EXPECT_TRUE(reader.sessionId(QString()).isNull());
     EXPECT_TRUE(reader.sessionId("0").isNull());
 }
 
-TEST_F(SessionYaml, MakesTheNullIdOfWhatIsNoId) {
+TEST_F(SessionYaml, ConvertsAnInvalidIdentityToTheNullId) {
     EXPECT_TRUE(reader.sessionId("xyz").isNull());
     EXPECT_TRUE(reader.sessionId("12 34").isNull());
     EXPECT_TRUE(reader.sessionId("-1").isNull());
@@ -143,7 +143,7 @@ TEST_F(SessionYaml, MakesTheNullIdOfWhatIsNoId) {
     EXPECT_FALSE(reader.sessionId(QString(32, '1')).isNull());
 }
 
-TEST_F(SessionYaml, KeepsMarkersInAnIdentityAsTheyAre) {
+TEST_F(SessionYaml, DoesNotExpandPlaceholdersInAnIdentity) {
     EXPECT_TRUE(reader.sessionId("%1").isNull());
     EXPECT_TRUE(reader.sessionId("1%2").isNull());
 }
@@ -158,7 +158,7 @@ TEST_F(SessionYaml, ReadsTheOwnCarsIndex) {
     }
 }
 
-TEST_F(SessionYaml, HasNoOwnCarWhenTheIndexIsNoNumber) {
+TEST_F(SessionYaml, HasNoOwnCarWhenTheIndexIsNotANumber) {
     for (const QByteArray& text :
          {QByteArray("none"), QByteArray(""), QByteArray("7x"), QByteArray("1.5"),
           QByteArray("2147483648"), QByteArray("99999999999999999999"), QByteArray("0x7")}) {
@@ -175,7 +175,7 @@ TEST_F(SessionYaml, HasNoOwnCarWhenTheIndexIsNoNumber) {
     }
 }
 
-TEST_F(SessionYaml, ReportsAnOwnCarBeyondTheSlotsAsItStands) {
+TEST_F(SessionYaml, ReportsAnOwnCarBeyondTheSlotsAsWritten) {
     parse(drivers("70"));
     reader.updateCarList();
     EXPECT_EQ(reader.myCarIdx(), 70);
@@ -195,7 +195,7 @@ TEST_F(SessionYaml, LosesTheOwnCarWithItsSection) {
     EXPECT_FALSE(reader.updateCarList());
     EXPECT_EQ(reader.myCarIdx(), -1);
     EXPECT_EQ(reader.driverName(7), "A") << "names stay until there is a list";
-    EXPECT_TRUE(reader.detailedTelemetry(7)) << "without a list no slot is touched";
+    EXPECT_TRUE(reader.detailedTelemetry(7)) << "without a list no slot is changed";
 }
 
 TEST_F(SessionYaml, ReadsFourNamesOfEachDriver) {
@@ -212,7 +212,7 @@ TEST_F(SessionYaml, ReadsFourNamesOfEachDriver) {
     EXPECT_EQ(reader.className(63), "Truck");
 }
 
-TEST_F(SessionYaml, NumbersEverySlotWhetherOrNotADriverSitsInIt) {
+TEST_F(SessionYaml, NumbersEverySlotWithOrWithoutADriver) {
     parse(drivers("3"));
     reader.updateCarList();
     for (int slot = 0; slot < kSlots; ++slot) {
@@ -266,7 +266,7 @@ TEST_F(SessionYaml, ReportsNoChangeWhenOnlyTheOwnCarMoves) {
     EXPECT_FALSE(reader.detailedTelemetry(3));
 }
 
-TEST_F(SessionYaml, ReportsANameThatGoesAway) {
+TEST_F(SessionYaml, ReportsARemovedName) {
     parse(drivers("3"));
     reader.updateCarList();
     reader.clear();
@@ -287,7 +287,7 @@ TEST_F(SessionYaml, FollowsATreeThatIsChangedWithoutAText) {
     EXPECT_EQ(reader.myCarIdx(), 7);
 }
 
-TEST_F(SessionYaml, WritesTheSlotsNumberAgainWhenSomeoneChangedIt) {
+TEST_F(SessionYaml, RestoresASlotsNumberThatWasChanged) {
     parse(drivers("3"));
     reader.updateCarList();
     reader.sample(7).setCarId("changed");
@@ -325,7 +325,7 @@ TEST_F(SessionYaml, KeepsTheNameOfADriverWhoLeft) {
     EXPECT_EQ(reader.driverName(8), "B");
 }
 
-TEST_F(SessionYaml, ReportsAStatusThatChangedInTheLastTick) {
+TEST_F(SessionYaml, ReportsAStatusChangeOfTheLastTick) {
     drive.publishSession();
     EXPECT_TRUE(reader.updateCarList()) << "new names";
     EXPECT_FALSE(reader.updateCarList());
@@ -333,12 +333,11 @@ TEST_F(SessionYaml, ReportsAStatusThatChangedInTheLastTick) {
     ASSERT_EQ(drive.status(kOwnCar), CarStatus::InPitStall);
     EXPECT_TRUE(reader.updateCarList()) << "from undefined to the stall";
     reader.prepareTick();
-    EXPECT_FALSE(reader.updateCarList()) << "the roll-over makes both equal";
+    EXPECT_FALSE(reader.updateCarList()) << "both ticks are equal now";
 }
 
-TEST_F(SessionYaml, ReportsAStatusThatChangedAlsoWithoutAListOfDrivers) {
-    drive.publishSession();
-    drive.tick();
+TEST_F(SessionYaml, ReportsAChangedStatusEvenWithoutAListOfDrivers) {
+    drive.publishSession().tick();
     reader.clear();
     EXPECT_TRUE(reader.updateCarList());
     reader.prepareTick();
@@ -347,8 +346,7 @@ TEST_F(SessionYaml, ReportsAStatusThatChangedAlsoWithoutAListOfDrivers) {
 
 TEST_F(SessionYaml, ReportsTheStatusOfTheLastSlotToo) {
     drive.session.drivers = {{kOwnCar, "Own"}, {kSlots - 1, "Last"}};
-    drive.publishSession();
-    drive.tick(3);
+    drive.publishSession().tick(3);
     ASSERT_FALSE(reader.updateCarList());
     reader.prepareTick();
     drive.advanceClock();
@@ -356,13 +354,12 @@ TEST_F(SessionYaml, ReportsTheStatusOfTheLastSlotToo) {
     drive.takeSnapshot();
     drive.endTick();
     ASSERT_EQ(drive.status(kSlots - 1), CarStatus::NotInWorld) << "no status change on track";
-    drive.putOtherOnPitRoad(kSlots - 1, 0.4);
-    drive.tick();
+    drive.putOtherOnPitRoad(kSlots - 1, 0.4).tick();
     ASSERT_EQ(drive.status(kSlots - 1), CarStatus::InPitlane);
     EXPECT_TRUE(reader.updateCarList());
 }
 
-TEST_F(SessionYaml, TellsARestartByTheIdentityUntilTheNextTick) {
+TEST_F(SessionYaml, ReportsARestartByTheIdentityUntilTheNextTick) {
     drive.publishSession();
     Lap lap;
     EXPECT_FALSE(reader.isSessionRestarted());
@@ -374,15 +371,14 @@ TEST_F(SessionYaml, TellsARestartByTheIdentityUntilTheNextTick) {
     EXPECT_FALSE(reader.isSessionRestarted()) << "the same identity";
     drive.session.subSessionId = "679";
     drive.publishSession();
-    EXPECT_FALSE(reader.isSessionRestarted()) << "a text alone does not tell";
+    EXPECT_FALSE(reader.isSessionRestarted()) << "a new text is not enough";
     reader.getSessionInfo(kOwnCar, &lap);
     EXPECT_TRUE(reader.isSessionRestarted());
 }
 
-TEST_F(SessionYaml, TellsNoRestartByTheCarsSinceNothingNumbersTheirSessions) {
+TEST_F(SessionYaml, ReportsNoRestartByTheCarsBecauseTheirSessionsAreNotNumbered) {
     drive.session.sessionTypes = {"Practice", "Race"};
-    drive.publishSession();
-    drive.leavePits();
+    drive.publishSession().leavePits();
     drive.block.set("SessionNum", 1);
     drive.advanceClock();
     drive.beginTick();

@@ -158,7 +158,7 @@ TEST(DataEmitter, DeliversPayloadsAsTheyAre) {
 
 TEST(DataEmitter, DeliversEveryPayloadQueuedToAnotherThread) {
     int argumentCount = 1;
-    char programName[] = "sdk_test";
+    char programName[] = "sdk-tests";
     char* arguments[] = {programName, nullptr};
     const QCoreApplication application(argumentCount, arguments);
 

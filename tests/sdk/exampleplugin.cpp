@@ -10,11 +10,11 @@ void ExamplePlugin::initialize() {
     emit emitter.sendCarListChanged(pluginInfo);
 }
 
-void ExamplePlugin::saveSettings(QString const& path) {
+void ExamplePlugin::saveSettings(const QString& path) {
     message("saved to " + path, 2);
 }
 
-void ExamplePlugin::loadSettings(QString const& path) {
+void ExamplePlugin::loadSettings(const QString& path) {
     message("loaded from " + path, 2);
 }
 

@@ -12,8 +12,8 @@ class ExamplePlugin : public QObject, public TLM::SDK::PluginInterfaceLive {
 
 public:
     void initialize() override;
-    void saveSettings(QString const& path) override;
-    void loadSettings(QString const& path) override;
+    void saveSettings(const QString& path) override;
+    void loadSettings(const QString& path) override;
     QString sourceName() const override;
     QString pluginName() const override;
     QString pluginVersion() const override;

@@ -25,8 +25,8 @@ public:
     explicit NamedPlugin(const QString& sourceName) : m_sourceName(sourceName) {}
 
     void initialize() override {}
-    void saveSettings(QString const&) override {}
-    void loadSettings(QString const&) override {}
+    void saveSettings(const QString&) override {}
+    void loadSettings(const QString&) override {}
     QString sourceName() const override { return m_sourceName; }
     QString pluginName() const override { return {}; }
     QString pluginVersion() const override { return {}; }

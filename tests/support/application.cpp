@@ -5,7 +5,7 @@
 namespace {
 
 // For timers, event loops and processes of Qt.
-const ::testing::Environment* const environment =
+const ::testing::Environment* const kEnvironment =
     ::testing::AddGlobalTestEnvironment(new ApplicationEnvironment<QCoreApplication>);
 
 }  // namespace

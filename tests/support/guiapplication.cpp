@@ -5,7 +5,7 @@
 namespace {
 
 // For fonts and pictures.
-const ::testing::Environment* const environment =
+const ::testing::Environment* const kEnvironment =
     ::testing::AddGlobalTestEnvironment(new OffscreenEnvironment<QGuiApplication>);
 
 }  // namespace

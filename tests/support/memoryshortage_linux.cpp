@@ -25,13 +25,13 @@ Function next(const char* name) {
 
 // These replace the functions of the C library, or of the sanitizer.
 extern "C" void* malloc(std::size_t size) {
-    static const auto original = next<void* (*)(std::size_t)>("malloc");
-    return isRefused() ? nullptr : original(size);
+    static const auto kOriginal = next<void* (*)(std::size_t)>("malloc");
+    return isRefused() ? nullptr : kOriginal(size);
 }
 
 extern "C" void* realloc(void* memory, std::size_t size) {
-    static const auto original = next<void* (*)(void*, std::size_t)>("realloc");
-    return isRefused() ? nullptr : original(memory, size);
+    static const auto kOriginal = next<void* (*)(void*, std::size_t)>("realloc");
+    return isRefused() ? nullptr : kOriginal(memory, size);
 }
 
 namespace testsupport {

@@ -14,7 +14,7 @@ class NoSimulator : public ::testing::EmptyTestEventListener {
     }
 };
 
-const bool startsEveryCase = [] {
+const bool kStartsEveryCase = [] {
     // The list owns its listeners.
     ::testing::UnitTest::GetInstance()->listeners().Append(new NoSimulator);
     return true;

@@ -96,7 +96,7 @@ std::string PublisherCommands::run(const std::string& line) {
 
 std::string PublisherCommands::runWords(const Words& words) {
     using Command = std::string (PublisherCommands::*)(const Words&);
-    static const std::map<std::string, Command> commands{
+    static const std::map<std::string, Command> kCommands{
         {"block", &PublisherCommands::createBlock},
         {"empty", &PublisherCommands::createEmptyBlock},
         {"event", &PublisherCommands::createEvent},
@@ -119,9 +119,9 @@ std::string PublisherCommands::runWords(const Words& words) {
         {"unlink", &PublisherCommands::unlink},
         {"chown", &PublisherCommands::chown},
     };
-    const auto command = commands.find(words[0]);
-    return command == commands.end() ? "error no such command: " + words[0]
-                                     : (this->*command->second)(words);
+    const auto command = kCommands.find(words[0]);
+    return command == kCommands.end() ? "error no such command: " + words[0]
+                                      : (this->*command->second)(words);
 }
 
 bool PublisherCommands::fits(std::int64_t offset, std::size_t length) const {

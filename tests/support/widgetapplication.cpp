@@ -5,7 +5,7 @@
 namespace {
 
 // For widgets.
-const ::testing::Environment* const environment =
+const ::testing::Environment* const kEnvironment =
     ::testing::AddGlobalTestEnvironment(new OffscreenEnvironment<QApplication>);
 
 }  // namespace

@@ -17,13 +17,13 @@ struct ProgramRun {
 /** Runs a program to its end, without anything to read on its standard input. */
 inline ProgramRun runProgram(const QString& program, const QStringList& arguments,
                              const QString& folder = QString()) {
-    constexpr int longestRunMs = 60'000;
+    constexpr int kLongestRunMs = 60'000;
     QProcess process;
     process.setStandardInputFile(QProcess::nullDevice());
     process.setWorkingDirectory(folder);
     process.start(program, arguments);
     ProgramRun run;
-    if (process.waitForFinished(longestRunMs) && process.exitStatus() == QProcess::NormalExit) {
+    if (process.waitForFinished(kLongestRunMs) && process.exitStatus() == QProcess::NormalExit) {
         run.status = process.exitCode();
     }
     const auto withPlainLineEnds = [](QByteArray text) {

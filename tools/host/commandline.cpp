@@ -7,7 +7,7 @@ namespace rataip::host {
 namespace {
 
 // A week: far beyond any use, and its milliseconds fit every timer.
-constexpr double longestSeconds = 7.0 * 24.0 * 3600.0;
+constexpr double kLongestSeconds = 7.0 * 24.0 * 3600.0;
 
 /** The parser's sentences end in a full stop, ours do not. */
 QString withoutFullStop(QString sentence) {
@@ -87,11 +87,11 @@ std::optional<std::chrono::milliseconds> CommandLine::seconds(const QCommandLine
     }
     bool isNumber = false;
     const double seconds = text(option).toDouble(&isNumber);
-    if (!isNumber || !std::isfinite(seconds) || seconds < least || seconds > longestSeconds) {
+    if (!isNumber || !std::isfinite(seconds) || seconds < least || seconds > kLongestSeconds) {
         complain(QStringLiteral("--%1 takes seconds from %2 to %3, not \"%4\"")
                      .arg(nameOf(option))
                      .arg(least)
-                     .arg(longestSeconds, 0, 'f', 0)
+                     .arg(kLongestSeconds, 0, 'f', 0)
                      .arg(text(option)));
         return std::nullopt;
     }

@@ -79,6 +79,6 @@ struct ParsedArguments {
 };
 
 /** The shortest duration, in seconds: one step of a timer. */
-constexpr double shortestDurationSeconds = 0.001;
+constexpr double kShortestDurationSeconds = 0.001;
 
 }  // namespace rataip::host

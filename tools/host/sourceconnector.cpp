@@ -8,13 +8,13 @@ namespace {
 
 // Short enough that a restarted source appears at once. An attempt without a source costs almost
 // nothing.
-constexpr std::chrono::milliseconds shortestInterval{250};
-constexpr std::chrono::milliseconds longestInterval{1000};
+constexpr std::chrono::milliseconds kShortestInterval{250};
+constexpr std::chrono::milliseconds kLongestInterval{1000};
 
 // An attempt blocks its thread while it waits for the data of a silent source, such as the one that
 // a crashed simulator leaves. The pause after it is a multiple of its duration, so that the thread
 // can do its other work, such as drawing a window.
-constexpr int intervalsForAnAttempt = 3;
+constexpr int kIntervalsForAnAttempt = 3;
 
 }  // namespace
 
@@ -54,7 +54,7 @@ void SourceConnector::attempt() {
 std::chrono::milliseconds SourceConnector::interval() const {
     const std::chrono::milliseconds attemptTook(m_attemptBegan.isValid() ? m_attemptBegan.elapsed()
                                                                          : 0);
-    return std::clamp(intervalsForAnAttempt * attemptTook, shortestInterval, longestInterval);
+    return std::clamp(kIntervalsForAnAttempt * attemptTook, kShortestInterval, kLongestInterval);
 }
 
 std::chrono::milliseconds SourceConnector::timeWaited() const {

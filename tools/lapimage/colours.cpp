@@ -4,14 +4,14 @@ namespace rataip::lapimage {
 
 namespace {
 
-constexpr QRgb blue = qRgb(0, 114, 178);
-constexpr QRgb skyBlue = qRgb(86, 180, 233);
-constexpr QRgb vermilion = qRgb(213, 94, 0);
-constexpr QRgb orange = qRgb(230, 159, 0);
-constexpr QRgb yellow = qRgb(240, 228, 66);
-constexpr QRgb black = qRgb(0, 0, 0);
+constexpr QRgb kBlue = qRgb(0, 114, 178);
+constexpr QRgb kSkyBlue = qRgb(86, 180, 233);
+constexpr QRgb kVermilion = qRgb(213, 94, 0);
+constexpr QRgb kOrange = qRgb(230, 159, 0);
+constexpr QRgb kYellow = qRgb(240, 228, 66);
+constexpr QRgb kBlack = qRgb(0, 0, 0);
 
-constexpr int middleLightness = 128;
+constexpr int kMiddleLightness = 128;
 
 }  // namespace
 
@@ -21,20 +21,20 @@ QColor colour(Role role, bool isGroundDark) {
         case Role::ThisLap:
         case Role::Throttle:
         case Role::Good:
-            return QColor(isGroundDark ? skyBlue : blue);
+            return QColor(isGroundDark ? kSkyBlue : kBlue);
         case Role::OwnCar:
         case Role::OtherLap:
         case Role::Brake:
         case Role::Bad:
-            return QColor(isGroundDark ? orange : vermilion);
+            return QColor(isGroundDark ? kOrange : kVermilion);
         case Role::CarInPits:
-            return QColor(isGroundDark ? yellow : black);
+            return QColor(isGroundDark ? kYellow : kBlack);
     }
     return {};
 }
 
 bool isDark(const QColor& ground) {
-    return ground.lightness() < middleLightness;
+    return ground.lightness() < kMiddleLightness;
 }
 
 }  // namespace rataip::lapimage

@@ -23,26 +23,26 @@ using TLM::SDK::Lap;
 
 namespace {
 
-constexpr QSize sheetSize(1280, 800);
-constexpr int textHeight = 15;
-constexpr int titleHeight = 21;
-constexpr double margin = 18.0;
-constexpr double titleSpace = 66.0;
-constexpr double leftSpace = 96.0;  // for the marks' numbers and the vertical label
-constexpr double headSpace = 26.0;  // above each panel, for its legend
-constexpr double footSpace = 56.0;  // below the lowest panel, for the axis
-constexpr double belowPlot = 12.0;  // keeps clear of the lowest number beside the plot
-constexpr double markLabelWidth = 60.0;
-constexpr double markLabelHeight = 20.0;
-constexpr double legendLineLength = 26.0;
-constexpr int marksAcross = 12;
-constexpr int marksUp = 5;
+constexpr QSize kSheetSize(1280, 800);
+constexpr int kTextHeight = 15;
+constexpr int kTitleHeight = 21;
+constexpr double kMargin = 18.0;
+constexpr double kTitleSpace = 66.0;
+constexpr double kLeftSpace = 96.0;  // for the marks' numbers and the vertical label
+constexpr double kHeadSpace = 26.0;  // above each panel, for its legend
+constexpr double kFootSpace = 56.0;  // below the lowest panel, for the axis
+constexpr double kBelowPlot = 12.0;  // keeps clear of the lowest number beside the plot
+constexpr double kMarkLabelWidth = 60.0;
+constexpr double kMarkLabelHeight = 20.0;
+constexpr double kLegendLineLength = 26.0;
+constexpr int kMarksAcross = 12;
+constexpr int kMarksUp = 5;
 // Speed gets half of the height, pedals and gear share the rest.
-constexpr double panelShares[] = {0.5, 0.28, 0.22};
-constexpr qsizetype panelCount = std::size(panelShares);
-constexpr QRgb gridGrey = qRgb(214, 214, 214);
-constexpr QRgb frameGrey = qRgb(120, 120, 120);
-constexpr double lineWidth = 1.6;
+constexpr double kPanelShares[] = {0.5, 0.28, 0.22};
+constexpr qsizetype kPanelCount = std::size(kPanelShares);
+constexpr QRgb kGridGrey = qRgb(214, 214, 214);
+constexpr QRgb kFrameGrey = qRgb(120, 120, 120);
+constexpr double kLineWidth = 1.6;
 
 QString joined(const QStringList& parts) {
     QStringList present = parts;
@@ -90,7 +90,7 @@ bool hasWholeNumbers(const QList<LapPicture::Curve>& curves) {
 }
 
 QPen penOf(Role role) {
-    return {colour(role, false), lineWidth, role == Role::Brake ? Qt::DashLine : Qt::SolidLine};
+    return {colour(role, false), kLineWidth, role == Role::Brake ? Qt::DashLine : Qt::SolidLine};
 }
 
 /** Where a number lies in a range, 0 to 1. */
@@ -106,7 +106,7 @@ struct AcrossScale {
 
 /** Ends at the end of the lap so that no space is wasted. An empty range ends at marks. */
 AcrossScale acrossScale(const Range& width) {
-    Ticks ticks = ticksFor(width.low, width.high, marksAcross);
+    Ticks ticks = ticksFor(width.low, width.high, kMarksAcross);
     if (!(width.low < width.high)) {
         return {ticks, {ticks.lowest(), ticks.highest()}};
     }
@@ -119,7 +119,7 @@ AcrossScale acrossScale(const Range& width) {
 bool writePng(const Lap& lap, QIODevice& device) {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    return LapPicture(lap, sheetSize).image().save(&buffer, "PNG") &&
+    return LapPicture(lap, kSheetSize).image().save(&buffer, "PNG") &&
            laps::writeAll(device, buffer.data());
 }
 
@@ -127,8 +127,8 @@ bool writePng(const Lap& lap, QIODevice& device) {
 
 LapPicture::LapPicture(const Lap& lap, const QSize& size)
     : m_size(size), m_axis(laps::axisOf(lap, laps::Axis::Distance)) {
-    m_font.setPixelSize(textHeight);
-    m_titleFont.setPixelSize(titleHeight);
+    m_font.setPixelSize(kTextHeight);
+    m_titleFont.setPixelSize(kTitleHeight);
     m_titleFont.setBold(true);
     addTitle(lap);
 
@@ -139,22 +139,23 @@ LapPicture::LapPicture(const Lap& lap, const QSize& size)
         {{QStringLiteral("gear"), QStringLiteral("Gear"), Role::ThisLap}}};
     const QString names[] = {QStringLiteral("Speed"), QStringLiteral("Pedals"),
                              QStringLiteral("Gear")};
-    const double room = size.height() - titleSpace - footSpace;
-    double top = titleSpace;
-    for (qsizetype i = 0; i < panelCount; ++i) {
-        const double height = panelShares[i] * room;
-        const QRectF area(leftSpace, top + headSpace, size.width() - leftSpace - 2 * margin,
-                          height - headSpace);
+    const double room = size.height() - kTitleSpace - kFootSpace;
+    double top = kTitleSpace;
+    for (qsizetype i = 0; i < kPanelCount; ++i) {
+        const double height = kPanelShares[i] * room;
+        const QRectF area(kLeftSpace, top + kHeadSpace, size.width() - kLeftSpace - 2 * kMargin,
+                          height - kHeadSpace);
         addPanel(lap, area, names[i], sources[i]);
         top += height;
     }
 }
 
 void LapPicture::addTitle(const Lap& lap) {
-    const double width = m_size.width() - 2 * margin;
-    addText(firstLine(lap), {margin, 8.0, width, 30.0}, Qt::AlignLeft | Qt::AlignVCenter,
+    const double width = m_size.width() - 2 * kMargin;
+    addText(firstLine(lap), {kMargin, 8.0, width, 30.0}, Qt::AlignLeft | Qt::AlignVCenter,
             m_titleFont);
-    addText(secondLine(lap), {margin, 38.0, width, 24.0}, Qt::AlignLeft | Qt::AlignVCenter, m_font);
+    addText(secondLine(lap), {kMargin, 38.0, width, 24.0}, Qt::AlignLeft | Qt::AlignVCenter,
+            m_font);
 }
 
 void LapPicture::addText(const QString& text, const QRectF& box, Qt::Alignment alignment,
@@ -187,7 +188,7 @@ void LapPicture::addPanel(const Lap& lap, const QRectF& area, const QString& nam
     panel.curves = curvesOf(lap, sources);
     const QString unit = panel.curves.isEmpty() ? QString() : panel.curves.constFirst().unit;
     addText(laps::labelWithUnit(name, unit),
-            {margin / 2, area.top(), markLabelHeight, area.height()}, Qt::AlignCenter, m_font,
+            {kMargin / 2, area.top(), kMarkLabelHeight, area.height()}, Qt::AlignCenter, m_font,
             true);
     if (panel.curves.isEmpty()) {
         addText(QStringLiteral("%1: not recorded in this lap").arg(name), area, Qt::AlignCenter,
@@ -197,7 +198,7 @@ void LapPicture::addPanel(const Lap& lap, const QRectF& area, const QString& nam
     }
 
     const Range height = heightOf(panel.curves);
-    const Scale up = scaleFor(height.low, height.high, marksUp,
+    const Scale up = scaleFor(height.low, height.high, kMarksUp,
                               hasWholeNumbers(panel.curves) ? Numbers::Whole : Numbers::Any);
     Range width;
     laps::widen(width, m_axis);
@@ -227,37 +228,37 @@ void LapPicture::addMarkTexts(const Panel& panel, int xDecimals, int yDecimals) 
     const QRectF& area = panel.area;
     for (const Mark& mark : panel.yMarks) {
         addText(QString::number(mark.value, 'f', yDecimals),
-                {area.left() - markLabelWidth - 6.0, mark.place - markLabelHeight / 2,
-                 markLabelWidth, markLabelHeight},
+                {area.left() - kMarkLabelWidth - 6.0, mark.place - kMarkLabelHeight / 2,
+                 kMarkLabelWidth, kMarkLabelHeight},
                 Qt::AlignRight | Qt::AlignVCenter, m_font);
     }
-    const bool isLowest = m_panels.size() + 1 == panelCount;
+    const bool isLowest = m_panels.size() + 1 == kPanelCount;
     if (!isLowest) {
         return;
     }
     for (const Mark& mark : panel.xMarks) {
         addText(QString::number(mark.value, 'f', xDecimals),
-                {mark.place - markLabelWidth / 2, area.bottom() + belowPlot, markLabelWidth,
-                 markLabelHeight},
+                {mark.place - kMarkLabelWidth / 2, area.bottom() + kBelowPlot, kMarkLabelWidth,
+                 kMarkLabelHeight},
                 Qt::AlignCenter, m_font);
     }
-    addText(
-        laps::labelWithUnit(m_axis.name, m_axis.unit),
-        {area.left(), area.bottom() + belowPlot + markLabelHeight, area.width(), markLabelHeight},
-        Qt::AlignCenter, m_font);
+    addText(laps::labelWithUnit(m_axis.name, m_axis.unit),
+            {area.left(), area.bottom() + kBelowPlot + kMarkLabelHeight, area.width(),
+             kMarkLabelHeight},
+            Qt::AlignCenter, m_font);
 }
 
 void LapPicture::addLegend(Panel& panel, const QList<Source>& sources) {
     double right = panel.area.right();
-    const double top = panel.area.top() - headSpace;
+    const double top = panel.area.top() - kHeadSpace;
     for (qsizetype i = sources.size() - 1; i >= 0; --i) {
         const Source& source = sources.at(i);
         const double width = std::ceil(QFontMetricsF(m_font).horizontalAdvance(source.label)) + 2.0;
-        const QRectF box(right - width, top, width, headSpace);
+        const QRectF box(right - width, top, width, kHeadSpace);
         addText(source.label, box, Qt::AlignRight | Qt::AlignVCenter, m_font);
         const QPointF end(box.left() - 6.0, box.center().y());
-        panel.keys.append({end - QPointF(legendLineLength, 0.0), end, source.role});
-        right = end.x() - legendLineLength - margin;
+        panel.keys.append({end - QPointF(kLegendLineLength, 0.0), end, source.role});
+        right = end.x() - kLegendLineLength - kMargin;
     }
 }
 
@@ -273,7 +274,7 @@ QImage LapPicture::image(double scale) const {
 }
 
 void LapPicture::paintPanel(QPainter& painter, const Panel& panel) {
-    painter.setPen(QPen(QColor(gridGrey), 1.0));
+    painter.setPen(QPen(QColor(kGridGrey), 1.0));
     for (const Mark& mark : panel.xMarks) {
         painter.drawLine(QPointF(mark.place, panel.area.top()),
                          QPointF(mark.place, panel.area.bottom()));
@@ -282,7 +283,7 @@ void LapPicture::paintPanel(QPainter& painter, const Panel& panel) {
         painter.drawLine(QPointF(panel.area.left(), mark.place),
                          QPointF(panel.area.right(), mark.place));
     }
-    painter.setPen(QPen(QColor(frameGrey), 1.0));
+    painter.setPen(QPen(QColor(kFrameGrey), 1.0));
     painter.drawRect(panel.area);
     for (const Curve& curve : panel.curves) {
         painter.setPen(penOf(curve.role));

@@ -10,24 +10,24 @@ namespace rataip::lapimage {
 namespace {
 
 // Tolerates rounding, so that an end at a mark stays there.
-constexpr double tolerance = 1e-9;
+constexpr double kTolerance = 1e-9;
 // Adding it removes the sign of a negative zero, which would be displayed.
-constexpr double plainZero = 0.0;
+constexpr double kPlainZero = 0.0;
 
 double below(double value, double step) {
-    return std::floor(value / step + tolerance) * step + plainZero;
+    return std::floor(value / step + kTolerance) * step + kPlainZero;
 }
 
 double above(double value, double step) {
-    return std::ceil(value / step - tolerance) * step + plainZero;
+    return std::ceil(value / step - kTolerance) * step + kPlainZero;
 }
 
 QList<double> marksWithin(double low, double high, double step) {
     QList<double> marks;
-    const double first = std::ceil(low / step - tolerance);
-    const auto count = static_cast<int>(std::floor(high / step + tolerance) - first) + 1;
+    const double first = std::ceil(low / step - kTolerance);
+    const auto count = static_cast<int>(std::floor(high / step + kTolerance) - first) + 1;
     for (int i = 0; i < count; ++i) {
-        marks.append((first + i) * step + plainZero);
+        marks.append((first + i) * step + kPlainZero);
     }
     return marks;
 }

@@ -11,9 +11,9 @@ namespace {
 double roundStep(double raw) {
     const double power = std::pow(10.0, std::floor(std::log10(raw)));
     // Tolerates rounding, so that a step of exactly 2 stays 2.
-    constexpr double tolerance = 1e-9;
+    constexpr double kTolerance = 1e-9;
     for (const double factor : {1.0, 2.0, 5.0}) {
-        if (raw <= factor * power * (1.0 + tolerance)) {
+        if (raw <= factor * power * (1.0 + kTolerance)) {
             return factor * power;
         }
     }
@@ -31,11 +31,11 @@ Range drawable(double low, double high) {
         return {0.0, 1.0};
     }
     const double magnitude = std::max(std::abs(low), std::abs(high));
-    constexpr double narrowest = 1e-9;
+    constexpr double kNarrowest = 1e-9;
     // A smaller step loses digits or becomes 0.
-    constexpr double smallest = 1e-290;
-    if (high - low <= std::max(magnitude * narrowest, smallest)) {
-        const double margin = magnitude > smallest ? magnitude * 0.1 : 1.0;
+    constexpr double kSmallest = 1e-290;
+    if (high - low <= std::max(magnitude * kNarrowest, kSmallest)) {
+        const double margin = magnitude > kSmallest ? magnitude * 0.1 : 1.0;
         return {low - margin, high + margin};
     }
     return {low, high};

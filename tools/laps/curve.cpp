@@ -12,8 +12,8 @@ using TLM::SDK::Lap;
 
 namespace {
 
-constexpr double metresPerKilometre = 1000.0;
-constexpr double percent = 100.0;
+constexpr double kMetresPerKilometre = 1000.0;
+constexpr double kPercent = 100.0;
 
 QList<double> scaled(const Channel& channel, double factor) {
     QList<double> values = channel.samples;
@@ -35,9 +35,9 @@ AxisValues distanceOf(const Lap& lap) {
     bool isNumber = false;
     const double kilometres = lap.value(QStringLiteral("Track length")).value.toDouble(&isNumber);
     if (isNumber && kilometres > 0.0) {
-        return {scaled(*share, kilometres * metresPerKilometre), name, QStringLiteral("m")};
+        return {scaled(*share, kilometres * kMetresPerKilometre), name, QStringLiteral("m")};
     }
-    return {scaled(*share, percent), name, QStringLiteral("%")};
+    return {scaled(*share, kPercent), name, QStringLiteral("%")};
 }
 
 AxisValues timeOf(const Lap& lap) {

@@ -3,17 +3,17 @@
 namespace rataip::laps {
 
 DisplayUnit displayUnit(const QString& unit) {
-    constexpr double kilometresPerHour = 3.6;
-    constexpr double degrees = 57.29577951308232;
-    constexpr double percent = 100.0;
+    constexpr double kKilometresPerHour = 3.6;
+    constexpr double kDegrees = 57.29577951308232;
+    constexpr double kPercent = 100.0;
     if (unit == QLatin1String("m/s")) {
-        return {kilometresPerHour, QStringLiteral("km/h")};
+        return {kKilometresPerHour, QStringLiteral("km/h")};
     }
     if (unit == QLatin1String("rad")) {
-        return {degrees, QStringLiteral("°")};
+        return {kDegrees, QStringLiteral("°")};
     }
     if (unit == QLatin1String("%") || unit == QLatin1String("pu")) {
-        return {percent, QStringLiteral("%")};
+        return {kPercent, QStringLiteral("%")};
     }
     return {1.0, unit};
 }

@@ -16,11 +16,11 @@ using TLM::SDK::Lap;
 
 namespace {
 
-constexpr char lineEnd[] = "\r\n";
+constexpr char kLineEnd[] = "\r\n";
 // A lap has millions of digits. They are written in pieces of about this many bytes.
-constexpr qsizetype pieceSize = 1 << 16;
+constexpr qsizetype kPieceSize = 1 << 16;
 // The longest is "-2.2250738585072014e-308".
-constexpr std::size_t longestNumber = 32;
+constexpr std::size_t kLongestNumber = 32;
 
 struct Column {
     QString name;
@@ -61,7 +61,7 @@ QByteArray cell(const QString& text) {
 }
 
 void appendNumber(QByteArray& line, double number) {
-    std::array<char, longestNumber> digits{};
+    std::array<char, kLongestNumber> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     line.append(digits.data(), end - digits.data());
 }
@@ -77,7 +77,7 @@ void endLine(QByteArray& text, qsizetype lineStart) {
     if (text.size() == lineStart) {
         text.append("\"\"");
     }
-    text.append(lineEnd);
+    text.append(kLineEnd);
 }
 
 template <typename AppendCell>
@@ -108,7 +108,7 @@ bool writeCsv(const Lap& lap, QIODevice& device) {
         return true;
     }
     QByteArray text;
-    text.reserve(2 * pieceSize);
+    text.reserve(2 * kPieceSize);
     appendLine(text, columns, [&text](const Column& column) { text.append(cell(column.name)); });
     appendLine(text, columns,
                [&text](const Column& column) { text.append(cell(column.channel->unit())); });
@@ -117,7 +117,7 @@ bool writeCsv(const Lap& lap, QIODevice& device) {
         appendLine(text, columns, [&text, row](const Column& column) {
             appendReading(text, *column.channel, row);
         });
-        if (text.size() >= pieceSize && !writePiece(text, device)) {
+        if (text.size() >= kPieceSize && !writePiece(text, device)) {
             return false;
         }
     }

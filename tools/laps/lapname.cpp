@@ -11,14 +11,14 @@ using TLM::SDK::Session;
 
 namespace {
 
-constexpr qsizetype slotWidth = 2;
+constexpr qsizetype kSlotWidth = 2;
 // File systems accept names of 255 bytes. A letter may take three bytes.
-constexpr qsizetype longestPart = 32;
+constexpr qsizetype kLongestPart = 32;
 
 /** Letters and digits stay; each run of anything else becomes one "-". */
 QString plainPart(const QString& text) {
     QString plain;
-    for (const QChar letter : text.left(longestPart)) {
+    for (const QChar letter : text.left(kLongestPart)) {
         if (letter.isLetterOrNumber()) {
             plain += letter;
         } else if (!plain.isEmpty() && !plain.endsWith(QLatin1Char('-'))) {
@@ -62,7 +62,7 @@ QString timePart(const QTime& time) {
 
 QString lapFileName(const LapHeader& lap) {
     QStringList parts = {
-        QStringLiteral("car") + plainPart(lap.carId()).rightJustified(slotWidth, QLatin1Char('0')),
+        QStringLiteral("car") + plainPart(lap.carId()).rightJustified(kSlotWidth, QLatin1Char('0')),
         plainPart(lap.driverName()),
         sessionPart(lap.session()),
         QStringLiteral("lap%1").arg(lap.lapInSession()),

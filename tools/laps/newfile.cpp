@@ -15,7 +15,7 @@ namespace rataip::laps {
 namespace {
 
 // Stops the search where every number appears to be taken. No folder has as many files of one name.
-constexpr int maxAttempts = 100'000;
+constexpr int kMaxAttempts = 100'000;
 
 using OpenedFiles = std::vector<std::unique_ptr<QFile>>;
 
@@ -112,7 +112,7 @@ NewFiles writeNewFiles(const QDir& folder, const QString& name,
                        const QList<FileContent>& contents) {
     OpenedFiles files;
     QString error;
-    for (int attempt = 0; attempt < maxAttempts && !contents.isEmpty(); ++attempt) {
+    for (int attempt = 0; attempt < kMaxAttempts && !contents.isEmpty(); ++attempt) {
         files.clear();
         const QString candidate =
             candidateName(folder, name, contents.constFirst().suffix, attempt);

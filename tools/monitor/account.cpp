@@ -18,32 +18,32 @@ namespace {
 
 using Clock = host::TickMeter::Clock;
 
-constexpr std::chrono::milliseconds statusIntervalOnTerminal{500};
+constexpr std::chrono::milliseconds kStatusIntervalOnTerminal{500};
 // Less often, because the lines pile up in a log.
-constexpr std::chrono::milliseconds statusIntervalElsewhere{5000};
+constexpr std::chrono::milliseconds kStatusIntervalElsewhere{5000};
 
-constexpr qsizetype carIdWidth = 2;
-constexpr qsizetype driverWidth = 22;
-constexpr qsizetype teamWidth = 22;
-constexpr qsizetype carWidth = 26;
-constexpr qsizetype classWidth = 10;
-constexpr qsizetype typeWidth = 7;
-constexpr qsizetype completionWidth = 13;
-constexpr qsizetype timeWidth = 11;
-constexpr qsizetype samplesWidth = 5;
+constexpr qsizetype kCarIdWidth = 2;
+constexpr qsizetype kDriverWidth = 22;
+constexpr qsizetype kTeamWidth = 22;
+constexpr qsizetype kCarWidth = 26;
+constexpr qsizetype kClassWidth = 10;
+constexpr qsizetype kTypeWidth = 7;
+constexpr qsizetype kCompletionWidth = 13;
+constexpr qsizetype kTimeWidth = 11;
+constexpr qsizetype kSamplesWidth = 5;
 
 /** "* 7  Driver": the star marks the own car, the only one with complete telemetry. */
 QString carText(const CarInfo& car) {
     const QChar mark = car.detailedTelemetry() ? QLatin1Char('*') : QLatin1Char(' ');
-    return mark + car.carId().rightJustified(carIdWidth) + QStringLiteral("  ") +
-           car.driverName().leftJustified(driverWidth);
+    return mark + car.carId().rightJustified(kCarIdWidth) + QStringLiteral("  ") +
+           car.driverName().leftJustified(kDriverWidth);
 }
 
 QString carListText(const CarInfo& car) {
-    QString text =
-        QStringLiteral("  %1  %2  %3  %4")
-            .arg(carText(car), car.teamName().leftJustified(teamWidth),
-                 car.carName().leftJustified(carWidth), car.className().leftJustified(classWidth));
+    QString text = QStringLiteral("  %1  %2  %3  %4")
+                       .arg(carText(car), car.teamName().leftJustified(kTeamWidth),
+                            car.carName().leftJustified(kCarWidth),
+                            car.className().leftJustified(kClassWidth));
     // A source lists its cars before it knows their status.
     if (car.status() != TLM::SDK::CarStatus::Undefined) {
         text += QStringLiteral("  ") + TLM::SDK::carStatusToString(car.status());
@@ -56,14 +56,14 @@ QString carListText(const CarInfo& car) {
 
 QString headerText(const LapHeader& header) {
     return QStringLiteral("%1  %2  %3  %4")
-        .arg(carText(header), host::lapTypeText(header.lapType()).leftJustified(typeWidth),
-             host::completionText(header.completed()).leftJustified(completionWidth),
-             host::lapTimeText(header.lapTime()).rightJustified(timeWidth));
+        .arg(carText(header), host::lapTypeText(header.lapType()).leftJustified(kTypeWidth),
+             host::completionText(header.completed()).leftJustified(kCompletionWidth),
+             host::lapTimeText(header.lapTime()).rightJustified(kTimeWidth));
 }
 
 QString lapText(const Lap& lap) {
     return QStringLiteral("Lap  %1  %2 samples  %3 channels")
-        .arg(headerText(lap), QString::number(lap.size()).rightJustified(samplesWidth),
+        .arg(headerText(lap), QString::number(lap.size()).rightJustified(kSamplesWidth),
              QString::number(host::channelCount(lap)));
 }
 
@@ -71,8 +71,8 @@ QString lapText(const Lap& lap) {
 
 Account::Account(const DataEmitter& emitter, Console& console)
     : m_console(console), m_ticks(Clock::now()) {
-    m_statusTimer.setInterval(console.isTerminal() ? statusIntervalOnTerminal
-                                                   : statusIntervalElsewhere);
+    m_statusTimer.setInterval(console.isTerminal() ? kStatusIntervalOnTerminal
+                                                   : kStatusIntervalElsewhere);
     connect(&m_statusTimer, &QTimer::timeout, this, &Account::showStatus);
 
     connect(&emitter, &DataEmitter::sendConnected, this, &Account::onConnected);

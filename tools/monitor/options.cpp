@@ -10,7 +10,7 @@ namespace rataip::monitor {
 
 namespace {
 
-constexpr char exportName[] = "export";
+constexpr char kExportName[] = "export";
 
 struct Line {
     QCommandLineOption wait{QStringLiteral("wait"),
@@ -24,7 +24,7 @@ struct Line {
     QCommandLineOption duration{QStringLiteral("duration"),
                                 QStringLiteral("End S seconds after the start."),
                                 QStringLiteral("S")};
-    QCommandLineOption exportFolder{QString::fromLatin1(exportName),
+    QCommandLineOption exportFolder{QString::fromLatin1(kExportName),
                                     QStringLiteral("Save every finished lap into the folder DIR: "
                                                    "its channels as CSV, its header and values as "
                                                    "JSON, a picture as PNG."),
@@ -42,7 +42,8 @@ ParsedArguments parseArguments(const QStringList& arguments) {
     if (parsed.request == ParsedArguments::Request::Run) {
         parsed.options.pluginPath = line.values.pluginPath();
         parsed.options.wait = line.values.seconds(line.wait, 0.0);
-        parsed.options.duration = line.values.seconds(line.duration, host::shortestDurationSeconds);
+        parsed.options.duration =
+            line.values.seconds(line.duration, host::kShortestDurationSeconds);
         parsed.options.laps = line.values.count(line.laps);
         parsed.options.exportFolder = line.values.folder(line.exportFolder);
     }
@@ -51,7 +52,7 @@ ParsedArguments parseArguments(const QStringList& arguments) {
 }
 
 bool asksForExport(int count, const char* const* arguments) {
-    const QByteArrayView name(exportName);
+    const QByteArrayView name(kExportName);
     return std::any_of(arguments, arguments + count, [name](const char* argument) {
         QByteArrayView text(argument);
         while (text.startsWith('-')) {

@@ -17,9 +17,9 @@ bool isStandardOutputTerminal() {
 }
 
 void doWithoutScreen() {
-    constexpr char platform[] = "QT_QPA_PLATFORM";
-    if (!qEnvironmentVariableIsSet(platform)) {
-        qputenv(platform, QByteArrayLiteral("offscreen"));
+    constexpr char kPlatform[] = "QT_QPA_PLATFORM";
+    if (!qEnvironmentVariableIsSet(kPlatform)) {
+        qputenv(kPlatform, QByteArrayLiteral("offscreen"));
     }
 }
 

@@ -12,22 +12,22 @@ namespace rataip::viewer {
 namespace {
 
 // Greater than every number that a car can have.
-constexpr int lastInOrder = 1'000'000'000;
+constexpr int kLastInOrder = 1'000'000'000;
 
 QVariant countText(const std::optional<int>& count) {
     return count ? QVariant(*count) : QVariant(QStringLiteral("–"));
 }
 
 QString lapTimeText(const std::optional<double>& seconds) {
-    constexpr double day = 24.0 * 3600.0;
+    constexpr double kDay = 24.0 * 3600.0;
     // Truncated in single precision, as the plugin does with a lap's time, so that a lap has the
     // same time in all tables.
-    constexpr float millisecondsPerSecond = 1000.0F;
-    if (!seconds || *seconds >= day) {
+    constexpr float kMillisecondsPerSecond = 1000.0F;
+    if (!seconds || *seconds >= kDay) {
         return QStringLiteral("–");
     }
     return host::lapTimeText(QTime::fromMSecsSinceStartOfDay(
-        static_cast<int>(millisecondsPerSecond * static_cast<float>(*seconds))));
+        static_cast<int>(kMillisecondsPerSecond * static_cast<float>(*seconds))));
 }
 
 QVariant textOf(const CarState& car, int column) {
@@ -59,15 +59,15 @@ QVariant textOf(const CarState& car, int column) {
 QVariant sortKeyOf(const CarState& car, int column) {
     switch (column) {
         case CarTableModel::Position:
-            return car.position.value_or(lastInOrder);
+            return car.position.value_or(kLastInOrder);
         case CarTableModel::Slot:
             return car.info.carId().toInt();
         case CarTableModel::Driver:
             return car.info.driverName();
         case CarTableModel::Lap:
-            return car.lap.value_or(lastInOrder);
+            return car.lap.value_or(kLastInOrder);
         case CarTableModel::LastLap:
-            return car.lastLapSeconds.value_or(lastInOrder);
+            return car.lastLapSeconds.value_or(kLastInOrder);
         default:
             return textOf(car, column);
     }
@@ -130,7 +130,7 @@ QVariant CarTableModel::data(const QModelIndex& index, int role) const {
     switch (role) {
         case Qt::DisplayRole:
             return textOf(car, index.column());
-        case SortRole:
+        case kSortRole:
             return sortKeyOf(car, index.column());
         case Qt::TextAlignmentRole:
             return isNumber(index.column())
@@ -153,9 +153,9 @@ QVariant CarTableModel::headerData(int section, Qt::Orientation orientation, int
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
         return {};
     }
-    static const char* const names[ColumnCount] = {"Pos",   "Slot",   "Driver", "Team",    "Car",
-                                                   "Class", "Status", "Lap",    "Last lap"};
-    return section >= 0 && section < ColumnCount ? QVariant(QString::fromLatin1(names[section]))
+    static const char* const kNames[ColumnCount] = {"Pos",   "Slot",   "Driver", "Team",    "Car",
+                                                    "Class", "Status", "Lap",    "Last lap"};
+    return section >= 0 && section < ColumnCount ? QVariant(QString::fromLatin1(kNames[section]))
                                                  : QVariant();
 }
 

@@ -30,7 +30,7 @@ public:
     };
 
     /** The key that rows are sorted by. */
-    static constexpr int SortRole = Qt::UserRole;
+    static constexpr int kSortRole = Qt::UserRole;
 
     using QAbstractTableModel::QAbstractTableModel;
 

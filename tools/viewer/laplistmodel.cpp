@@ -86,7 +86,7 @@ QVariant LapListModel::data(const QModelIndex& index, int role) const {
     if (role == Qt::DisplayRole) {
         return textOf(lap, index.column());
     }
-    if (role == SortRole) {
+    if (role == kSortRole) {
         return sortKeyOf(lap, index.column());
     }
     if (role == Qt::TextAlignmentRole && isNumber(index.column())) {
@@ -104,9 +104,9 @@ QVariant LapListModel::headerData(int section, Qt::Orientation orientation, int 
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
         return {};
     }
-    static const char* const names[ColumnCount] = {"Slot", "Driver",    "Lap",     "Type",
-                                                   "Time", "Completed", "Samples", "Channels"};
-    return section >= 0 && section < ColumnCount ? QVariant(QString::fromLatin1(names[section]))
+    static const char* const kNames[ColumnCount] = {"Slot", "Driver",    "Lap",     "Type",
+                                                    "Time", "Completed", "Samples", "Channels"};
+    return section >= 0 && section < ColumnCount ? QVariant(QString::fromLatin1(kNames[section]))
                                                  : QVariant();
 }
 

@@ -24,9 +24,9 @@ public:
     };
 
     /** The key that rows are sorted by. */
-    static constexpr int SortRole = Qt::UserRole;
+    static constexpr int kSortRole = Qt::UserRole;
 
-    explicit LapListModel(qsizetype maxReadings = LapStore::defaultLimit,
+    explicit LapListModel(qsizetype maxReadings = LapStore::kDefaultLimit,
                           QObject* parent = nullptr);
 
     /** Appends a lap. Ignores laps without channels. */

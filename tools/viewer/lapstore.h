@@ -19,9 +19,9 @@ public:
     using LapPointer = QSharedPointer<TLM::SDK::Lap>;
 
     /** 64 million doubles are 512 MB: a hundred laps of the own car and hundreds of the others'. */
-    static constexpr qsizetype defaultLimit = qsizetype{64} << 20;
+    static constexpr qsizetype kDefaultLimit = qsizetype{64} << 20;
 
-    explicit LapStore(qsizetype maxReadings = defaultLimit) : m_maxReadings(maxReadings) {}
+    explicit LapStore(qsizetype maxReadings = kDefaultLimit) : m_maxReadings(maxReadings) {}
 
     void add(const LapPointer& lap);
 

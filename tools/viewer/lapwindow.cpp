@@ -24,12 +24,12 @@ using laps::AxisValues;
 namespace {
 
 // The lines of a panel. The last is drawn on top.
-constexpr qsizetype otherLine = 0;
-constexpr qsizetype thisLine = 1;
+constexpr qsizetype kOtherLine = 0;
+constexpr qsizetype kThisLine = 1;
 
-constexpr QSize defaultSize(1100, 760);
+constexpr QSize kDefaultSize(1100, 760);
 // The first choice of a lap to compare with: "no other lap".
-constexpr int noOtherLap = 0;
+constexpr int kNoOtherLap = 0;
 
 QString lineSample(const QColor& colour, const QString& strokes) {
     return QStringLiteral("<span style=\"color:%1\"><b>%2</b></span> ").arg(colour.name(), strokes);
@@ -56,7 +56,7 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     m_splitter->addWidget(m_tabs);
     m_splitter->setStretchFactor(1, 1);
     const int channelWidth = channelPane->sizeHint().width();
-    m_splitter->setSizes({channelWidth, defaultSize.width() - channelWidth});
+    m_splitter->setSizes({channelWidth, kDefaultSize.width() - channelWidth});
     m_outcome = new OutcomeLine;
     auto* const centre = new QWidget;
     auto* const layout = new QVBoxLayout(centre);
@@ -65,7 +65,7 @@ LapWindow::LapWindow(const LapPointer& lap, const LapListModel& laps, QWidget* p
     layout->addWidget(m_splitter, 1);
     layout->addWidget(m_outcome);
     setCentralWidget(centre);
-    resize(defaultSize);
+    resize(kDefaultSize);
 
     connect(m_channels, &ChannelList::chosenChanged, this, &LapWindow::rebuildPanels);
     connect(&m_laps, &LapListModel::rowsInserted, this,
@@ -166,7 +166,7 @@ QWidget* LapWindow::makeChannelPane() {
     m_tree->resizeColumnToContents(1);
     // Wide enough for the simulator's names. Longer ones scroll.
     const int columns = m_tree->columnWidth(0) + m_tree->columnWidth(1);
-    m_tree->setMinimumWidth(std::min(columns, defaultSize.width() / 3) + 2 * m_tree->frameWidth() +
+    m_tree->setMinimumWidth(std::min(columns, kDefaultSize.width() / 3) + 2 * m_tree->frameWidth() +
                             m_tree->verticalScrollBar()->sizeHint().width());
 
     auto* const pane = new QWidget;
@@ -276,7 +276,7 @@ void LapWindow::offerLap(const LapPointer& other) {
     if (other == m_lap) {
         return;
     }
-    int place = noOtherLap + 1;
+    int place = kNoOtherLap + 1;
     if (!isOfSameCar(other)) {
         while (place < m_others->count() &&
                isOfSameCar(m_others->itemData(place).value<LapPointer>())) {
@@ -305,7 +305,7 @@ int LapWindow::placeOf(const LapPointer& other) const {
 /** Keeps the lap that is being compared with: this window still holds it. */
 void LapWindow::withdrawReleasedLaps() {
     const QSet<LapPointer> kept(m_laps.laps().cbegin(), m_laps.laps().cend());
-    for (int place = m_others->count() - 1; place > noOtherLap; --place) {
+    for (int place = m_others->count() - 1; place > kNoOtherLap; --place) {
         const auto lap = m_others->itemData(place).value<LapPointer>();
         if (lap != m_other && !kept.contains(lap)) {
             m_others->removeItem(place);
@@ -366,8 +366,8 @@ void LapWindow::drawPanels() {
         const auto channel = channelOf(*m_lap, name);
         const auto otherChannel = m_other ? channelOf(*m_other, name) : nullptr;
         panel.setQuantity(name.name, channel->unit());
-        panel.setPoints(thisLine, laps::curveOf(*channel, axis));
-        panel.setPoints(otherLine,
+        panel.setPoints(kThisLine, laps::curveOf(*channel, axis));
+        panel.setPoints(kOtherLine,
                         otherChannel ? laps::curveOf(*otherChannel, otherAxis) : QList<QPointF>());
         const bool isLowest = i + 1 == m_panels.size();
         panel.setAxis(isLowest ? axis.name : QString(), isLowest ? axis.unit : QString());

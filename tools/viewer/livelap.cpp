@@ -13,15 +13,15 @@ using TLM::SDK::Lap;
 
 namespace {
 
-constexpr double percent = 100.0;
-constexpr double newLapDrop = 0.5;
+constexpr double kPercent = 100.0;
+constexpr double kNewLapDrop = 0.5;
 
 laps::AxisValues percentOfLap(const Lap& lap) {
     laps::AxisValues axis;
     if (const auto share = lap.channel(QStringLiteral("lapdistpct"))) {
         axis.values = share->samples;
         for (double& value : axis.values) {
-            value = isReading(value) ? value * percent : value;
+            value = isReading(value) ? value * kPercent : value;
         }
     }
     return axis;
@@ -32,8 +32,8 @@ laps::AxisValues percentOfLap(const Lap& lap) {
  * and the newest of them draw the same line as all of them.
  */
 void addPoint(QList<QPointF>& curve, const QPointF& point) {
-    constexpr qsizetype pointsPerPlace = 4;
-    const qsizetype first = curve.size() - pointsPerPlace;
+    constexpr qsizetype kPointsPerPlace = 4;
+    const qsizetype first = curve.size() - kPointsPerPlace;
     // All four are compared, because the share may also decrease.
     const bool isFull = first >= 0 && std::all_of(curve.cbegin() + first, curve.cend(),
                                                   [&point](const QPointF& other) {
@@ -63,17 +63,17 @@ void LiveLap::add(const DynamicData& values) {
     if (!isNumber || !isReading(share) || share < 0.0) {
         return;
     }
-    if (m_lastShare - share > newLapDrop) {
+    if (m_lastShare - share > kNewLapDrop) {
         m_current = TraceCurves();
     }
     m_lastShare = share;
-    for (std::size_t i = 0; i < liveTraces.size(); ++i) {
-        const TLM::SDK::Value value = values.value(QString::fromLatin1(liveTraces[i].channel));
+    for (std::size_t i = 0; i < kLiveTraces.size(); ++i) {
+        const TLM::SDK::Value value = values.value(QString::fromLatin1(kLiveTraces[i].channel));
         const double reading = value.value.toDouble(&isNumber);
         if (isNumber && isReading(reading)) {
             const laps::DisplayUnit display = laps::displayUnit(value.unit());
             m_units[i] = display.unit;
-            addPoint(m_current[i], {share * percent, reading * display.factor});
+            addPoint(m_current[i], {share * kPercent, reading * display.factor});
         }
     }
 }
@@ -83,9 +83,9 @@ void LiveLap::addFinished(const Lap& lap) {
         return;
     }
     const laps::AxisValues axis = percentOfLap(lap);
-    for (std::size_t i = 0; i < liveTraces.size(); ++i) {
+    for (std::size_t i = 0; i < kLiveTraces.size(); ++i) {
         m_previous[i].clear();
-        const auto channel = lap.channel(QString::fromLatin1(liveTraces[i].channel));
+        const auto channel = lap.channel(QString::fromLatin1(kLiveTraces[i].channel));
         if (!channel) {
             continue;
         }

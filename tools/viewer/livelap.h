@@ -17,14 +17,14 @@ struct Trace {
     const char* label;
 };
 
-inline constexpr std::array<Trace, 5> liveTraces = {{{"speed", "Speed"},
-                                                     {"throttle", "Throttle"},
-                                                     {"brake", "Brake"},
-                                                     {"gear", "Gear"},
-                                                     {"steeringwheelangle", "Steering"}}};
+inline constexpr std::array<Trace, 5> kLiveTraces = {{{"speed", "Speed"},
+                                                      {"throttle", "Throttle"},
+                                                      {"brake", "Brake"},
+                                                      {"gear", "Gear"},
+                                                      {"steeringwheelangle", "Steering"}}};
 
 /** The curves of one lap, in the order of `liveTraces`, over the share of the lap in percent. */
-using TraceCurves = std::array<QList<QPointF>, liveTraces.size()>;
+using TraceCurves = std::array<QList<QPointF>, kLiveTraces.size()>;
 
 /** Whether the own car drove the lap as a flying lap, to its end. */
 [[nodiscard]] bool isOwnFlyingLap(const TLM::SDK::Lap& lap);
@@ -60,7 +60,7 @@ public:
 private:
     TraceCurves m_current;
     TraceCurves m_previous;
-    std::array<QString, liveTraces.size()> m_units;
+    std::array<QString, kLiveTraces.size()> m_units;
     double m_lastShare = -1.0;
     int m_previousRevision = 0;
 };

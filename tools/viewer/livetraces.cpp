@@ -17,11 +17,11 @@ using lapimage::Role;
 namespace {
 
 // Indices into `liveTraces`.
-constexpr std::size_t speed = 0;
-constexpr std::size_t throttle = 1;
-constexpr std::size_t brake = 2;
-constexpr std::size_t gear = 3;
-constexpr std::size_t steering = 4;
+constexpr std::size_t kSpeed = 0;
+constexpr std::size_t kThrottle = 1;
+constexpr std::size_t kBrake = 2;
+constexpr std::size_t kGear = 3;
+constexpr std::size_t kSteering = 4;
 
 struct Lane {
     const char* title;
@@ -30,15 +30,15 @@ struct Lane {
 };
 
 const QList<Lane>& lanes() {
-    static const QList<Lane> all = {{"Speed", {speed}, 5},
-                                    {"Pedals", {throttle, brake}, 4},
-                                    {"Gear", {gear}, 3},
-                                    {"Steering", {steering}, 4}};
-    return all;
+    static const QList<Lane> kAll = {{"Speed", {kSpeed}, 5},
+                                     {"Pedals", {kThrottle, kBrake}, 4},
+                                     {"Gear", {kGear}, 3},
+                                     {"Steering", {kSteering}, 4}};
+    return kAll;
 }
 
 Role roleOf(std::size_t trace) {
-    return trace == throttle ? Role::Throttle : trace == brake ? Role::Brake : Role::ThisLap;
+    return trace == kThrottle ? Role::Throttle : trace == kBrake ? Role::Brake : Role::ThisLap;
 }
 
 }  // namespace
@@ -63,7 +63,7 @@ LiveTraces::LiveTraces(QWidget* parent) : QWidget(parent), m_legend(new QLabel) 
         // The previous lap first, so that the current one is drawn on top.
         for (const bool isPrevious : {true, false}) {
             for (const std::size_t trace : lane.traces) {
-                const QString name = QString::fromLatin1(liveTraces[trace].label);
+                const QString name = QString::fromLatin1(kLiveTraces[trace].label);
                 // Where two quantities share a panel, the colour tells the quantity, not the lap.
                 const Role role =
                     isPrevious && lane.traces.size() == 1 ? Role::OtherLap : roleOf(trace);

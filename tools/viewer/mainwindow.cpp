@@ -27,15 +27,15 @@ using LapPointer = LapStore::LapPointer;
 namespace {
 
 // Fast enough for smooth movement, and slow enough to read text.
-constexpr std::chrono::milliseconds drawInterval{33};
-constexpr std::chrono::milliseconds readInterval{200};
+constexpr std::chrono::milliseconds kDrawInterval{33};
+constexpr std::chrono::milliseconds kReadInterval{200};
 // Long enough to count ticks.
-constexpr std::chrono::milliseconds rateInterval{1000};
+constexpr std::chrono::milliseconds kRateInterval{1000};
 
-constexpr QSize defaultSize(1500, 920);
-constexpr int maxMessages = 1000;
+constexpr QSize kDefaultSize(1500, 920);
+constexpr int kMaxMessages = 1000;
 // A row of the car table with names of average length.
-constexpr int carRowCharacters = 112;
+constexpr int kCarRowCharacters = 112;
 
 QString keyLines(const QString& heading, const QList<KeyText>& keys) {
     QString lines =
@@ -73,14 +73,14 @@ MainWindow::MainWindow(Session& session, QSettings& settings)
     setWindowTitle(QStringLiteral("rataip viewer"));
     m_cars.setPalette(palette());
     m_sortedCars.setSourceModel(&m_cars);
-    m_sortedCars.setSortRole(CarTableModel::SortRole);
+    m_sortedCars.setSortRole(CarTableModel::kSortRole);
     m_sortedLaps.setSourceModel(&m_laps);
-    m_sortedLaps.setSortRole(LapListModel::SortRole);
+    m_sortedLaps.setSortRole(LapListModel::kSortRole);
 
     makeCommands();
     makePanes();
     makeToolBar();
-    resize(defaultSize.boundedTo(screen()->availableSize()));
+    resize(kDefaultSize.boundedTo(screen()->availableSize()));
     m_isArranged = m_settings.restoreWindow(*this, {m_carTable, m_lapTable});
 
     connect(&m_session, &Session::stateChanged, this, &MainWindow::showState);
@@ -94,8 +94,8 @@ MainWindow::MainWindow(Session& session, QSettings& settings)
     m_drawTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_drawTimer, &QTimer::timeout, this, &MainWindow::drawMoving);
     connect(&m_readTimer, &QTimer::timeout, this, &MainWindow::drawReadable);
-    m_drawTimer.start(drawInterval);
-    m_readTimer.start(readInterval);
+    m_drawTimer.start(kDrawInterval);
+    m_readTimer.start(kReadInterval);
     showState();
 }
 
@@ -232,7 +232,7 @@ void MainWindow::makePanes() {
     m_messages = new QPlainTextEdit;
     m_messages->setReadOnly(true);
     m_messages->setTabChangesFocus(true);
-    m_messages->setMaximumBlockCount(maxMessages);
+    m_messages->setMaximumBlockCount(kMaxMessages);
     m_messages->setAccessibleName(QStringLiteral("Messages"));
 
     m_stripPane =
@@ -263,7 +263,7 @@ void MainWindow::arrangePanes() {
         pane->show();
     }
     // All columns of the cars where they fit into two thirds of the window.
-    const int carColumns = carRowCharacters * fontMetrics().averageCharWidth();
+    const int carColumns = kCarRowCharacters * fontMetrics().averageCharWidth();
     const int tables = std::max(11 * width() / 20, std::min(carColumns, 2 * width() / 3));
     resizeDocks({m_carPane, m_lapPane}, {tables, tables}, Qt::Horizontal);
     resizeDocks({m_carPane, m_lapPane}, {height() / 2, height() / 4}, Qt::Vertical);
@@ -324,7 +324,7 @@ void MainWindow::drawReadable() {
 
 void MainWindow::showTicks() {
     const auto now = host::TickMeter::Clock::now();
-    if (now - m_rateTaken >= rateInterval) {
+    if (now - m_rateTaken >= kRateInterval) {
         m_rateTaken = now;
         m_rate = m_session.ticks().takeRate(now);
     }

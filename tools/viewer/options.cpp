@@ -6,8 +6,8 @@ namespace rataip::viewer {
 
 namespace {
 
-constexpr int shortestSide = 200;
-constexpr int longestSide = 16'000;
+constexpr int kShortestSide = 200;
+constexpr int kLongestSide = 16'000;
 
 struct Line {
     QCommandLineOption duration{QStringLiteral("duration"),
@@ -34,12 +34,12 @@ std::optional<QSize> windowSize(Line& line) {
     const QString text = line.values.text(line.size);
     const QStringList sides = text.split(QLatin1Char('x'));
     const QSize size(sides.value(0).toInt(), sides.value(1).toInt());
-    const bool isInRange = size.width() >= shortestSide && size.width() <= longestSide &&
-                           size.height() >= shortestSide && size.height() <= longestSide;
+    const bool isInRange = size.width() >= kShortestSide && size.width() <= kLongestSide &&
+                           size.height() >= kShortestSide && size.height() <= kLongestSide;
     if (sides.size() != 2 || !isInRange) {
         line.values.complain(QStringLiteral("--size takes width x height from %1 to %2, not \"%3\"")
-                                 .arg(shortestSide)
-                                 .arg(longestSide)
+                                 .arg(kShortestSide)
+                                 .arg(kLongestSide)
                                  .arg(text));
         return std::nullopt;
     }
@@ -51,7 +51,7 @@ Options optionsOf(Line& line) {
     options.picturePath = line.values.text(line.picture);
     options.lapPicturePath = line.values.text(line.lapPicture);
     options.pluginPath = line.values.pluginPath();
-    options.duration = line.values.seconds(line.duration, host::shortestDurationSeconds);
+    options.duration = line.values.seconds(line.duration, host::kShortestDurationSeconds);
     options.size = windowSize(line);
     const bool wantsPicture = !options.picturePath.isEmpty() || !options.lapPicturePath.isEmpty();
     if (wantsPicture && !options.duration) {

@@ -17,14 +17,14 @@ namespace rataip::viewer {
 
 namespace {
 
-constexpr double curveWidth = 1.6;
-constexpr int maxVerticalMarks = 6;
-constexpr int minMarks = 2;
-constexpr int maxMarks = 11;
-constexpr double gap = 6.0;
+constexpr double kCurveWidth = 1.6;
+constexpr int kMaxVerticalMarks = 6;
+constexpr int kMinMarks = 2;
+constexpr int kMaxMarks = 11;
+constexpr double kGap = 6.0;
 // The chart keeps this much free on either side of a mark's number, and shortens a number that does
 // not fit into the rest of the distance between two marks.
-constexpr double labelPadding = 4.0;
+constexpr double kLabelPadding = 4.0;
 
 // The widest number beside a plot. Wider ones are written with an exponent.
 QString widestNumber() {
@@ -37,7 +37,7 @@ QString usualNumber() {
 }
 
 double markHeight(const QFontMetricsF& metrics) {
-    return metrics.height() + 2.0 * labelPadding;
+    return metrics.height() + 2.0 * kLabelPadding;
 }
 
 bool fit(const QList<double>& marks, char format, int digits, const QFontMetricsF& metrics,
@@ -134,7 +134,7 @@ void PlotPanel::markAxis() {
     const QFontMetricsF metrics(font());
     const double number = metrics.horizontalAdvance(usualNumber());
     const int marks = std::clamp(static_cast<int>(chart()->plotArea().width() / (2.0 * number)),
-                                 minMarks, maxMarks);
+                                 kMinMarks, kMaxMarks);
     const lapimage::Ticks ticks = lapimage::ticksFor(m_across.low, m_across.high, marks);
     setMarks(*m_x, ticks.lowest(), ticks.values.at(1) - ticks.values.at(0),
              numberFormat(ticks.values, ticks.decimals, metrics, number));
@@ -189,8 +189,8 @@ void PlotPanel::setHeight(const Range& range) {
     m_shown = range;
     const QFontMetricsF metrics(font());
     const int marks =
-        std::clamp(static_cast<int>(chart()->plotArea().height() / markHeight(metrics)), minMarks,
-                   maxVerticalMarks);
+        std::clamp(static_cast<int>(chart()->plotArea().height() / markHeight(metrics)), kMinMarks,
+                   kMaxVerticalMarks);
     const lapimage::Scale scale =
         lapimage::scaleFor(range.low, range.isEmpty ? 1.0 : range.high, marks,
                            range.isWhole ? lapimage::Numbers::Whole : lapimage::Numbers::Any);
@@ -203,24 +203,24 @@ void PlotPanel::setHeight(const Range& range) {
 /** Keeps room for readable numbers, which the chart's own minimum size does not. */
 void PlotPanel::updateMinimumSize() {
     const QFontMetricsF metrics(font());
-    const double above = metrics.height() + gap;
+    const double above = metrics.height() + kGap;
     setMinimumSize(
         30 * fontMetrics().averageCharWidth(),
-        static_cast<int>(std::ceil(above + minMarks * markHeight(metrics) + roomBelow(metrics))));
+        static_cast<int>(std::ceil(above + kMinMarks * markHeight(metrics) + roomBelow(metrics))));
 }
 
 /** Room for the numbers and the title of the axis, or for half the lowest mark's number. */
 double PlotPanel::roomBelow(const QFontMetricsF& metrics) const {
     const double line = metrics.height();
-    return m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * gap;
+    return m_axis->text().isEmpty() ? 0.75 * line : 2.0 * line + 2.0 * kGap;
 }
 
 void PlotPanel::placePlot() {
     const QFontMetricsF metrics(font());
     const double line = metrics.height();
-    const double left = metrics.horizontalAdvance(widestNumber()) + 2.0 * gap;
+    const double left = metrics.horizontalAdvance(widestNumber()) + 2.0 * kGap;
     const double below = roomBelow(metrics);
-    const double above = line + gap;
+    const double above = line + kGap;
     const QRectF area(left, above, std::max(1.0, width() - left - 2.0 * line),
                       std::max(1.0, height() - above - below));
     chart()->setPlotArea(area);
@@ -228,7 +228,7 @@ void PlotPanel::placePlot() {
     setHeight(m_shown);
     m_quantity->setPos(area.left(), 0.0);
     m_axis->setPos(area.center().x() - m_axis->boundingRect().width() / 2.0,
-                   height() - line - gap / 2.0);
+                   height() - line - kGap / 2.0);
 }
 
 void PlotPanel::applyPalette() {
@@ -250,7 +250,7 @@ void PlotPanel::applyPalette() {
     }
     for (qsizetype i = 0; i < m_lines.size(); ++i) {
         const Line& style = m_styles.at(i);
-        m_lines.at(i)->setPen(QPen(lapimage::colour(style.role, isDark), curveWidth,
+        m_lines.at(i)->setPen(QPen(lapimage::colour(style.role, isDark), kCurveWidth,
                                    style.isDashed ? Qt::DashLine : Qt::SolidLine));
     }
 }

@@ -13,7 +13,7 @@ namespace {
 using Clock = host::TickMeter::Clock;
 
 // About thirty ticks. Shorter gaps show in the number of lost ticks.
-constexpr qint64 longestGapMs = 500;
+constexpr qint64 kLongestGapMs = 500;
 
 }  // namespace
 
@@ -91,7 +91,7 @@ QString Session::pluginText() const {
 
 bool Session::isDataArriving() const {
     return m_state == State::Connected && m_sinceTick.isValid() &&
-           m_sinceTick.elapsed() < longestGapMs;
+           m_sinceTick.elapsed() < kLongestGapMs;
 }
 
 void Session::setState(State state) {

@@ -16,13 +16,13 @@ using lapimage::Role;
 
 namespace {
 
-constexpr int labelRows = 3;     // above the line, of the cars on the track
-constexpr int pitLabelRows = 1;  // below it, of the cars in the pits
-constexpr int distanceRows = 1;  // below those, of the distances
-constexpr int gridLines = 10;
-constexpr double labelGap = 2.0;
-constexpr double markSize = 12.0;
-constexpr double ownMarkSize = 18.0;
+constexpr int kLabelRows = 3;     // above the line, of the cars on the track
+constexpr int kPitLabelRows = 1;  // below it, of the cars in the pits
+constexpr int kDistanceRows = 1;  // below those, of the distances
+constexpr int kGridLines = 10;
+constexpr double kLabelGap = 2.0;
+constexpr double kMarkSize = 12.0;
+constexpr double kOwnMarkSize = 18.0;
 
 TrackStrip::Shape shapeOf(const CarState& car) {
     if (car.isOwn()) {
@@ -74,8 +74,8 @@ TrackStrip::TrackStrip(QWidget* parent) : QWidget(parent) {
 
 QSize TrackStrip::minimumSizeHint() const {
     return {20 * fontMetrics().averageCharWidth(),
-            static_cast<int>((labelRows + pitLabelRows + distanceRows) * rowHeight() +
-                             2 * ownMarkSize)};
+            static_cast<int>((kLabelRows + kPitLabelRows + kDistanceRows) * rowHeight() +
+                             2 * kOwnMarkSize)};
 }
 
 QSize TrackStrip::sizeHint() const {
@@ -89,8 +89,8 @@ double TrackStrip::rowHeight() const {
 /** The line and the space for marks above and below it. */
 QRectF TrackStrip::track() const {
     const double side = fontMetrics().horizontalAdvance(QStringLiteral("100 %"));
-    const double top = labelRows * rowHeight();
-    return {side, top, std::max(1.0, width() - 2.0 * side), 2.0 * ownMarkSize};
+    const double top = kLabelRows * rowHeight();
+    return {side, top, std::max(1.0, width() - 2.0 * side), 2.0 * kOwnMarkSize};
 }
 
 void TrackStrip::setCars(const QList<CarState>& cars) {
@@ -111,8 +111,8 @@ void TrackStrip::layOut() {
         mark.isInPits = car.isInPits();
         mark.slot = car.info.carId();
         mark.driver = car.info.driverName();
-        const double size = car.isOwn() ? ownMarkSize : markSize;
-        const double offset = (mark.isInPits ? 0.5 : -0.5) * ownMarkSize;
+        const double size = car.isOwn() ? kOwnMarkSize : kMarkSize;
+        const double offset = (mark.isInPits ? 0.5 : -0.5) * kOwnMarkSize;
         mark.box = QRectF(0.0, 0.0, size, size);
         mark.box.moveCenter({line.left() + *car.share * line.width(), line.center().y() + offset});
         if (car.isOwn()) {
@@ -144,8 +144,8 @@ void TrackStrip::placeLabels() {
     QList<QRectF> taken;
     const QRectF line = track();
     for (Mark* mark : order) {
-        const double width = fontMetrics().horizontalAdvance(mark->slot) + labelGap;
-        const int rows = mark->isInPits ? pitLabelRows : labelRows;
+        const double width = fontMetrics().horizontalAdvance(mark->slot) + kLabelGap;
+        const int rows = mark->isInPits ? kPitLabelRows : kLabelRows;
         for (int row = 0; row < rows && mark->label.isEmpty(); ++row) {
             const double top = mark->isInPits ? line.bottom() + row * rowHeight()
                                               : line.top() - (row + 1) * rowHeight();
@@ -173,19 +173,20 @@ void TrackStrip::paintEvent(QPaintEvent*) {
     const QRectF line = track();
 
     painter.setPen(QPen(palette().color(QPalette::Mid), 1.0));
-    for (int i = 0; i <= gridLines; ++i) {
-        const double x = line.left() + i * line.width() / gridLines;
+    for (int i = 0; i <= kGridLines; ++i) {
+        const double x = line.left() + i * line.width() / kGridLines;
         painter.drawLine(QPointF(x, line.top()), QPointF(x, line.bottom()));
     }
     painter.setPen(QPen(palette().color(QPalette::Text), 2.0));
     painter.drawLine(QPointF(line.left(), line.center().y()),
                      QPointF(line.right(), line.center().y()));
-    for (int i = 0; i <= gridLines; i += 2) {
-        const double x = line.left() + i * line.width() / gridLines;
+    for (int i = 0; i <= kGridLines; i += 2) {
+        const double x = line.left() + i * line.width() / kGridLines;
         const double width = 2.0 * line.left();
-        painter.drawText(
-            QRectF(x - width / 2.0, line.bottom() + pitLabelRows * rowHeight(), width, rowHeight()),
-            static_cast<int>(Qt::AlignCenter), QStringLiteral("%1 %").arg(100 * i / gridLines));
+        painter.drawText(QRectF(x - width / 2.0, line.bottom() + kPitLabelRows * rowHeight(), width,
+                                rowHeight()),
+                         static_cast<int>(Qt::AlignCenter),
+                         QStringLiteral("%1 %").arg(100 * i / kGridLines));
     }
 
     for (const Mark& mark : m_marks) {

@@ -7,7 +7,7 @@
 #include <cmath>
 
 /** The value of a missing reading. */
-inline constexpr double missing = static_cast<double>(1e25F);
+inline constexpr double kMissing = static_cast<double>(1e25F);
 
 inline QSharedPointer<TLM::SDK::Channel> channelWith(const QList<double>& samples,
                                                      const QString& unit = QString()) {

@@ -8,8 +8,8 @@
 class HandSource : public TLM::SDK::PluginInterfaceLive {
 public:
     void initialize() override { ++initialized; }
-    void saveSettings(QString const&) override {}
-    void loadSettings(QString const&) override {}
+    void saveSettings(const QString&) override {}
+    void loadSettings(const QString&) override {}
     QString sourceName() const override { return QStringLiteral("Hand"); }
     QString pluginName() const override { return QStringLiteral("Hand Plugin"); }
     QString pluginVersion() const override { return QStringLiteral("1.0"); }

@@ -19,16 +19,16 @@
 namespace {
 
 // Tolerates the rounding of scaled fonts.
-constexpr double tolerance = 1.0;
+constexpr double kTolerance = 1.0;
 
 void checkLabel(const QLabel& label, QStringList& cutOff) {
     if (label.text().isEmpty()) {
         return;
     }
     const bool fits = label.wordWrap()
-                          ? label.heightForWidth(label.width()) <= label.height() + tolerance
-                          : label.sizeHint().width() <= label.width() + tolerance &&
-                                label.sizeHint().height() <= label.height() + tolerance;
+                          ? label.heightForWidth(label.width()) <= label.height() + kTolerance
+                          : label.sizeHint().width() <= label.width() + kTolerance &&
+                                label.sizeHint().height() <= label.height() + kTolerance;
     if (!fits) {
         cutOff.append(QStringLiteral("label: ") + label.text());
     }
@@ -37,7 +37,7 @@ void checkLabel(const QLabel& label, QStringList& cutOff) {
 void checkHeader(const QHeaderView& header, QStringList& cutOff) {
     for (int section = 0; section < header.count(); ++section) {
         const int needed = header.sectionSizeHint(section);
-        if (needed > header.sectionSize(section) + tolerance) {
+        if (needed > header.sectionSize(section) + kTolerance) {
             cutOff.append(QStringLiteral("heading: ") +
                           header.model()->headerData(section, header.orientation()).toString());
         }
@@ -51,8 +51,8 @@ void checkCells(const QAbstractItemView& view, const QModelIndex& parent, QStrin
             const QModelIndex index = model.index(row, column, parent);
             const QSize needed = view.sizeHintForIndex(index);
             const QRect place = view.visualRect(index);
-            if (place.isValid() && (needed.width() > place.width() + tolerance ||
-                                    needed.height() > place.height() + tolerance)) {
+            if (place.isValid() && (needed.width() > place.width() + kTolerance ||
+                                    needed.height() > place.height() + kTolerance)) {
                 cutOff.append(QStringLiteral("cell: ") + index.data().toString());
             }
         }
@@ -112,11 +112,12 @@ void check(const QWidget& widget, QStringList& cutOff) {
     if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
         checkLabel(*label, cutOff);
     } else if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) {
-        if (!button->text().isEmpty() && button->sizeHint().width() > button->width() + tolerance) {
+        if (!button->text().isEmpty() &&
+            button->sizeHint().width() > button->width() + kTolerance) {
             cutOff.append(QStringLiteral("button: ") + button->text());
         }
     } else if (const auto* box = qobject_cast<const QComboBox*>(&widget)) {
-        if (box->sizeHint().width() > box->width() + tolerance) {
+        if (box->sizeHint().width() > box->width() + kTolerance) {
             cutOff.append(QStringLiteral("choice: ") + box->currentText());
         }
     } else if (const auto* header = qobject_cast<const QHeaderView*>(&widget)) {
