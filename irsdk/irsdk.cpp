@@ -110,12 +110,17 @@ bool holdsDescriptors(std::int64_t count) {
                          count * static_cast<std::int64_t>(sizeof(irsdk_varBuf)));
 }
 
-/** Calls `visit` with the index and the descriptor of each of the first `count` buffers. */
+/**
+ * Calls `visit` with the index and the descriptor of each of the first `count` buffers, for as long
+ * as it answers true. True when all were visited.
+ */
 template <typename Visit>
 bool visitDescriptors(const BlockStart& start, std::int64_t count, Visit visit) {
     const std::int64_t atHand = std::min(count, BlockStart::kDescriptors);
     for (std::int64_t i = 0; i < atHand; ++i) {
-        visit(i, start.descriptor(i));
+        if (!visit(i, start.descriptor(i))) {
+            return false;
+        }
     }
     const std::int64_t offset = irsdk_varBufOffset(atHand);
     return copyInPieces(offset, irsdk_varBufOffset(count) - offset,
@@ -123,7 +128,9 @@ bool visitDescriptors(const BlockStart& start, std::int64_t count, Visit visit) 
                             irsdk_varBuf descriptor{};
                             for (; !piece.empty(); piece = piece.subspan(sizeof descriptor)) {
                                 std::memcpy(&descriptor, piece.data(), sizeof descriptor);
-                                visit(index++, descriptor);
+                                if (!visit(index++, descriptor)) {
+                                    return false;
+                                }
                             }
                             return true;
                         });
@@ -132,11 +139,16 @@ bool visitDescriptors(const BlockStart& start, std::int64_t count, Visit visit) 
 bool holdsAnyBuffer(const BlockStart& start) {
     const std::int64_t count = descriptorsToRead(start.header);
     const std::int32_t length = start.header.bufferLength;
-    bool found = false;
-    const auto look = [&](std::int64_t /*index*/, const irsdk_varBuf& descriptor) {
-        found = found || block().holds(descriptor.bufferOffset, length);
-    };
-    return length > 0 && holdsDescriptors(count) && visitDescriptors(start, count, look) && found;
+    if (length <= 0 || !holdsDescriptors(count)) {
+        return false;
+    }
+    bool isHeld = false;
+    static_cast<void>(
+        visitDescriptors(start, count, [&](std::int64_t /*index*/, const irsdk_varBuf& descriptor) {
+            isHeld = block().holds(descriptor.bufferOffset, length);
+            return !isHeld;
+        }));
+    return isHeld;
 }
 
 void closeAll() {
@@ -171,6 +183,8 @@ struct NewestBuffer {
     std::int32_t tickCount = 0;
     std::int32_t offset = 0;
     std::int32_t length = 0;
+
+    bool operator==(const NewestBuffer&) const = default;
 };
 
 /** The buffer with the largest count, the first of them if there are several. */
@@ -183,6 +197,7 @@ bool findNewest(const BlockStart& start, std::int64_t count, NewestBuffer& newes
             newest.tickCount = descriptor.tickCount;
             newest.offset = descriptor.bufferOffset;
         }
+        return true;
     });
 }
 
@@ -204,22 +219,28 @@ bool copyBuffer(const NewestBuffer& buffer, char* data, int room) {
     return true;
 }
 
-/** The count of a buffer after its payload was copied, and where the buffer lies by now. */
-bool copyCountAndOffset(NewestBuffer& buffer) {
-    std::array<std::int32_t, 2> fields{};
-    static_assert(offsetof(irsdk_varBuf, tickCount) == 0);
-    static_assert(offsetof(irsdk_varBuf, bufferOffset) == sizeof(std::int32_t));
-    if (!copyOut(irsdk_varBufOffset(buffer.index), sizeof fields, fields.data())) {
+/** What the block says of a buffer by now. */
+bool lookAgain(NewestBuffer& buffer) {
+    BlockStart start{};
+    irsdk_varBuf descriptor{};
+    if (!copyStart(start)) {
         return false;
     }
-    buffer.tickCount = fields[0];
-    buffer.offset = fields[1];
+    if (buffer.index < BlockStart::kDescriptors) {
+        descriptor = start.descriptor(buffer.index);
+    } else if (!copyOut(irsdk_varBufOffset(buffer.index), sizeof descriptor, &descriptor)) {
+        return false;
+    }
+    buffer.tickCount = descriptor.tickCount;
+    buffer.offset = descriptor.bufferOffset;
+    buffer.length = start.header.bufferLength;
     return true;
 }
 
 /**
- * Copies a snapshot whole, at the second attempt, with offset and length read afresh, if the
- * simulator wrote into the first. The count of the good copy is left in `newest`. A count that fell
+ * Copies a snapshot whole. The first copy counts when the block says the same of the buffer after
+ * it: offset and length were read in one call with the count, and may be older. Else there is a
+ * second one, by what the block says then, whose count is left in `newest`. A count that fell
  * during the copy is the mark of a buffer that is being overwritten; it stands still for as long as
  * that takes and therefore proves nothing.
  */
@@ -230,17 +251,16 @@ bool copyUntorn(NewestBuffer& newest, char* data, int room) {
     if (data == nullptr) {
         return true;
     }
-    const std::int32_t before = newest.tickCount;
-    if (!copyCountAndOffset(newest)) {
+    const NewestBuffer first = newest;
+    if (!lookAgain(newest)) {
         return false;
     }
-    if (newest.tickCount == before) {
+    if (newest == first) {
         return true;
     }
-    const std::int32_t afterFirst = newest.tickCount;
-    return afterFirst > before && copyField(offsetof(irsdk_header, bufferLength), newest.length) &&
-           copyBuffer(newest, data, room) && copyCountAndOffset(newest) &&
-           newest.tickCount == afterFirst;
+    const NewestBuffer second = newest;
+    return second.tickCount >= first.tickCount && copyBuffer(newest, data, room) &&
+           lookAgain(newest) && newest.tickCount == second.tickCount;
 }
 
 /** Looks at the ring and copies its newest snapshot if it is a new one. */
@@ -364,7 +384,7 @@ bool copyTextInPieces(std::int64_t offset, Take take) {
  */
 bool stoodStill(const std::string& copy, std::int32_t offset, std::int32_t update) {
     std::span<const char> rest(copy);
-    std::int32_t updateNow = 0;
+    irsdk_header now{};
     return copyInPieces(offset, static_cast<std::int64_t>(copy.size()),
                         [&](std::span<const char> piece) {
                             const bool isSame =
@@ -372,8 +392,8 @@ bool stoodStill(const std::string& copy, std::int32_t offset, std::int32_t updat
                             rest = rest.subspan(isSame ? piece.size() : 0);
                             return isSame;
                         }) &&
-           rest.empty() && copyField(offsetof(irsdk_header, sessionInfoUpdate), updateNow) &&
-           updateNow == update;
+           rest.empty() && copyOut(0, sizeof now, &now) && now.sessionInfoUpdate == update &&
+           now.sessionInfoOffset == offset;
 }
 
 /** One attempt to copy the session text; false when it failed, for the reason that was noted. */
@@ -615,8 +635,7 @@ const char* irsdk_getData(int index) {
     NewestBuffer buffer;
     buffer.index = index;
     const bool isInside = isInitialized && index >= 0 &&
-                          holdsDescriptors(std::int64_t{index} + 1) && copyCountAndOffset(buffer) &&
-                          copyField(offsetof(irsdk_header, bufferLength), buffer.length) &&
+                          holdsDescriptors(std::int64_t{index} + 1) && lookAgain(buffer) &&
                           buffer.length > 0 && block().holds(buffer.offset, buffer.length);
     return isInside ? block().at(buffer.offset) : nullptr;
 }

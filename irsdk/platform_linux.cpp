@@ -3,11 +3,11 @@
 #include <array>
 #include <bit>
 #include <cerrno>
-#include <climits>
 #include <ctime>
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <mqueue.h>
+#include <optional>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -235,9 +235,9 @@ struct DataValidEvent::Handle : SharedObject {
     /** Takes the counter as it stands; one that was cut off counts as unmoved. */
     void arm() { static_cast<void>(read(0, sizeof armed, &armed)); }
 
-    [[nodiscard]] bool hasMoved() const {
+    [[nodiscard]] std::optional<std::uint32_t> counter() const {
         std::uint32_t counter = 0;
-        return read(0, sizeof counter, &counter) && counter != armed;
+        return read(0, sizeof counter, &counter) ? std::optional(counter) : std::nullopt;
     }
 };
 
@@ -277,7 +277,13 @@ void DataValidEvent::rearm() {
 
 void DataValidEvent::wait(int timeOut) {
     const timespec end = monotonicTimeIn(timeOut);
-    while (!m_handle->hasMoved() && sleepOnFutex(m_handle->view(), m_handle->armed, end)) {
+    std::optional<std::uint32_t> counter = m_handle->counter();
+    while (counter == m_handle->armed && sleepOnFutex(m_handle->view(), m_handle->armed, end)) {
+        counter = m_handle->counter();
+    }
+    // A counter of which bytes were cut off tells nothing, and its page may still be there.
+    if (!counter) {
+        sleepUntil(end);
     }
     // Whatever the caller looks at next, a completion after this moment ends the next wait.
     arm();

@@ -151,7 +151,7 @@ void CarSample::invalidate() {
 }
 
 void CarSample::resolve(const std::vector<PlannedValue>& planned) {
-    m_spares = {};
+    invalidate();
     // Both are in ascending order of the names.
     auto entry = values().begin();
     for (const PlannedValue& value : planned) {
@@ -239,9 +239,9 @@ void CarSample::continueWithCopy() {
     Generation& oldest = m_spares[m_oldest];
     m_oldest = (m_oldest + 1) % kSpareCount;
     exchange(oldest);
+    m_places.areFound = false;
     values() = oldest.values;
     values().detach();
-    m_places.areFound = false;
 }
 
 void CarSample::exchange(Generation& spare) {

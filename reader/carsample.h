@@ -51,11 +51,9 @@ class CarSample : public TLM::SDK::Sample {
 public:
     CarSample() = default;
     ~CarSample() = default;
-    // Where the values are is known for the original alone.
+    // Where the values are is known for the original alone. Moving would be no cheaper.
     CarSample(const CarSample& other) : Sample(other) {}
     CarSample& operator=(const CarSample& other);
-    CarSample(CarSample&& other) noexcept = default;
-    CarSample& operator=(CarSample&& other) noexcept = default;
 
     /**
      * Reads the plan's values of slot `car` from a snapshot; the other values stay. `tick` is the

@@ -218,8 +218,7 @@ void iRTelemetryReader::prepareTick() {
 
 void iRTelemetryReader::getRawData(const irsdk_header* header, const irsdk_varHeader* vars,
                                    const char* data) {
-    // No snapshot is longer: the format states its length in 32 bits.
-    getRawData(header, vars, data, std::numeric_limits<qint32>::max());
+    getRawData(header, vars, data, std::numeric_limits<qint64>::max());
 }
 
 void iRTelemetryReader::getRawData(const irsdk_header* header, const irsdk_varHeader* vars,
@@ -252,11 +251,13 @@ void iRTelemetryReader::fillVariableTable(const irsdk_varHeader* vars, qsizetype
 
 void iRTelemetryReader::resolveSamplingPlan(const irsdk_varHeader* vars, qsizetype count,
                                             qint64 dataLength) {
-    const SamplingPlan::Mode mode{.diskLoading = m_diskLoading,
-                                  .live = m_replay == Feed::Live,
-                                  .ownCar = hasOwnCarSlot() ? m_myCarIdx : -1,
-                                  .carCount = carCount(),
-                                  .dataLength = dataLength};
+    const SamplingPlan::Mode mode{
+        .diskLoading = m_diskLoading,
+        .live = m_replay == Feed::Live,
+        .ownCar = hasOwnCarSlot() ? m_myCarIdx : -1,
+        .carCount = carCount(),
+        // No snapshot is longer: the format states it in 32 bits.
+        .dataLength = std::min<qint64>(dataLength, std::numeric_limits<qint32>::max())};
     if (!m_plan.matches(vars, count, mode)) {
         m_plan.resolve(vars, count, m_varNames, m_varUnits, mode);
     }

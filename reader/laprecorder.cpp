@@ -25,6 +25,10 @@ constexpr qsizetype kRows = 32;
 // thousands of long lists at once would hold up the host for longer than a frame.
 constexpr qsizetype kFirstRoom = 64;
 
+// Room grows towards the expected length by this factor at most, so that a lap that breaks off
+// early does not take the room of a whole one.
+constexpr qsizetype kGrowthLimit = 24;
+
 // The longest room taken on the word of a hint: 20 minutes at 60 samples a second. After a lap
 // during which a car stood for hours the next one is hardly as long.
 constexpr qsizetype kMaxExpectedSamples = 72'000;
@@ -54,7 +58,7 @@ private:
     [[nodiscard]] bool findColumns(const RowLayout& layout);
     void createColumns();
     void followTrack(std::optional<double> kilometres);
-    void makeRoom(std::size_t column, qsizetype length) const;
+    void makeRoom(std::size_t column, qsizetype length);
     void flush();
     void followCourse();
 
@@ -95,7 +99,6 @@ bool LapRecorder::Recording::takesRowsOf(const CarSample& sample) {
     if (layout == nullptr || !findColumns(*layout)) {
         return false;
     }
-    m_layout = layout;
     m_clockColumn = layout->columnOf(u"sessiontime"_s);
     m_placeColumn = layout->columnOf(nameOf(KnownValue::LapDistPct));
     // Not written to before the rows are: in a race's first tick every car begins its lap.
@@ -103,6 +106,7 @@ bool LapRecorder::Recording::takesRowsOf(const CarSample& sample) {
                                                       static_cast<std::size_t>(kRows));
     // Laps that expect different lengths do not go into their channels in the same ticks.
     m_rowsToKeep = kRows - expectedSamples % kRows;
+    m_layout = layout;
     return true;
 }
 
@@ -142,13 +146,14 @@ void LapRecorder::Recording::createColumns() {
     }
 }
 
-void LapRecorder::Recording::makeRoom(std::size_t column, qsizetype length) const {
+void LapRecorder::Recording::makeRoom(std::size_t column, qsizetype length) {
     QList<double>& entries = *m_columns[column];
     const qsizetype room = entries.capacity();
     if (room == 0) {
         entries.reserve(kFirstRoom + static_cast<qsizetype>(column) % kFirstRoom);
     } else if (room < length) {
-        entries.reserve(std::max(2 * room, expectedSamples));
+        entries.reserve(std::max(2 * room, std::min(expectedSamples, kGrowthLimit * room)) +
+                        static_cast<qsizetype>(column) % kFirstRoom);
     }
 }
 
@@ -207,6 +212,7 @@ void LapRecorder::Recording::giveOut() {
 
 void LapRecorder::Recording::discard() {
     m_rowCount = 0;
+    m_course.reset();
     m_layout.reset();
     lap->clear();
 }
@@ -276,10 +282,15 @@ void LapRecorder::discard() {
 }
 
 LapRecorder& LapRecorder::operator=(const QSharedPointer<Lap>& lap) {
-    const qsizetype expected = m_recording->expectedSamples;
-    m_recording = std::make_shared<Recording>(lap);
-    m_recording->expectedSamples = expected;
+    auto recording = std::make_shared<Recording>(lap ? lap : TLM::SDK::makeShared<Lap>());
+    recording->expectedSamples = m_recording->expectedSamples;
+    recording->giveOut();  // whoever assigns the lap has it
+    m_recording = std::move(recording);
     return *this;
+}
+
+const QSharedPointer<Lap>& LapRecorder::lap() const {
+    return m_recording->lap;
 }
 
 const QSharedPointer<Lap>& LapRecorder::giveOut() const {

@@ -31,6 +31,10 @@ public:
     /** An empty lap, of which so many samples are expected: a hint for the room of its channels. */
     explicit LapRecorder(qsizetype expectedSamples = 0);
 
+    LapRecorder(const LapRecorder&) = default;
+    LapRecorder& operator=(const LapRecorder&) = default;
+    ~LapRecorder() = default;
+
     void expect(qsizetype samples);
     [[nodiscard]] qsizetype expectedSamples() const;
 
@@ -75,16 +79,17 @@ public:
     [[nodiscard]] bool isNull() const { return false; }
     explicit operator bool() const { return true; }
     friend bool operator==(const LapRecorder& left, const QSharedPointer<TLM::SDK::Lap>& right) {
-        return left.giveOut() == right;
+        return left.lap() == right;
     }
     friend bool operator==(const LapRecorder& left, const LapRecorder& right) {
-        return left.giveOut() == right.giveOut();
+        return left.lap() == right.lap();
     }
     friend bool operator==(const LapRecorder& /*left*/, std::nullptr_t) { return false; }
 
 private:
     class Recording;
 
+    [[nodiscard]] const QSharedPointer<TLM::SDK::Lap>& lap() const;
     [[nodiscard]] const QSharedPointer<TLM::SDK::Lap>& giveOut() const;
 
     std::shared_ptr<Recording> m_recording;

@@ -41,8 +41,9 @@ void RecorderCar::startStint() {
 
 void RecorderCar::startLap() {
     sample.clear();
+    LapRecorder followingLap(nextLap.expectedSamples());
     lap = nextLap;
-    nextLap = LapRecorder(lap.expectedSamples());
+    nextLap = followingLap;
     current.lapInStint += 1;
     lapReady = false;
     lap.header().setLapInSession(current.lap);
@@ -57,7 +58,7 @@ void RecorderCar::closeLap() {
 
 void RecorderCar::leaveReadyLap() {
     if (lapReady) {
-        lap = LapRecorder();
+        lap = LapRecorder(lap.expectedSamples());
     }
 }
 
@@ -65,7 +66,6 @@ void RecorderCar::prepareTick() {
     previous = current;
     if (lapReady) {
         startLap();
-        lapReady = false;
     }
 }
 

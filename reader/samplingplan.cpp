@@ -77,7 +77,7 @@ private:
 };
 
 bool SamplingPlan::matches(const irsdk_varHeader* vars, qsizetype count, const Mode& mode) const {
-    return m_version != 0 && mode == m_mode &&
+    return m_isResolved && mode == m_mode &&
            std::equal(m_table.begin(), m_table.end(), vars, vars + count,
                       [](const Entry& entry, const irsdk_varHeader& header) {
                           return entry == Entry(header);
@@ -86,6 +86,7 @@ bool SamplingPlan::matches(const irsdk_varHeader* vars, qsizetype count, const M
 
 void SamplingPlan::resolve(const irsdk_varHeader* vars, qsizetype count, const QStringList& names,
                            const QStringList& units, const Mode& mode) {
+    m_isResolved = false;
     m_mode = mode;
     m_table.clear();
     m_table.reserve(static_cast<std::size_t>(count));
@@ -103,6 +104,7 @@ void SamplingPlan::resolve(const irsdk_varHeader* vars, qsizetype count, const Q
     planSessionClock();
     std::for_each(m_cars.begin(), m_cars.end(), settle);
     ++m_version;
+    m_isResolved = true;
 }
 
 void SamplingPlan::planVariable(const Elements& elements, const QString& name, const QString& unit,

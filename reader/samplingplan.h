@@ -152,6 +152,7 @@ private:
     Source m_tick;
     bool m_includesSessionClock = false;
     quint64 m_version = 0;
+    bool m_isResolved = false;
 };
 
 }  // namespace reader

@@ -222,12 +222,13 @@ void SessionDigest::refresh(int carCount) {
     if (revision == m_revision && carCount == m_carCount) {
         return;
     }
-    m_revision = revision;
+    m_revision = 0;
     m_carCount = carCount;
     m_session.reset();
     readTrack();
     readOwnCar();
     readDrivers();
+    m_revision = revision;
 }
 
 void SessionDigest::readTrack() {

@@ -139,8 +139,10 @@ TEST(LapRecorder, IsUsedLikeAPointerToItsLap) {
     CarSample sample;
     source.fill(sample);
     recorder.add(sample);
-    EXPECT_EQ(other->size(), 1) << "it is shared";
+    EXPECT_EQ(other->size(), 1) << "whoever assigned it has it";
     EXPECT_TRUE(lap->isEmpty());
+    recorder = QSharedPointer<Lap>();
+    EXPECT_TRUE(recorder.isEmpty()) << "it is never null";
 }
 
 TEST(LapRecorder, RecordsIntoTheSameLapAsItsCopies) {

@@ -28,7 +28,7 @@ public:
     bool truncateBlock(std::size_t size);
 
     /** Cuts the event off to nothing. */
-    bool truncateEvent();
+    bool truncateEvent(std::size_t size);
 
     /** Gives the objects to another user. */
     bool giveBlockTo(unsigned int user);

@@ -36,8 +36,8 @@ bool PublishedObjects::truncateBlock(std::size_t size) {
     m_cutTo = size;
     return truncate(kBlockName.data(), size);
 }
-bool PublishedObjects::truncateEvent() {
-    return truncate(kEventName.data(), 0);
+bool PublishedObjects::truncateEvent(std::size_t size) {
+    return truncate(kEventName.data(), size);
 }
 bool PublishedObjects::giveBlockTo(unsigned int user) {
     return give(kBlockName.data(), user);

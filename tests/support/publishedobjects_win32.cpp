@@ -8,7 +8,7 @@ namespace testsupport {
 bool PublishedObjects::truncateBlock(std::size_t /*size*/) {
     return false;
 }
-bool PublishedObjects::truncateEvent() {
+bool PublishedObjects::truncateEvent(std::size_t /*size*/) {
     return false;
 }
 bool PublishedObjects::giveBlockTo(unsigned int /*user*/) {

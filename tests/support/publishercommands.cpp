@@ -331,8 +331,9 @@ std::string PublisherCommands::truncate(const Words& words) {
                   "blocks keep their size here");
 }
 
-std::string PublisherCommands::truncateEvent(const Words& /*words*/) {
-    return answer(m_objects.truncateEvent(), "events cannot be cut off here");
+std::string PublisherCommands::truncateEvent(const Words& words) {
+    return answer(m_objects.truncateEvent(number<std::size_t>(words, 1)),
+                  "events cannot be cut off here");
 }
 
 std::string PublisherCommands::unlink(const Words& words) {

@@ -36,7 +36,7 @@ namespace testsupport {
  *     flip OFFSET             change one letter of the block, at full speed, until `stop`
  *     stop                    end writing; answers the number of rounds
  *     truncate SIZE           cut the block off
- *     truncate-event          cut the event off
+ *     truncate-event SIZE     cut the event off at SIZE bytes
  *     unlink [event]          remove the name of the block, or of the event
  *     chown USER [event]      give the block, or the event, to another user
  *     die                     end and leave everything as it is (the program only)
