@@ -77,7 +77,8 @@ void writeAxes(std::ostream& svg, int ticksPerLap, double ticks) {
             << text(x, kHeight - kBottom + 18.0, std::to_string(lap), "middle");
     }
     svg << text(kLeft, kTop - 16.0, "Time of a tick over a race of 64 cars")
-        << text((kLeft + kWidth - kRight) / 2.0, kHeight - 10.0, "laps of the fastest car", "middle");
+        << text((kLeft + kWidth - kRight) / 2.0, kHeight - 10.0, "laps of the fastest car",
+                "middle");
 }
 
 void writeLine(std::ostream& svg, const PlottedTicks& race, const Line& line, const char* colour) {
@@ -112,8 +113,8 @@ void writeRace(std::ostream& svg, const PlottedTicks& race, const char* colour, 
 
 void writePlot(const std::string& file, int ticksPerLap, const std::vector<PlottedTicks>& races) {
     std::ofstream svg(file);
-    svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << kWidth << "\" height=\"" << kHeight
-        << "\" font-family=\"sans-serif\" font-size=\"12\">\n"
+    svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << kWidth << "\" height=\""
+        << kHeight << "\" font-family=\"sans-serif\" font-size=\"12\">\n"
         << "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
     writeAxes(svg, ticksPerLap, static_cast<double>(races.front().seconds.size()));
     constexpr double kLegendHeight = 90.0;

@@ -72,6 +72,18 @@ TEST_F(TornCopies, TheSecondCopyReadsTheOffsetAfresh) {
     EXPECT_EQ(descriptor.bufferOffset, offsetOf(2) + 4) << "the copy of the second place";
 }
 
+TEST_F(TornCopies, ABufferThatMovedUnderTheSameCountIsCopiedAgain) {
+    openWithPayloadsOfOneDescriptor();
+    setPayload(1, 11, offsetOf(2));
+    setPayload(2, 11, offsetOf(2) + 4);
+
+    EXPECT_TRUE(takesOntoItsDescriptor());
+
+    irsdk_varBuf descriptor{};
+    std::memcpy(&descriptor, ownDescriptor(), sizeof descriptor);
+    EXPECT_EQ(descriptor.bufferOffset, offsetOf(2) + 4) << "the copy of the second place";
+}
+
 TEST_F(TornCopies, ACopyTornTwiceIsNotHandedOut) {
     openWithPayloadsOfOneDescriptor();
     setPayload(1, 12, offsetOf(2));
